@@ -1,0 +1,29 @@
+# Language, warnings, sanitizers: the same for every target.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Build type" FORCE)
+endif()
+
+find_program(VQM_CCACHE ccache)
+if(VQM_CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${VQM_CCACHE})
+endif()
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+option(VQM_WERROR "Warnings are errors" ON)
+if(VQM_WERROR)
+    add_compile_options(-Werror)
+endif()
+
+# File sizes and offsets have 64 bits on every target.
+add_compile_definitions(_FILE_OFFSET_BITS=64)
+
+if(VQM_SANITIZE)
+    add_compile_options(-fsanitize=${VQM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${VQM_SANITIZE})
+endif()
