@@ -20,6 +20,9 @@ using recording::settings;
 int vconf_get_int(const char* in_key, int* intval)
 {
     Record(std::string("vconf_get_int ") + in_key);
+    if (const std::function<void()> onGet = settings().onGet) {
+        onGet();
+    }
     const auto found = settings().integers.find(in_key);
     if (settings().getResult != 0 || found == settings().integers.end()) {
         return -1;
@@ -44,14 +47,17 @@ int vconf_set_int(const char* in_key, int intval)
     return settings().setResult;
 }
 
-int vconf_notify_key_changed(const char* in_key, vconf_callback_fn /*cb*/, void* /*user_data*/)
+int vconf_notify_key_changed(const char* in_key, vconf_callback_fn cb, void* user_data)
 {
+    settings().notified = cb;
+    settings().notifiedData = user_data;
     Record(std::string("vconf_notify_key_changed ") + in_key);
     return settings().notifyResult;
 }
 
-int vconf_ignore_key_changed(const char* in_key, vconf_callback_fn /*cb*/)
+int vconf_ignore_key_changed(const char* in_key, vconf_callback_fn cb)
 {
+    settings().ignored = cb;
     Record(std::string("vconf_ignore_key_changed ") + in_key);
     return settings().ignoreResult;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 
@@ -15,6 +16,12 @@ struct Settings {
     int setResult = 0; ///< what `vconf_set_int` returns; stored only on 0
     int notifyResult = 0;
     int ignoreResult = 0;
+    /// Run by each read before it looks, as another process may change the store at any time.
+    std::function<void()> onGet;
+    /// What was handed in last.
+    vconf_callback_fn notified = nullptr;
+    void* notifiedData = nullptr;
+    vconf_callback_fn ignored = nullptr;
 };
 
 /// The one store; `settings() = {}` starts afresh.
