@@ -1,0 +1,190 @@
+// A null text stops the process in release builds too.
+#undef NDEBUG
+
+#include "Common/VQMDataObject.h"
+
+#include <algorithm>
+#include <cassert>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+#include <utility>
+
+namespace {
+
+/// What every number text is cut to.
+constexpr std::size_t kMaxNumberText = 253;
+
+/// The largest size an object can have.
+constexpr std::size_t kMaxSize = std::numeric_limits<std::ptrdiff_t>::max();
+
+/// Fails like an `assert` in `function`: the function's text is fixed, while what compilers make
+/// of it differs.
+void AssertText(const char* pStr, int line, const char* function)
+{
+    if (pStr == nullptr) {
+        __assert_fail("pStr!=__null", __FILE__, static_cast<unsigned int>(line), function);
+    }
+}
+
+bool IsDigit(char character)
+{
+    return character >= '0' && character <= '9';
+}
+
+/// The number of the leading digits; wraps around.
+template <typename Unsigned>
+Unsigned ScanDigits(const char* pStr)
+{
+    Unsigned number = 0;
+    for (; IsDigit(*pStr); ++pStr) {
+        number = number * 10U + static_cast<Unsigned>(*pStr - '0');
+    }
+    return number;
+}
+
+/// A product rounded on its own: stored, so that no compiler fuses it with an addition that
+/// follows, whatever its options are.
+double Product(double left, double right)
+{
+    const volatile double product = left * right;
+    return product;
+}
+
+/// The capacity that doubling reaches from `capacity` until `size` bytes fit.
+std::size_t DoubleUntil(std::size_t capacity, std::size_t size)
+{
+    if (capacity == 0) {
+        capacity = 1;
+    }
+    while (capacity < size) {
+        capacity = capacity > kMaxSize / 2 ? kMaxSize : capacity * 2;
+    }
+    return capacity;
+}
+
+} // namespace
+
+CVQMDataObject::~CVQMDataObject() = default;
+CVQMDataStructureObject::~CVQMDataStructureObject() = default;
+CVQMDataSerializableObject::~CVQMDataSerializableObject() = default;
+CVQMDataBufferObject::~CVQMDataBufferObject() = default;
+
+void CVQMDataObject::StrToNumber(const char* pStr, int& number)
+{
+    AssertText(pStr, __LINE__, "void CVQMDataObject::StrToNumber(const char*, int&)");
+    const bool negative = *pStr == '-';
+    const auto magnitude = ScanDigits<unsigned int>(negative ? pStr + 1 : pStr);
+    number = static_cast<int>(negative ? 0U - magnitude : magnitude);
+}
+
+void CVQMDataObject::StrToNumber(const char* pStr, uVQMINT64& number)
+{
+    AssertText(pStr, __LINE__, "void CVQMDataObject::StrToNumber(const char*, uVQMINT64&)");
+    number = ScanDigits<uVQMINT64>(pStr);
+}
+
+void CVQMDataObject::StrToNumber(const char* pStr, double& number)
+{
+    AssertText(pStr, __LINE__, "void CVQMDataObject::StrToNumber(const char*, double&)");
+    const bool negative = *pStr == '-';
+    if (negative) {
+        ++pStr;
+    }
+    double integer = 0.0;
+    for (; IsDigit(*pStr); ++pStr) {
+        // Fused on every target, also on those that have to call a function for it.
+        integer = std::fma(integer, 10.0, *pStr - '0');
+    }
+    double fraction = 0.0;
+    double scale = 1.0;
+    while (*pStr == '.') {
+        for (++pStr; IsDigit(*pStr); ++pStr) {
+            scale *= 0.1;
+            fraction = Product(fraction, 10.0) + (*pStr - '0');
+        }
+        // A further '.' goes on from here, with the fraction scaled already: intended.
+        fraction = Product(fraction, scale);
+    }
+    number = negative ? -(integer + fraction) : integer + fraction;
+}
+
+void CVQMDataObject::NumberToStr(int& number, std::string& str)
+{
+    str = std::to_string(number);
+}
+
+void CVQMDataObject::NumberToStr(uVQMINT64& number, std::string& str)
+{
+    str = std::to_string(number);
+}
+
+void CVQMDataObject::NumberToStr(double& number, std::string& str)
+{
+    // Sign, 309 digits, point and six decimals at most.
+    char text[320];
+    const std::to_chars_result result = std::to_chars(text, text + sizeof text, number, std::chars_format::fixed, 6);
+    str.assign(text, std::min(static_cast<std::size_t>(result.ptr - text), kMaxNumberText));
+}
+
+void CVQMDataObject::NumberToHexStr(int& number, std::string& str)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "%08X", static_cast<unsigned int>(number));
+    str = text;
+}
+
+CVQMDataBufferObject::CVQMDataBufferObject(const CVQMDataBufferObject& other) : CVQMDataObject(other)
+{
+    InsertData(other.GetData(), other.GetDataSize());
+}
+
+CVQMDataBufferObject& CVQMDataBufferObject::operator=(const CVQMDataBufferObject& other)
+{
+    CVQMDataBufferObject copy(other);
+    m_pData.swap(copy.m_pData);
+    std::swap(m_nSize, copy.m_nSize);
+    std::swap(m_nCapacity, copy.m_nCapacity);
+    return *this;
+}
+
+void CVQMDataBufferObject::InsertData(const char* pData, uVQMINT64 nSize)
+{
+    if (nSize == 0) {
+        return;
+    }
+    if (nSize > kMaxSize - m_nSize) {
+        throw std::length_error("vector::_M_emplace_back_aux");
+    }
+    const auto size = static_cast<std::size_t>(nSize);
+    std::unique_ptr<char[]> old; // until the end: the bytes to append may lie in it
+    if (size > m_nCapacity - m_nSize) {
+        const std::size_t capacity = DoubleUntil(m_nCapacity, m_nSize + size);
+        old.reset(new char[capacity]); // not `make_unique`, which would fill it with zeros
+        m_pData.swap(old);
+        m_nCapacity = capacity;
+        if (m_nSize != 0) {
+            std::memcpy(m_pData.get(), old.get(), m_nSize);
+        }
+    }
+    std::memcpy(m_pData.get() + m_nSize, pData, size);
+    m_nSize += size;
+}
+
+const char* CVQMDataBufferObject::GetData() const
+{
+    return m_pData.get();
+}
+
+uVQMINT64 CVQMDataBufferObject::GetDataSize() const
+{
+    return m_nSize;
+}
+
+void CVQMDataBufferObject::Clear()
+{
+    m_nSize = 0;
+}

@@ -1,0 +1,109 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "Common/VQMException.h"
+
+class IVQMSerialize;
+
+/// Sizes, counts, identifiers and file offsets.
+using uVQMINT64 = unsigned long long;
+
+/// The root of everything that moves through a pipe or a serializer, and the conversions between
+/// numbers and text that all of it shares.
+///
+/// Threads: the conversions keep no state and may run on any thread. No data object locks: one
+/// object belongs to one thread at a time.
+class CVQMDataObject {
+public:
+    CVQMDataObject() = default;
+    virtual ~CVQMDataObject();
+
+    CVQMDataObject(const CVQMDataObject&) = default;
+    CVQMDataObject& operator=(const CVQMDataObject&) = default;
+
+    // Text to number. The longest prefix that is a number counts, what follows is ignored, and
+    // text without such a prefix gives 0; no white space, '+' or exponent is accepted. A null
+    // `pStr` stops the process with a failed assertion, in every build type.
+
+    /// An optional '-' and decimal digits; out of range wraps around in 32 bits.
+    void StrToNumber(const char* pStr, int& number);
+
+    /// Decimal digits without a sign; out of range wraps around in 64 bits.
+    void StrToNumber(const char* pStr, uVQMINT64& number);
+
+    /// An optional '-', digits, and '.' with a fraction. The same text gives the same bits on
+    /// every target. A further '.' goes on with the fraction read so far: "1.5.5" gives 1.1.
+    void StrToNumber(const char* pStr, double& number);
+
+    // Number to text. The text is replaced; the number is only read. The decimal point is '.' in
+    // every locale, and text longer than 253 characters is cut there.
+
+    void NumberToStr(int& number, std::string& str);
+    void NumberToStr(uVQMINT64& number, std::string& str);
+
+    /// With six decimals.
+    void NumberToStr(double& number, std::string& str);
+
+    /// Eight upper-case hexadecimal digits, with leading zeros; -1 gives "FFFFFFFF".
+    void NumberToHexStr(int& number, std::string& str);
+};
+
+/// A data object that can be exchanged with a plain record. Each concrete class says which record
+/// that is; one that has none does nothing in both operations.
+class CVQMDataStructureObject : public CVQMDataObject {
+public:
+    ~CVQMDataStructureObject() override;
+
+    /// Copies the object's content into the record at `pStructure`, which the caller owns.
+    /// The name's spelling is the interface.
+    virtual void GetSturcture(void* pStructure) = 0;
+
+    /// Loads the object from the record at `pStructure`, which stays the caller's.
+    virtual void SetStructure(void* pStructure) = 0;
+};
+
+/// A data object that a serializer can fill.
+class CVQMDataSerializableObject : public CVQMDataStructureObject {
+public:
+    ~CVQMDataSerializableObject() override;
+
+    /// Writes the object through the serializer. No class of this library writes: false.
+    virtual bool WriteTo(IVQMSerialize* pSerialize) = 0;
+
+    /// Takes the serializer's current parsing step. Called once per step, on the parsing thread;
+    /// pointers obtained from the serializer are valid only during the call.
+    virtual bool ReadFrom(IVQMSerialize* pSerialize) = 0;
+};
+
+/// A growable sequence of bytes.
+class CVQMDataBufferObject : public CVQMDataObject {
+public:
+    CVQMDataBufferObject() = default;
+    ~CVQMDataBufferObject() override;
+
+    CVQMDataBufferObject(const CVQMDataBufferObject& other);
+    CVQMDataBufferObject& operator=(const CVQMDataBufferObject& other);
+
+    /// Appends `nSize` bytes, which may lie in this very buffer; with 0 nothing happens at all.
+    /// A full buffer doubles its capacity, from 1 on, until the bytes fit. More bytes than an
+    /// object can have throw `std::length_error`, exhausted memory throws `std::bad_alloc`; both
+    /// leave the buffer as it was.
+    void InsertData(const char* pData, uVQMINT64 nSize);
+
+    /// The first byte, until the next `InsertData`; null while nothing has ever been stored.
+    const char* GetData() const;
+
+    /// The number of bytes stored.
+    uVQMINT64 GetDataSize() const;
+
+    /// Forgets the bytes and keeps the capacity.
+    void Clear();
+
+private:
+    std::unique_ptr<char[]> m_pData;
+    std::size_t m_nSize = 0;
+    std::size_t m_nCapacity = 0;
+};

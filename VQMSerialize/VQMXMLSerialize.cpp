@@ -1,0 +1,213 @@
+#include "VQMSerialize/VQMXMLSerialize.h"
+
+#include <climits>
+#include <cstring>
+#include <exception>
+
+#include <expat.h>
+
+#include "Common/VQMLog.h"
+
+/// One run of the parser. Exceptions must not unwind through its C frames, so they wait here.
+struct CVQMXMLSerialize::_Parse {
+    bool bStopped = false;
+    std::exception_ptr pThrown; ///< by the target
+};
+
+IVQMSerialize::~IVQMSerialize() = default;
+
+CVQMXMLSerialize::CVQMXMLSerialize() = default;
+
+CVQMXMLSerialize::~CVQMXMLSerialize()
+{
+    CVQMXMLSerialize::Destroy();
+}
+
+bool CVQMXMLSerialize::Create()
+{
+    try {
+        m_pParser = XML_ParserCreate(nullptr);
+        if (m_pParser == nullptr) {
+            VQM_LOG_DEBUG(" XML_ParserCreate is Failed!!!\n");
+            return false;
+        }
+        XML_SetUserData(m_pParser, this);
+        XML_SetElementHandler(m_pParser, OnStartElement, OnEndElement);
+        XML_SetCharacterDataHandler(m_pParser, OnElementData);
+        return true;
+    } catch (const std::exception& error) {
+        VQM_LOG_DEBUG("CVQMXMLSerialize::Create - Error %s \n", error.what());
+    } catch (...) {
+        VQM_LOG_DEBUG("CVQMXMLSerialize::Create - Unknown error \n");
+    }
+    return false;
+}
+
+void CVQMXMLSerialize::Destroy()
+{
+    if (m_pParser != nullptr) {
+        XML_ParserFree(m_pParser);
+        m_pParser = nullptr;
+    }
+}
+
+bool CVQMXMLSerialize::Serialize(const CVQMDataSerializableObject* /*pObj*/, CVQMDataBufferObject* /*pBuffer*/)
+{
+    return false;
+}
+
+bool CVQMXMLSerialize::Deserialize(const char* pData, CVQMDataSerializableObject* pObj)
+{
+    if (pData == nullptr) {
+        VQM_LOG_DEBUG("CVQMXMLSerialize::Deserialize - input serialized data is null \n");
+        return false;
+    }
+    if (pObj == nullptr) {
+        VQM_LOG_DEBUG("CVQMXMLSerialize::Deserialize - output pObj is null \n");
+        return false;
+    }
+    const std::size_t length = std::strlen(pData);
+    void* const buffer = length <= INT_MAX ? XML_GetBuffer(m_pParser, static_cast<int>(length)) : nullptr;
+    if (buffer == nullptr) {
+        VQM_LOG_DEBUG("CVQMXMLSerialize::Deserialize-  XML_GetBuffer Failed!!!!\n");
+        Destroy();
+        return false;
+    }
+    std::memcpy(buffer, pData, length);
+    m_pTarget = pObj;
+    if (!Parse(static_cast<int>(length))) {
+        VQM_LOG_DEBUG("  PraseError !!!!\n");
+        Destroy();
+        return false;
+    }
+    Destroy();
+    VQM_LOG_DEBUG("ParseHttpResponse End !!!!\n");
+    return true;
+}
+
+/// Parses the buffer. Throws on what the target threw, the parser freed before.
+bool CVQMXMLSerialize::Parse(int nLength)
+{
+    _Parse parse;
+    m_pParse = &parse;
+    const XML_Status status = XML_ParseBuffer(m_pParser, nLength, XML_TRUE);
+    m_pParse = nullptr;
+    if (parse.pThrown != nullptr) {
+        Destroy();
+        std::rethrow_exception(parse.pThrown);
+    }
+    return status != XML_STATUS_ERROR;
+}
+
+void CVQMXMLSerialize::OnStartElement(void* pUserData, const char* pName, const char** ppAttributes)
+{
+    auto* const pThis = static_cast<CVQMXMLSerialize*>(pUserData);
+    if (pThis == nullptr) {
+        VQM_LOG_DEBUG("OnStartElement - User Data is null \n");
+        return;
+    }
+    if (pName == nullptr || ppAttributes == nullptr) {
+        VQM_LOG_DEBUG(" Parameter is Null!!!!\n");
+        return;
+    }
+    pThis->m_pElementName = pName;
+    pThis->m_ppAttributes = ppAttributes;
+    pThis->Deliver(PARSING_START_ELEMENT);
+}
+
+void CVQMXMLSerialize::OnEndElement(void* pUserData, const char* pName)
+{
+    auto* const pThis = static_cast<CVQMXMLSerialize*>(pUserData);
+    if (pThis == nullptr) {
+        VQM_LOG_DEBUG("OnEndElement - User Data is null \n");
+        return;
+    }
+    pThis->m_pElementName = pName;
+    pThis->Deliver(PARSING_END_ELEMENT);
+}
+
+void CVQMXMLSerialize::OnElementData(void* pUserData, const char* pText, int nLength)
+{
+    auto* const pThis = static_cast<CVQMXMLSerialize*>(pUserData);
+    if (pThis == nullptr) {
+        VQM_LOG_DEBUG("OnElementData - User Data is null \n");
+        return;
+    }
+    if (pText == nullptr) {
+        VQM_LOG_DEBUG("OnElementData - data is null \n");
+        return;
+    }
+    CVQMDataBufferObject text;
+    if (pThis->CopyText(pText, nLength, text)) {
+        pThis->m_pText = text.GetData();
+        pThis->Deliver(PARSING_ELEMENT_DATA);
+    }
+}
+
+/// Without memory for the copy the parse ends as it does at any other error.
+bool CVQMXMLSerialize::CopyText(const char* pText, int nLength, CVQMDataBufferObject& text)
+{
+    try {
+        text.InsertData(pText, static_cast<uVQMINT64>(nLength));
+        text.InsertData("", 1);
+        return true;
+    } catch (const std::exception&) {
+        if (m_pParse == nullptr) {
+            throw;
+        }
+        Stop();
+        return false;
+    }
+}
+
+void CVQMXMLSerialize::Deliver(int nStep)
+{
+    m_nParsingStep = nStep;
+    // A stopped parser may still have an event or two to tell.
+    if (m_pTarget != nullptr && (m_pParse == nullptr || !m_pParse->bStopped)) {
+        try {
+            m_pTarget->ReadFrom(this);
+        } catch (...) {
+            ForgetEvent();
+            if (m_pParse == nullptr) {
+                throw;
+            }
+            m_pParse->pThrown = std::current_exception();
+            Stop();
+        }
+    }
+    ForgetEvent();
+}
+
+void CVQMXMLSerialize::ForgetEvent()
+{
+    m_pElementName = nullptr;
+    m_ppAttributes = nullptr;
+    m_pText = nullptr;
+}
+
+void CVQMXMLSerialize::Stop()
+{
+    m_pParse->bStopped = true;
+    XML_StopParser(m_pParser, XML_FALSE);
+}
+
+int CVQMXMLSerialize::GetParsingStep()
+{
+    return m_nParsingStep;
+}
+
+const char* CVQMXMLSerialize::GetParsingElementName() const
+{
+    return m_pElementName;
+}
+
+const char** CVQMXMLSerialize::GetParsingAttributes()
+{
+    return m_ppAttributes;
+}
+
+const char* CVQMXMLSerialize::GetParsingText() const
+{
+    return m_pText;
+}
