@@ -1,0 +1,139 @@
+"""A tool key's release launches the companion while the setting is on, and only then."""
+
+import os
+import time
+
+import pytest
+
+from desktop import (
+    SETTING_KEY,
+    TOOL_KEYS,
+    children_of,
+    is_running,
+    keysym,
+    wait_until,
+)
+
+BANNER = r"\n########################   TOOL KEY PRESSED   ###########################"
+STAYING_COMPANION = 'echo $$ >> "$HOME/launched"\nexec sleep 1000\n'
+PASSING_COMPANION = 'echo $$ >> "$HOME/launched"\n'
+
+
+def launched(desktop):
+    """The pids of the companions, as they noted them themselves."""
+    path = desktop.home / "launched"
+    return [int(line) for line in path.read_text().split()] if path.exists() else []
+
+
+@pytest.mark.parametrize("name", TOOL_KEYS)
+def test_each_release_launches_once_and_logs_the_pid(desktop, keyboard, name):
+    desktop.install_companion(STAYING_COMPANION)
+    desktop.switch_on()
+    application = desktop.start_application()
+    for count in (1, 2):
+        keyboard.press(TOOL_KEYS[name])
+        time.sleep(0.3)
+        assert len(application.results()) == count - 1, "the press alone launches nothing"
+        keyboard.release(TOOL_KEYS[name])
+        application.wait_for("result = ", count)
+        wait_until(lambda: len(launched(desktop)) == count, "the companion runs")
+    assert application.results() == launched(desktop)
+    assert application.matching(BANNER) == [BANNER] * 2
+    assert application.lines()[-3:] == [
+        ("D", "OnKeyReleaseCB", BANNER),
+        ("D", "CheckSyncDemoEnbaled", "CVQMSyncDemoMonitor::CheckSyncDemoEnbaled - Enabled "),
+        ("D", "OnKeyReleaseCB", f"result = {launched(desktop)[1]}"),
+    ]
+    for pid in launched(desktop):
+        os.kill(pid, 9)
+    wait_until(lambda: not children_of(application.pid), "the ended companions are reaped")
+
+
+@pytest.mark.parametrize("stored", ["0", "2", "-1", None, "garbage", "", "unreadable"])
+def test_any_other_setting_launches_nothing(desktop, keyboard, stored):
+    desktop.install_companion(STAYING_COMPANION)
+    if stored == "unreadable":
+        (desktop.settings / SETTING_KEY).mkdir(parents=True)
+    elif stored is not None:
+        desktop.store(SETTING_KEY, stored)
+    application = desktop.start_application()
+    keyboard.tap(TOOL_KEYS["XF86SimpleMenu"])
+    application.wait_for("not used in vqm mode")
+    keyboard.tap(TOOL_KEYS["XF86More"])
+    application.wait_for("not used in vqm mode", 2)
+    off = [
+        ("D", "OnKeyReleaseCB", BANNER),
+        ("D", "CheckSyncDemoEnbaled", "CVQMSyncDemoMonitor::CheckSyncDemoEnbaled - Disabled "),
+        ("D", "OnKeyReleaseCB", "not used in vqm mode"),
+    ]
+    assert application.lines()[-6:] == off * 2
+    assert not application.results()
+    assert not launched(desktop)
+    assert not children_of(application.pid)
+
+
+def test_setting_is_read_at_each_release(desktop, keyboard):
+    desktop.install_companion(PASSING_COMPANION)
+    application = desktop.start_application()
+    keyboard.tap(TOOL_KEYS["XF86More"])
+    application.wait_for("not used in vqm mode")
+    desktop.vqmctl("setting", "on")
+    keyboard.tap(TOOL_KEYS["XF86More"])
+    application.wait_for("result = ")
+    desktop.vqmctl("setting", "off")
+    keyboard.tap(TOOL_KEYS["XF86More"])
+    application.wait_for("not used in vqm mode", 2)
+    assert len(application.results()) == 1
+
+
+def test_held_key_launches_once(desktop, keyboard):
+    desktop.install_companion(PASSING_COMPANION)
+    desktop.switch_on()
+    application = desktop.start_application()
+    keyboard.press(TOOL_KEYS["XF86More"])
+    time.sleep(2)  # long enough for the server's auto-repeat to send dozens
+    assert not application.results()
+    keyboard.release(TOOL_KEYS["XF86More"])
+    application.wait_for("result = ")
+    time.sleep(0.5)
+    assert len(application.results()) == 1
+
+
+def test_two_hundred_rapid_releases_lose_none_and_leave_no_zombie(desktop, keyboard):
+    desktop.install_companion(PASSING_COMPANION)
+    desktop.switch_on()
+    application = desktop.start_application()
+    for _ in range(100):
+        keyboard.tap(TOOL_KEYS["XF86SimpleMenu"])
+        keyboard.tap(TOOL_KEYS["XF86More"])
+    application.wait_for("result = ", 200)
+    wait_until(lambda: len(launched(desktop)) == 200, "200 companions ran")
+    wait_until(lambda: not children_of(application.pid), "all of them are reaped")
+    assert sorted(application.results()) == sorted(launched(desktop))
+    assert len(application.results()) == 200
+
+
+@pytest.mark.parametrize("name", ["XF86AudioPlay", "XF86AudioStop", "XF86Menu"])
+def test_other_grabbed_keys_are_silent(desktop, keyboard, name):
+    desktop.install_companion(PASSING_COMPANION)
+    desktop.switch_on()
+    keyboard.add(keysym(name))
+    application = desktop.start_application()
+    before = application.lines()
+    keyboard.tap(keysym(name))
+    keyboard.tap(TOOL_KEYS["XF86More"])
+    application.wait_for("result = ")
+    assert len(application.lines()) == len(before) + 3
+
+
+def test_without_a_companion_a_negative_result_is_logged_and_it_runs_on(desktop, keyboard):
+    desktop.switch_on()
+    application = desktop.start_application()
+    keyboard.tap(TOOL_KEYS["XF86More"])
+    application.wait_for("result = ")
+    assert application.results()[0] < 0
+    desktop.install_companion(PASSING_COMPANION)
+    keyboard.tap(TOOL_KEYS["XF86More"])
+    application.wait_for("result = ", 2)
+    assert application.results()[1] > 0
+    assert is_running(application.pid)
