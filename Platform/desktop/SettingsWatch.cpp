@@ -1,0 +1,211 @@
+#include "Platform/desktop/SettingsWatch.h"
+
+#include <algorithm>
+#include <Ecore.h>
+#include <Ecore_File.h>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Platform/desktop/PlatformLog.h"
+#include "Platform/desktop/SettingCallbacks.h"
+#include "Platform/desktop/SettingsStore.h"
+
+namespace desktop {
+
+namespace {
+
+/// After the watched folder went away: whoever removes it gets the time to finish.
+constexpr double kFirstRetrySeconds = 0.2;
+constexpr double kLongestRetrySeconds = 60;
+
+/// The watched keys of one folder. The folder is watched, as each write puts another file in a
+/// key's place, and once only: Ecore tells just one of two monitors of the same folder.
+class FolderWatch {
+public:
+    explicit FolderWatch(std::string folder) : folder_(std::move(folder)) {}
+    FolderWatch(const FolderWatch&) = delete;
+    FolderWatch& operator=(const FolderWatch&) = delete;
+    ~FolderWatch()
+    {
+        Disarm();
+        if (retry_ != nullptr) {
+            ecore_timer_del(retry_);
+        }
+    }
+
+    const std::string& Folder() const { return folder_; }
+
+    bool Add(std::string_view key, vconf_callback_fn callback, void* userData)
+    {
+        // Watched before it is read: a change in between must not be lost.
+        if (monitor_ == nullptr && retry_ == nullptr && !Arm(key)) {
+            return false;
+        }
+        auto found = std::find_if(keys_.begin(), keys_.end(), [key](const auto& k) { return k->Key() == key; });
+        if (found == keys_.end()) {
+            found = keys_.insert(keys_.end(), std::make_unique<SettingCallbacks>(key));
+        }
+        (*found)->Add(callback, userData);
+        return true;
+    }
+
+    bool Remove(std::string_view key, vconf_callback_fn callback)
+    {
+        return std::any_of(keys_.begin(), keys_.end(),
+                           [=](const auto& k) { return k->Key() == key && k->Remove(callback); });
+    }
+
+    bool IsIdle() const
+    {
+        return std::all_of(keys_.begin(), keys_.end(), [](const auto& k) { return k->IsIdle(); });
+    }
+
+private:
+    static void OnEvent(void* data, Ecore_File_Monitor* /*monitor*/, Ecore_File_Event event, const char* path)
+    {
+        auto* self = static_cast<FolderWatch*>(data);
+        switch (event) {
+        case ECORE_FILE_EVENT_CREATED_FILE:
+        case ECORE_FILE_EVENT_CLOSED:
+        case ECORE_FILE_EVENT_DELETED_FILE:
+            self->Deliver(path);
+            break;
+        case ECORE_FILE_EVENT_DELETED_SELF:
+            self->RetryAfter(kFirstRetrySeconds);
+            break;
+        default:
+            break;
+        }
+    }
+
+    static Eina_Bool OnRetry(void* data)
+    {
+        auto* self = static_cast<FolderWatch*>(data);
+        self->retry_ = nullptr;
+        self->Disarm();
+        if (self->keys_.empty()) {
+            return ECORE_CALLBACK_CANCEL;
+        }
+        if (self->Arm(self->keys_.front()->Key())) {
+            self->DeliverAll();
+        } else {
+            if (self->retrySeconds_ <= kFirstRetrySeconds) {
+                PLATFORM_LOG(DLOG_ERROR, "changes in %s go unnoticed for now: %s", self->folder_.c_str(),
+                             LastSettingsProblem().c_str());
+            }
+            self->RetryAfter(std::min(2 * self->retrySeconds_, kLongestRetrySeconds));
+        }
+        return ECORE_CALLBACK_CANCEL;
+    }
+
+    bool Arm(std::string_view key)
+    {
+        if (MakeSettingsFolderOf(key)) {
+            monitor_ = ecore_file_monitor_add(folder_.c_str(), OnEvent, this);
+        }
+        return monitor_ != nullptr;
+    }
+
+    void Disarm()
+    {
+        if (monitor_ != nullptr) {
+            ecore_file_monitor_del(std::exchange(monitor_, nullptr));
+        }
+    }
+
+    void RetryAfter(double seconds)
+    {
+        if (retry_ == nullptr) {
+            retrySeconds_ = seconds;
+            retry_ = ecore_timer_add(seconds, OnRetry, this);
+        }
+    }
+
+    void Deliver(std::string_view path)
+    {
+        const std::string_view name = path.substr(path.rfind('/') + 1);
+        // By index: a callback may add keys.
+        for (std::size_t i = 0; i < keys_.size(); ++i) {
+            const std::string_view key = keys_[i]->Key();
+            if (key.substr(key.rfind('/') + 1) == name) {
+                keys_[i]->Deliver();
+            }
+        }
+    }
+
+    void DeliverAll()
+    {
+        for (std::size_t i = 0; i < keys_.size(); ++i) {
+            keys_[i]->Deliver();
+        }
+    }
+
+    std::string folder_;
+    Ecore_File_Monitor* monitor_ = nullptr;
+    Ecore_Timer* retry_ = nullptr;
+    double retrySeconds_ = 0;
+    std::vector<std::unique_ptr<SettingCallbacks>> keys_;
+};
+
+using Watches = std::vector<std::unique_ptr<FolderWatch>>;
+
+/// Never destroyed: the loop that its monitors hang on may be down by then.
+Watches& AllWatches()
+{
+    static auto* watches = new Watches;
+    return *watches;
+}
+
+bool LoopIsReady()
+{
+    static const bool ready = ecore_init() > 0 && ecore_file_init() > 0;
+    return ready;
+}
+
+/// A monitor must not be deleted while it calls, so this waits for the loop's next round.
+void DropIdle(void* /*data*/)
+{
+    Watches& all = AllWatches();
+    all.erase(std::remove_if(all.begin(), all.end(), [](const auto& watch) { return watch->IsIdle(); }), all.end());
+}
+
+} // namespace
+
+bool AddSettingWatch(std::string_view key, vconf_callback_fn callback, void* userData)
+{
+    const auto file = SettingsFile(key);
+    if (callback == nullptr || !file || !LoopIsReady()) {
+        return false;
+    }
+    const std::string folder = file->substr(0, file->rfind('/'));
+    Watches& all = AllWatches();
+    const auto found =
+        std::find_if(all.begin(), all.end(), [&](const auto& watch) { return watch->Folder() == folder; });
+    if (found != all.end()) {
+        return (*found)->Add(key, callback, userData);
+    }
+    auto watch = std::make_unique<FolderWatch>(folder);
+    if (!watch->Add(key, callback, userData)) {
+        return false;
+    }
+    all.push_back(std::move(watch));
+    return true;
+}
+
+bool RemoveSettingWatch(std::string_view key, vconf_callback_fn callback)
+{
+    Watches& all = AllWatches();
+    const auto found =
+        std::find_if(all.begin(), all.end(), [=](const auto& watch) { return watch->Remove(key, callback); });
+    if (found == all.end()) {
+        return false;
+    }
+    if ((*found)->IsIdle()) {
+        ecore_job_add(DropIdle, nullptr);
+    }
+    return true;
+}
+
+} // namespace desktop
