@@ -12,6 +12,13 @@ def desktop():
 
 
 @pytest.fixture
+def other_desktop():
+    created = new_desktop()
+    yield created
+    created.close()
+
+
+@pytest.fixture
 def keyboard(desktop):
     """A keyboard that has the tool keys."""
     created = Keyboard(desktop)

@@ -1,0 +1,97 @@
+"""Grabs that fail, and keyboards that change."""
+
+import subprocess
+
+import pytest
+from Xlib import X
+from Xlib.ext import xtest
+
+from desktop import TOOL_KEYS, Keyboard, keysym, wait_until
+
+MORE = TOOL_KEYS["XF86More"]
+MENU = TOOL_KEYS["XF86SimpleMenu"]
+
+
+def hold(desktop, keyboard, symbol, modifiers):
+    """Another client grabs a key."""
+    other = desktop.connect()
+    other.screen().root.grab_key(keyboard.keycode(symbol), modifiers, True, X.GrabModeAsync, X.GrabModeAsync)
+    other.sync()
+    return other
+
+
+def platform_lines(application):
+    return [line for line in application.output().splitlines() if "Quillmere" not in line]
+
+
+def test_key_held_by_another_client_is_named_and_the_rest_is_grabbed(desktop, keyboard):
+    hold(desktop, keyboard, MORE, X.AnyModifier)
+    application = desktop.start_application()
+    wait_until(lambda: any("XF86More" in line for line in platform_lines(application)), "the failed key is named")
+    assert not any("XF86SimpleMenu" in line for line in platform_lines(application))
+    keyboard.tap(MENU)
+    application.wait_for("not used in vqm mode")
+    pressed = desktop.vqmctl("remote", "press", "XF86More", check=False)
+    assert pressed.returncode == 1
+    assert "XF86More" in pressed.stderr
+
+
+def test_one_combination_held_by_another_client_leaves_the_others(desktop, keyboard):
+    hold(desktop, keyboard, MORE, X.ControlMask)
+    application = desktop.start_application()
+    keyboard.tap(MORE)
+    application.wait_for("not used in vqm mode")
+
+
+@pytest.mark.parametrize("lock", ["Caps_Lock", "Num_Lock"])
+def test_locks_do_not_keep_a_key_away(desktop, keyboard, lock):
+    hold(desktop, keyboard, MORE, X.ControlMask)
+    application = desktop.start_application()
+    keyboard.tap(keysym(lock))
+    keyboard.tap(MORE)
+    application.wait_for("not used in vqm mode")
+
+
+def test_tool_key_on_another_keycode_is_grabbed_there(desktop, keyboard):
+    application = desktop.start_application()
+    old = keyboard.keycode(MORE)
+    keyboard.display.change_keyboard_mapping(old, [[0]])
+    keyboard.own.clear()
+    keyboard.add(0x1008FFAA, MORE)  # another spare keycode than before
+    keyboard.display.sync()
+    wait_until(lambda: try_tap(keyboard, application), "the key works on its new keycode")
+
+
+def try_tap(keyboard, application):
+    keyboard.tap(MORE)
+    return application.matching("not used in vqm mode")
+
+
+def test_tool_key_that_appears_after_the_start(desktop):
+    application = desktop.start_application()
+    keyboard = Keyboard(desktop)
+    keyboard.add(MORE)
+    wait_until(lambda: try_tap(keyboard, application), "the new key works")
+
+
+def test_setxkbmap_and_xmodmap(desktop, keyboard):
+    application = desktop.start_application()
+    subprocess.run(["setxkbmap", "de"], env=desktop.environment, check=True)
+    code = 250
+    subprocess.run(
+        ["xmodmap", "-e", f"keycode {code} = 0x{MORE:x}"], env=desktop.environment, check=True, capture_output=True
+    )
+    wait_until(lambda: tap_code(keyboard, code, application), "the key works after the layout changed")
+
+
+def tap_code(keyboard, code, application):
+    xtest.fake_input(keyboard.display, X.KeyPress, code)
+    xtest.fake_input(keyboard.display, X.KeyRelease, code)
+    keyboard.display.sync()
+    return application.matching("not used in vqm mode")
+
+
+def test_added_keyboard(desktop, keyboard):
+    application = desktop.start_application()
+    subprocess.run(["xinput", "create-master", "second"], env=desktop.environment, check=True)
+    wait_until(lambda: try_tap(keyboard, application), "the key works beside a new keyboard")
