@@ -3,6 +3,30 @@
 #include <dlog.h>
 
 /// One log line of the desktop platform itself: "<file>: <function>(<line>) > " and the message,
-/// under a tag of its own, so that whoever reads the product's lines sees only those.
-#define PLATFORM_LOG(priority, format, ...)                                                                            \
-    dlog_print(priority, "Platform", "%s: %s(%d) > " format, __FILE_NAME__, __func__, __LINE__, ##__VA_ARGS__)
+/// a printf format with its arguments, under a tag of its own, so that whoever reads the
+/// product's lines sees only those.
+/// The first branch never runs; it is there for the compiler's check of the format.
+#define PLATFORM_LOG(priority, ...)                                                                                    \
+    do {                                                                                                               \
+        if (false) {                                                                                                   \
+            dlog_print(priority, desktop::kPlatformTag, __VA_ARGS__);                                                  \
+        } else {                                                                                                       \
+            desktop::PrintPlatformLine(priority, "%s: %s(%d) > " PLATFORM_LOG_FIRST(__VA_ARGS__, ), __FILE_NAME__,     \
+                                       __func__, __LINE__, __VA_ARGS__);                                               \
+        }                                                                                                              \
+    } while (false)
+
+#define PLATFORM_LOG_FIRST(first, ...) first
+
+namespace desktop {
+
+constexpr char kPlatformTag[] = "Platform";
+
+template <typename... Arguments>
+void PrintPlatformLine(log_priority priority, const char* prefixedFormat, const char* file, const char* function,
+                       int line, const char* /*format*/, Arguments... arguments)
+{
+    dlog_print(priority, kPlatformTag, prefixedFormat, file, function, line, arguments...);
+}
+
+} // namespace desktop

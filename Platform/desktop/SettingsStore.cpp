@@ -11,7 +11,7 @@
 #include <unistd.h>
 
 #include "Platform/desktop/FileDescriptor.h"
-#include "Platform/desktop/SettingsReplace.h"
+#include "Platform/desktop/ReplaceFile.h"
 
 namespace desktop {
 

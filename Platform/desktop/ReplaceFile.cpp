@@ -1,4 +1,4 @@
-#include "Platform/desktop/SettingsReplace.h"
+#include "Platform/desktop/ReplaceFile.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -17,7 +17,7 @@ namespace desktop {
 
 namespace {
 
-constexpr char kPrefix[] = ".new-";
+constexpr char kPrefix[] = ".tvsettings-new-";
 
 /// A temporary file that is locked as long as its writer lives, so that others can tell a file
 /// in use from one that was left behind.
