@@ -1,9 +1,18 @@
 #include "Common/VQMSyncDemoMonitor.h"
 
+#include <exception>
+#include <utility>
+
+#include <boost/filesystem/operations.hpp>
 #include <vconf.h>
 
 #include "Common/VQMConfig.h"
 #include "Common/VQMLog.h"
+#include "Data/VQMDataConstants.h"
+#include "Data/VQMScheduleContainer.h"
+#include "VQMPipe/VQMFilePipe.h"
+#include "VQMPipe/VQMTextFile.h"
+#include "VQMSerialize/VQMXMLSerialize.h"
 
 namespace {
 
@@ -11,12 +20,34 @@ constexpr char kSettingKey[] = "db/menu/syncdemo/state";
 constexpr char kMediaDirectory[] = VQM_MEDIA_DIR;
 constexpr char kScheduleDirectory[] = VQM_APPS_DIR "/" VQM_APP_ID "/RECH";
 
+constexpr char kScheduleFileConstant[] = "ScheduleFile";
+constexpr uVQMINT64 kReadUnit = 100 * 1024;
+
 /// The store's only failure; other results, negative ones too, are its business.
 constexpr int kStoreFailure = -1;
 
 vconf_callback_fn AsStoreCallback(void* callback)
 {
     return reinterpret_cast<vconf_callback_fn>(callback);
+}
+
+/// Logs the network and player settings in the name of the operation `function`.
+void LogSettings(const char* function, const _VQMPolicy& policy)
+{
+    constexpr char kSeparator[] = "#########################################################";
+    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "%s", kSeparator);
+    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - IsMaster %d\n", policy.IsMaster ? 1 : 0);
+    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - NumOfPlayer %d\n", policy.NumOfPlayer);
+    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - IPAddrOfMaster %s\n", policy.IPAddrOfMaster.c_str());
+    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - IPType %d\n", policy.IPType);
+    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - IPAddr %s\n", policy.IPAddr.c_str());
+    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - SubnetMask %s\n", policy.SubnetMask.c_str());
+    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - Gateway %s\n", policy.Gateway.c_str());
+    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - TypeOfNetwork %d\n", policy.TypeOfNetwork);
+    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - WirelessGroupName %s\n",
+               policy.WirelessGroupName.c_str());
+    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - nImageDuration %d\n", policy.nImageDuration);
+    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "%s", kSeparator);
 }
 
 } // namespace
@@ -107,6 +138,127 @@ bool CVQMSyncDemoMonitor::UnSetVconfCallBack(void* callback)
     }
     bSetVconfCallBack = false;
     return true;
+}
+
+bool CVQMSyncDemoMonitor::Create()
+{
+    if (m_bCreated) {
+        return true;
+    }
+    try {
+        CheckContents();
+        m_bCreated = true;
+    } catch (const CVQMException& error) {
+        VQM_LOG_ERROR("Create : error %s \n", error.GetErrorMsg().c_str());
+    } catch (const std::exception& error) {
+        VQM_LOG_ERROR("Create : error %s \n", error.what());
+    } catch (...) {
+        VQM_LOG_ERROR("Create : Unknown system error \n");
+    }
+    return m_bCreated;
+}
+
+void CVQMSyncDemoMonitor::CheckContents()
+{
+    std::string fileName;
+    CVQMDataConstants::GetValue(kScheduleFileConstant, fileName);
+    std::string path;
+    GetSyncDemoSchedulePath(path);
+    path += fileName;
+    if (!boost::filesystem::exists(path)) {
+        VQM_LOG_DEBUG("CVQMSyncDemoMonitor::CheckContents - schedule not exist (%s) \n", path.c_str());
+        m_bHaveSchedule = false;
+        return;
+    }
+
+    m_bHaveSchedule = true;
+    _VQMPolicy policy;
+    if (!ParseStoredSchedule(path, &policy)) {
+        m_bHaveSchedule = false;
+        return;
+    }
+    if (!HasAllContents(policy)) {
+        m_bHaveContents = false;
+        return;
+    }
+
+    boost::mutex::scoped_lock lock(m_policyMutex);
+    m_stCurrentPolicy = std::move(policy);
+    m_bHaveContents = true;
+    LogSettings(__func__, m_stCurrentPolicy); // under the lock, so that it is this policy's
+}
+
+/// Stops at the first content that is missing or has another size, and logs it for `CheckContents`.
+bool CVQMSyncDemoMonitor::HasAllContents(const _VQMPolicy& policy)
+{
+    std::string directory;
+    GetSyncDemoMediaPath(directory);
+    CVQMFilePipe pipe;
+    for (const _VQMSchdule& schedule : policy.listSchedule) {
+        for (const _VQMContentInfo& content : schedule.listContents) {
+            const std::string path = directory + content.strName;
+            if (pipe.GetFileSize(path.c_str()) != content.nSize) {
+                VQM_LOG_AS("CheckContents", DLOG_DEBUG, VQM_LOG_TAG,
+                           "CVQMSyncDemoMonitor::CheckContents - %s not exist \n", path.c_str());
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+bool CVQMSyncDemoMonitor::ParseStoredSchedule(std::string path, _VQMPolicy* target)
+{
+    if (path.empty()) {
+        return false;
+    }
+    CVQMDataBufferObject document;
+    if (VQMReadTextFile(path, kReadUnit, document) != VQMTextFileResult::Complete) {
+        return false;
+    }
+    CVQMScheduleContainer schedule;
+    CVQMXMLSerialize serializer;
+    if (!serializer.Create() || !serializer.Deserialize(document.GetData(), &schedule)) {
+        return false;
+    }
+    serializer.Destroy();
+
+    if (target != nullptr) {
+        schedule.GetSturcture(target);
+        return true;
+    }
+    // The copy is complete before it takes the current policy's place.
+    _VQMPolicy policy;
+    schedule.GetSturcture(&policy);
+    boost::mutex::scoped_lock lock(m_policyMutex);
+    m_stCurrentPolicy = std::move(policy);
+    return true;
+}
+
+void CVQMSyncDemoMonitor::GetCurrentPolicy(_VQMPolicy& out)
+{
+    boost::mutex::scoped_lock lock(m_policyMutex);
+    out = m_stCurrentPolicy;
+}
+
+void CVQMSyncDemoMonitor::ClearCurrentPlolicy()
+{
+    boost::mutex::scoped_lock lock(m_policyMutex);
+    // Check period, version, expiration and IP type survive: intended.
+    m_stCurrentPolicy.bError = true;
+    m_stCurrentPolicy.listSchedule.clear();
+    m_stCurrentPolicy.IPAddrOfMaster.clear();
+    m_stCurrentPolicy.IPAddr.clear();
+    m_stCurrentPolicy.SubnetMask.clear();
+    m_stCurrentPolicy.Gateway.clear();
+    m_stCurrentPolicy.WirelessGroupName.clear();
+    m_stCurrentPolicy.IsMaster = false;
+    m_stCurrentPolicy.NumOfPlayer = 0;
+    m_stCurrentPolicy.TypeOfNetwork = 0;
+    m_stCurrentPolicy.nImageDuration = 0;
+    m_stCurrentPolicy.nItemCount = 0;
+    m_stCurrentPolicy.nTotalSize = 0;
+    m_stCurrentPolicy.nProjectID = 0;
 }
 
 void CVQMSyncDemoMonitor::GetSyncDemoMediaPath(std::string& path)

@@ -4,13 +4,17 @@
 
 #include <boost/thread/mutex.hpp>
 
-/// The process-wide view of the sync-demo mode: the setting that turns it on, and where its media
-/// and its schedule lie on disk.
+#include "Data/VQMScheduleRecords.h"
+
+/// The process-wide view of the sync-demo mode: the setting that turns it on, where its media and
+/// its schedule lie on disk, and the current policy, which a content check takes from there.
 ///
 /// Several names are misspelt; they are the interface.
 ///
 /// Threads: the singleton may be fetched and destroyed from any thread. The setting operations
-/// take no lock and belong to the main loop's thread, where change callbacks arrive.
+/// take no lock and belong to the main loop's thread, where change callbacks arrive. Checks run on
+/// one thread at a time; any thread may copy or clear the current policy meanwhile, and sees each
+/// policy whole.
 class CVQMSyncDemoMonitor {
 public:
     /// The monitor, created on first use. It stays valid until `DestroyInstance`; the caller never
@@ -41,6 +45,39 @@ public:
     CVQMSyncDemoMonitor(const CVQMSyncDemoMonitor&) = delete;
     CVQMSyncDemoMonitor& operator=(const CVQMSyncDemoMonitor&) = delete;
 
+    /// Runs the content check, once: after a run without an exception every further call returns
+    /// true without looking at the disk again. True says that the check ran, not what it found:
+    /// that is what `CheckHaveSchedule` and `CheckHaveContents` tell. False after an exception,
+    /// which is logged at error priority; the next call tries again.
+    bool Create();
+
+    /// The content check, whenever it is called: the file that the constant "ScheduleFile" names
+    /// must lie in the schedule directory and parse, and every content file of the schedule must
+    /// lie in the media directory in exactly its announced size in bytes. Then the schedule becomes
+    /// the current policy, and its network and player settings are logged. Otherwise the current
+    /// policy stays, and one of the two answers becomes false: without a schedule the one about
+    /// contents stays too.
+    ///
+    /// Load the constants before. Without that constant the schedule directory itself is what is
+    /// looked for. A content announced with 0 bytes may be absent.
+    ///
+    /// Throws `boost::filesystem::filesystem_error` when the schedule's path cannot be examined
+    /// (anything but its absence), and `std::bad_alloc`; the current policy stays then as well.
+    void CheckContents();
+
+    /// Reads and parses one schedule file. The policy goes to `target`, which the caller owns; with
+    /// null it becomes the current policy, contents unchecked. False when `path` is empty, cannot
+    /// be read or does not parse: the target stays as it was. The answers of `CheckHaveSchedule`
+    /// and `CheckHaveContents` stay.
+    bool ParseStoredSchedule(std::string path, _VQMPolicy* target);
+
+    /// Copies the current policy to `out`. `bError` is true until a check has stored one.
+    void GetCurrentPolicy(_VQMPolicy& out);
+
+    /// Resets the current policy in part: check period, version, expiration and IP type stay as
+    /// they were, and so do the answers of `CheckHaveSchedule` and `CheckHaveContents`.
+    void ClearCurrentPlolicy();
+
     /// Replaces `path` with the directory of the demo media, "/" at its end.
     void GetSyncDemoMediaPath(std::string& path);
 
@@ -56,9 +93,13 @@ public:
 private:
     CVQMSyncDemoMonitor();
 
+    bool HasAllContents(const _VQMPolicy& policy);
+
     bool m_bCreated;
     bool m_bHaveSchedule;
     bool m_bHaveContents;
+    _VQMPolicy m_stCurrentPolicy;
+    boost::mutex m_policyMutex; ///< guards `m_stCurrentPolicy`; never held together with `m_objectMutex`
 
     static CVQMSyncDemoMonitor* m_pInstance;
     static boost::mutex m_objectMutex; ///< guards `m_pInstance`
