@@ -9,7 +9,7 @@ pkg_check_modules(ELEMENTARY REQUIRED IMPORTED_TARGET elementary evas ecore ecor
 
 if(VQM_PLATFORM STREQUAL desktop)
     pkg_check_modules(ECORE REQUIRED IMPORTED_TARGET ecore ecore-file eina)
-    pkg_check_modules(ELDBUS REQUIRED IMPORTED_TARGET eldbus)
+    pkg_check_modules(DBUS REQUIRED IMPORTED_TARGET dbus-1)
     pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-unix-2.0)
     pkg_check_modules(X11 REQUIRED IMPORTED_TARGET x11)
     pkg_check_modules(XTST REQUIRED IMPORTED_TARGET xtst)
@@ -17,7 +17,7 @@ if(VQM_PLATFORM STREQUAL desktop)
 endif()
 
 # The toolkit's .pc files name folders that its packages do not bring; CMake refuses those.
-foreach(target ELEMENTARY ECORE ELDBUS)
+foreach(target ELEMENTARY ECORE)
     if(TARGET PkgConfig::${target})
         get_target_property(directories PkgConfig::${target} INTERFACE_INCLUDE_DIRECTORIES)
         set(existing)

@@ -1,53 +1,36 @@
 #pragma once
 
 #include <cstdint>
-#include <Eldbus.h>
-#include <optional>
 #include <string>
+
+#include "Platform/desktop/SessionBus.h"
 
 namespace desktop {
 
-/// The desktop's notification daemon, as one process on the bus. Every call blocks, for
-/// `kDaemonTimeoutMilliseconds` at most, and none starts a daemon that does not run: it is
-/// addressed by its unique name.
-constexpr int kDaemonTimeoutMilliseconds = 400;
-
 constexpr char kNotificationsName[] = "org.freedesktop.Notifications";
 
-enum class DaemonAnswer {
-    kDone,
-    kRefused, ///< it does not know the request
-    kSilent,  ///< no answer in time, or none any more
-};
-
-/// The unique name of the running daemon; nothing when none runs or the bus does not answer.
-std::optional<std::string> FindNotificationDaemon(Eldbus_Connection* bus);
-
-/// What tells this bus from every other one.
-std::string BusIdentity(Eldbus_Connection* bus);
-
+/// One running notification daemon, addressed by its unique name: no answer ever comes from the
+/// next one. Every call blocks for `SessionBus::kTimeoutMilliseconds` at most.
 class NotificationDaemon {
 public:
-    NotificationDaemon(Eldbus_Connection* bus, std::string uniqueName);
-    NotificationDaemon(const NotificationDaemon&) = delete;
-    NotificationDaemon& operator=(const NotificationDaemon&) = delete;
-    ~NotificationDaemon();
+    NotificationDaemon(SessionBus& bus, std::string uniqueName) : bus_(bus), uniqueName_(std::move(uniqueName)) {}
 
     const std::string& UniqueName() const { return uniqueName_; }
 
-    /// The desktop's own way to hold notifications back; `cookie` ends it.
-    DaemonAnswer Inhibit(const char* applicationId, const char* reason, std::uint32_t& cookie);
-    DaemonAnswer UnInhibit(std::uint32_t cookie);
+    /// The desktop's own way to hold notifications back; `cookie` ends it, and so does the end of
+    /// the connection.
+    BusAnswer Inhibit(const char* applicationId, const char* reason, std::uint32_t& cookie);
+    BusAnswer UnInhibit(std::uint32_t cookie);
 
-    /// dunst's way.
-    DaemonAnswer GetPaused(bool& paused);
-    DaemonAnswer SetPaused(bool paused);
+    /// dunst's way, which outlives the connection.
+    BusAnswer GetPaused(bool& paused);
+    BusAnswer SetPaused(bool paused);
 
 private:
+    BusMessage Request(const char* interface, const char* method) const;
+
+    SessionBus& bus_;
     std::string uniqueName_;
-    Eldbus_Object* object_;
-    Eldbus_Proxy* notifications_;
-    Eldbus_Proxy* properties_;
 };
 
 } // namespace desktop

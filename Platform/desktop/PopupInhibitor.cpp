@@ -42,67 +42,66 @@ void PopupInhibitor::Close()
 
 bool PopupInhibitor::Begin()
 {
-    if (bus_.Connection() == nullptr) {
+    if (!bus_.IsJoined()) {
         return false;
     }
     if (held_) {
         return true;
     }
-    Watch(true);
-    const std::optional<std::string> daemon = FindNotificationDaemon(bus_.Connection());
-    if (!daemon) {
+    bus_.WatchOwner(kNotificationsName, [this](const std::string& owner) { OnDaemonChanged(owner); });
+    const std::string daemon = bus_.OwnerOf(kNotificationsName);
+    if (daemon.empty()) {
         PLATFORM_LOG(DLOG_INFO, "no notification daemon answers on the session bus: no popups to hold back yet");
         return false;
     }
-    return Apply(*daemon);
+    return Apply(daemon);
 }
 
 void PopupInhibitor::End()
 {
-    Watch(false);
+    bus_.StopWatching();
     if (!held_) {
         return;
     }
     const Held held = *std::exchange(held_, std::nullopt);
-    NotificationDaemon daemon(bus_.Connection(), held.daemon);
-    const DaemonAnswer answer = held.inhibited ? daemon.UnInhibit(held.cookie) : daemon.SetPaused(held.pausedBefore);
-    if (answer == DaemonAnswer::kDone) {
+    NotificationDaemon daemon(bus_, held.daemon);
+    const BusAnswer answer = held.inhibited ? daemon.UnInhibit(held.cookie) : daemon.SetPaused(held.pausedBefore);
+    if (answer == BusAnswer::kDone) {
         RemovePopupRecord(recordFile_);
         return;
     }
     // The record stays: it tells the next start what was found.
-    PLATFORM_LOG(DLOG_WARN, "the notification daemon %s does not take popups back", held.daemon.c_str());
+    PLATFORM_LOG(DLOG_WARN, "the notification daemon %s does not answer: popups stay held back until the next start",
+                 held.daemon.c_str());
 }
 
-void PopupInhibitor::OnOwnerChanged(void* data, const char* /*name*/, const char* /*before*/, const char* now)
+void PopupInhibitor::OnDaemonChanged(const std::string& daemon)
 {
-    auto* self = static_cast<PopupInhibitor*>(data);
-    const std::string daemon(now != nullptr ? now : "");
-    if (self->held_ && self->held_->daemon == daemon) {
+    if (held_ && held_->daemon == daemon) {
         return;
     }
-    if (self->held_) {
-        self->held_.reset(); // it is gone, and with it what it held back
-        RemovePopupRecord(self->recordFile_);
+    if (held_) {
+        held_.reset(); // it is gone, and with it what it held back
+        RemovePopupRecord(recordFile_);
     }
     if (!daemon.empty()) {
-        self->Apply(daemon);
+        Apply(daemon);
     }
 }
 
 bool PopupInhibitor::Apply(const std::string& daemonName)
 {
-    NotificationDaemon daemon(bus_.Connection(), daemonName);
+    NotificationDaemon daemon(bus_, daemonName);
     std::uint32_t cookie = 0;
     switch (daemon.Inhibit(applicationId_.c_str(), kReason, cookie)) {
-    case DaemonAnswer::kDone:
+    case BusAnswer::kDone:
         held_ = Held{daemonName, true, cookie, false};
         Save(*held_); // for tools alone: the daemon ends it with our connection
         return true;
-    case DaemonAnswer::kSilent:
+    case BusAnswer::kSilent:
         LogSilence(daemonName);
         return false;
-    case DaemonAnswer::kRefused:
+    case BusAnswer::kRefused:
         break;
     }
     return ApplyPause(daemon);
@@ -112,17 +111,17 @@ bool PopupInhibitor::ApplyPause(NotificationDaemon& daemon)
 {
     bool paused = false;
     switch (daemon.GetPaused(paused)) {
-    case DaemonAnswer::kDone:
+    case BusAnswer::kDone:
         break;
-    case DaemonAnswer::kSilent:
+    case BusAnswer::kSilent:
         LogSilence(daemon.UniqueName());
         return false;
-    case DaemonAnswer::kRefused:
+    case BusAnswer::kRefused:
         PLATFORM_LOG(DLOG_INFO, "the notification daemon cannot be held back: popups stay as they are");
         return false;
     }
     if (busIdentity_.empty()) {
-        busIdentity_ = BusIdentity(bus_.Connection());
+        busIdentity_ = bus_.Identity();
     }
     // Left by a process that was killed: the pause found now is that one's.
     const std::optional<PopupRecord> left = ReadPopupRecord(recordFile_);
@@ -135,14 +134,14 @@ bool PopupInhibitor::ApplyPause(NotificationDaemon& daemon)
         return false;
     }
     switch (daemon.SetPaused(true)) {
-    case DaemonAnswer::kDone:
+    case BusAnswer::kDone:
         held_ = held;
         return true;
-    case DaemonAnswer::kSilent:
+    case BusAnswer::kSilent:
         held_ = held; // it may still do it
         LogSilence(daemon.UniqueName());
         return false;
-    case DaemonAnswer::kRefused:
+    case BusAnswer::kRefused:
         break;
     }
     RemovePopupRecord(recordFile_);
@@ -153,19 +152,6 @@ bool PopupInhibitor::ApplyPause(NotificationDaemon& daemon)
 bool PopupInhibitor::Save(const Held& held)
 {
     return WritePopupRecord(recordFile_, {getpid(), busIdentity_, held.daemon, held.inhibited, held.pausedBefore});
-}
-
-void PopupInhibitor::Watch(bool watch)
-{
-    if (watch == watching_) {
-        return;
-    }
-    watching_ = watch;
-    if (watch) {
-        eldbus_name_owner_changed_callback_add(bus_.Connection(), kNotificationsName, OnOwnerChanged, this, EINA_FALSE);
-    } else {
-        eldbus_name_owner_changed_callback_del(bus_.Connection(), kNotificationsName, OnOwnerChanged, this);
-    }
 }
 
 } // namespace desktop

@@ -9,6 +9,8 @@
 
 namespace desktop {
 
+class NotificationDaemon;
+
 /// Holds the desktop's notifications back: through the daemon's own inhibition, else by pausing
 /// dunst. A daemon that starts later, or again, is asked as well. Main thread only.
 ///
@@ -39,18 +41,15 @@ private:
         bool pausedBefore;
     };
 
-    static void OnOwnerChanged(void* data, const char* name, const char* before, const char* now);
-
+    void OnDaemonChanged(const std::string& daemon);
     bool Apply(const std::string& daemonName);
-    bool ApplyPause(class NotificationDaemon& daemon);
+    bool ApplyPause(NotificationDaemon& daemon);
     bool Save(const Held& held);
-    void Watch(bool watch);
 
     std::string applicationId_;
     std::string recordFile_;
     std::string busIdentity_;
     SessionBus bus_;
-    bool watching_ = false;
     std::optional<Held> held_;
 };
 

@@ -1,6 +1,7 @@
 #include "Platform/desktop/SettingsWatch.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <Ecore.h>
 #include <Ecore_File.h>
 #include <memory>
@@ -158,9 +159,25 @@ Watches& AllWatches()
     return *watches;
 }
 
+/// Ecore, where nobody has initialised it yet, without its modules for power and memory events:
+/// a watch has no use for them, and they fill the log where there is no system bus.
+bool InitialiseLoop()
+{
+    constexpr char kSwitch[] = "ECORE_NO_SYSTEM_MODULES";
+    const bool mine = std::getenv(kSwitch) == nullptr;
+    if (mine) {
+        setenv(kSwitch, "1", 0);
+    }
+    const bool ready = ecore_init() > 0 && ecore_file_init() > 0;
+    if (mine) {
+        unsetenv(kSwitch);
+    }
+    return ready;
+}
+
 bool LoopIsReady()
 {
-    static const bool ready = ecore_init() > 0 && ecore_file_init() > 0;
+    static const bool ready = InitialiseLoop();
     return ready;
 }
 
