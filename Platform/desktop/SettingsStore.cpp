@@ -31,11 +31,6 @@ void SetProblem(std::string what)
     Problem() = std::move(what);
 }
 
-void SetProblem(const std::string& path, int error)
-{
-    SetProblem(path + ": " + std::generic_category().message(error));
-}
-
 bool IsValidPart(std::string_view part)
 {
     return !part.empty() && part.front() != '.' && part.size() <= kLongestPart &&
@@ -73,7 +68,7 @@ bool MakeFolders(const std::string& path)
             const int error = errno;
             // A read-only or foreign parent may say so before it looks at what is there.
             if (stat(folder.c_str(), &there) == -1 || !S_ISDIR(there.st_mode)) {
-                SetProblem(folder, error);
+                NoteSettingsProblem(folder, error);
                 return false;
             }
         }
@@ -97,7 +92,7 @@ std::optional<std::string> ReadPlainFile(const std::string& path, struct stat& s
 {
     const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY));
     if (!file.IsOpen() || fstat(file.Get(), &status) == -1) {
-        SetProblem(path, errno);
+        NoteSettingsProblem(path, errno);
         return std::nullopt;
     }
     if (!S_ISREG(status.st_mode)) {
@@ -115,7 +110,7 @@ std::optional<std::string> ReadPlainFile(const std::string& path, struct stat& s
         if (got > 0) {
             size += static_cast<std::size_t>(got);
         } else if (errno != EINTR) {
-            SetProblem(path, errno);
+            NoteSettingsProblem(path, errno);
             return std::nullopt;
         }
     }
@@ -136,7 +131,7 @@ bool MayBeReplaced(const std::string& path)
         if (errno == ENOENT) {
             return true;
         }
-        SetProblem(path, errno);
+        NoteSettingsProblem(path, errno);
         return false;
     }
     if (!S_ISREG(status.st_mode)) {
@@ -210,7 +205,7 @@ bool WriteSetting(std::string_view key, std::string_view value)
     }
     const int error = ReplaceFile(*path, content);
     if (error != 0) {
-        SetProblem(*path, error);
+        NoteSettingsProblem(*path, error);
         return false;
     }
     return true;
@@ -235,6 +230,11 @@ std::optional<int> ParseSettingNumber(std::string_view text)
 const std::string& LastSettingsProblem()
 {
     return Problem();
+}
+
+void NoteSettingsProblem(const std::string& path, int error)
+{
+    SetProblem(path + ": " + std::generic_category().message(error));
 }
 
 bool SettingVersion::operator==(const SettingVersion& other) const

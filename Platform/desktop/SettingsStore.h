@@ -43,6 +43,9 @@ std::optional<int> ParseSettingNumber(std::string_view text);
 /// valid until its next failure.
 const std::string& LastSettingsProblem();
 
+/// Makes "<path>: <the errno's text>" the calling thread's problem.
+void NoteSettingsProblem(const std::string& path, int error);
+
 /// Which file stands in a key's place right now; two equal versions hold the same value.
 struct SettingVersion {
     unsigned long long device = 0;

@@ -1,14 +1,19 @@
 #include "Platform/desktop/SettingsWatch.h"
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <Ecore.h>
-#include <Ecore_File.h>
 #include <memory>
 #include <string>
+#include <sys/inotify.h>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
+#include "Platform/desktop/FileDescriptor.h"
 #include "Platform/desktop/PlatformLog.h"
 #include "Platform/desktop/SettingCallbacks.h"
 #include "Platform/desktop/SettingsStore.h"
@@ -21,8 +26,13 @@ namespace {
 constexpr double kFirstRetrySeconds = 0.2;
 constexpr double kLongestRetrySeconds = 60;
 
+constexpr std::size_t kEventBuffer = 4096;
+
 /// The watched keys of one folder. The folder is watched, as each write puts another file in a
-/// key's place, and once only: Ecore tells just one of two monitors of the same folder.
+/// key's place.
+///
+/// Through inotify itself: of two Ecore monitors of one folder only one is told, and one whose
+/// folder goes away is freed by Ecore, or not, depending on how it went.
 class FolderWatch {
 public:
     explicit FolderWatch(std::string folder) : folder_(std::move(folder)) {}
@@ -41,7 +51,7 @@ public:
     bool Add(std::string_view key, vconf_callback_fn callback, void* userData)
     {
         // Watched before it is read: a change in between must not be lost.
-        if (monitor_ == nullptr && retry_ == nullptr && !Arm(key)) {
+        if (!events_.IsOpen() && retry_ == nullptr && !Arm(key)) {
             return false;
         }
         auto found = std::find_if(keys_.begin(), keys_.end(), [key](const auto& k) { return k->Key() == key; });
@@ -64,20 +74,27 @@ public:
     }
 
 private:
-    static void OnEvent(void* data, Ecore_File_Monitor* /*monitor*/, Ecore_File_Event event, const char* path)
+    static Eina_Bool OnReadable(void* data, Ecore_Fd_Handler* /*handler*/)
     {
         auto* self = static_cast<FolderWatch*>(data);
-        switch (event) {
-        case ECORE_FILE_EVENT_CREATED_FILE:
-        case ECORE_FILE_EVENT_CLOSED:
-        case ECORE_FILE_EVENT_DELETED_FILE:
-            self->Deliver(path);
-            break;
-        case ECORE_FILE_EVENT_DELETED_SELF:
-            self->RetryAfter(kFirstRetrySeconds);
-            break;
-        default:
-            break;
+        alignas(inotify_event) std::array<char, kEventBuffer> buffer;
+        const ssize_t size = read(self->events_.Get(), buffer.data(), buffer.size());
+        for (ssize_t at = 0; at < size;) {
+            const auto* event = reinterpret_cast<const inotify_event*>(buffer.data() + at);
+            self->Take(event->mask, event->len > 0 ? event->name : "");
+            at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
+        }
+        return ECORE_CALLBACK_RENEW;
+    }
+
+    void Take(std::uint32_t mask, std::string_view name)
+    {
+        if ((mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT)) != 0) {
+            RetryAfter(kFirstRetrySeconds);
+        } else if ((mask & IN_Q_OVERFLOW) != 0) {
+            DeliverAll();
+        } else {
+            Deliver(name);
         }
     }
 
@@ -103,17 +120,27 @@ private:
 
     bool Arm(std::string_view key)
     {
-        if (MakeSettingsFolderOf(key)) {
-            monitor_ = ecore_file_monitor_add(folder_.c_str(), OnEvent, this);
+        if (!MakeSettingsFolderOf(key)) {
+            return false;
         }
-        return monitor_ != nullptr;
+        constexpr std::uint32_t kChanges = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
+        FileDescriptor events(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+        if (!events.IsOpen() ||
+            inotify_add_watch(events.Get(), folder_.c_str(), kChanges | IN_DELETE_SELF | IN_MOVE_SELF) == -1) {
+            NoteSettingsProblem(folder_, errno);
+            return false;
+        }
+        events_ = std::move(events);
+        readable_ = ecore_main_fd_handler_add(events_.Get(), ECORE_FD_READ, OnReadable, this, nullptr, nullptr);
+        return true;
     }
 
     void Disarm()
     {
-        if (monitor_ != nullptr) {
-            ecore_file_monitor_del(std::exchange(monitor_, nullptr));
+        if (readable_ != nullptr) {
+            ecore_main_fd_handler_del(std::exchange(readable_, nullptr));
         }
+        events_ = FileDescriptor();
     }
 
     void RetryAfter(double seconds)
@@ -124,9 +151,8 @@ private:
         }
     }
 
-    void Deliver(std::string_view path)
+    void Deliver(std::string_view name)
     {
-        const std::string_view name = path.substr(path.rfind('/') + 1);
         // By index: a callback may add keys.
         for (std::size_t i = 0; i < keys_.size(); ++i) {
             const std::string_view key = keys_[i]->Key();
@@ -144,7 +170,8 @@ private:
     }
 
     std::string folder_;
-    Ecore_File_Monitor* monitor_ = nullptr;
+    FileDescriptor events_;
+    Ecore_Fd_Handler* readable_ = nullptr;
     Ecore_Timer* retry_ = nullptr;
     double retrySeconds_ = 0;
     std::vector<std::unique_ptr<SettingCallbacks>> keys_;
@@ -152,7 +179,7 @@ private:
 
 using Watches = std::vector<std::unique_ptr<FolderWatch>>;
 
-/// Never destroyed: the loop that its monitors hang on may be down by then.
+/// Never destroyed: the loop that its watches hang on may be down by then.
 Watches& AllWatches()
 {
     static auto* watches = new Watches;
@@ -168,7 +195,7 @@ bool InitialiseLoop()
     if (mine) {
         setenv(kSwitch, "1", 0);
     }
-    const bool ready = ecore_init() > 0 && ecore_file_init() > 0;
+    const bool ready = ecore_init() > 0;
     if (mine) {
         unsetenv(kSwitch);
     }
@@ -181,7 +208,7 @@ bool LoopIsReady()
     return ready;
 }
 
-/// A monitor must not be deleted while it calls, so this waits for the loop's next round.
+/// A watch must not be deleted while it calls, so this waits for the loop's next round.
 void DropIdle(void* /*data*/)
 {
     Watches& all = AllWatches();

@@ -1,0 +1,136 @@
+#include <dlog.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <map>
+#include <sched.h>
+#include <stdexcept>
+#include <string>
+#include <sys/mount.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "Tests/Desktop/Fixtures.h"
+
+namespace {
+
+void Require(bool done, const char* what)
+{
+    if (!done) {
+        throw std::runtime_error(what);
+    }
+}
+
+int BoundSocket(int type, const char* path)
+{
+    const int fd = socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path, sizeof address.sun_path - 1);
+    Require(bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, path);
+    return fd;
+}
+
+/// A private /run, so that the journal's two sockets can be ours.
+void EnterPrivateRun()
+{
+    if (unshare(CLONE_NEWNS) == -1) {
+        const uid_t uid = getuid();
+        const gid_t gid = getgid();
+        Require(unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0, "no mount namespace");
+        std::ofstream("/proc/self/setgroups") << "deny";
+        std::ofstream("/proc/self/uid_map") << "0 " << uid << " 1";
+        std::ofstream("/proc/self/gid_map") << "0 " << gid << " 1";
+    }
+    Require(mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "private mounts");
+    Require(mount("tmpfs", "/run", "tmpfs", 0, nullptr) == 0, "private /run");
+    std::filesystem::create_directories("/run/systemd/journal");
+}
+
+/// The fields of an entry as they came, "NAME=value" or NAME, length and value.
+std::map<std::string, std::string> Fields(const std::string& entry)
+{
+    std::map<std::string, std::string> fields;
+    std::size_t at = 0;
+    while (at < entry.size()) {
+        const std::size_t end = entry.find('\n', at);
+        const std::string line = entry.substr(at, end - at);
+        const std::size_t equals = line.find('=');
+        at = end + 1;
+        if (equals != std::string::npos) {
+            fields[line.substr(0, equals)] = line.substr(equals + 1);
+            continue;
+        }
+        const auto size = static_cast<unsigned char>(entry[at]) + 256U * static_cast<unsigned char>(entry[at + 1]);
+        at += 8;
+        fields[line] = entry.substr(at, size);
+        at += size + 1;
+    }
+    return fields;
+}
+
+using Expected = std::map<std::string, std::string>;
+
+/// In a process of its own: what the journal receives when `log` logs. Exits with 0 if that is as
+/// expected.
+[[noreturn]] void CheckJournal(void (*log)(), const Expected& expected)
+{
+    EnterPrivateRun();
+    const int entries = BoundSocket(SOCK_DGRAM, "/run/systemd/journal/socket");
+    const int streams = BoundSocket(SOCK_STREAM, "/run/systemd/journal/stdout");
+    Require(listen(streams, 1) == 0, "listen");
+    const int stream = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strcpy(address.sun_path, "/run/systemd/journal/stdout");
+    Require(connect(stream, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, "connect");
+    const int terminal = dup(STDERR_FILENO);
+    dup2(stream, STDERR_FILENO);
+    log();
+    dup2(terminal, STDERR_FILENO);
+
+    char entry[4096];
+    const ssize_t size = recv(entries, entry, sizeof entry, MSG_DONTWAIT);
+    Require(size > 0, "no entry");
+    const auto fields = Fields(std::string(entry, static_cast<std::size_t>(size)));
+    EXPECT_EQ(fields, expected);
+    _exit(testing::Test::HasFailure() ? 1 : 0);
+}
+
+int RunCheck(void (*log)(), const Expected& expected)
+{
+    fixtures::Process process([&] {
+        try {
+            CheckJournal(log, expected);
+        } catch (const std::exception& failure) {
+            ADD_FAILURE() << failure.what();
+            _exit(2);
+        }
+    });
+    return process.Wait();
+}
+
+} // namespace
+
+TEST(LogJournal, ReceivesPriorityTagAndPlaceInTheSource)
+{
+    EXPECT_EQ(RunCheck([] { dlog_print(DLOG_ERROR, "Quillmere", "main.cpp: elm_main(61) > text (1) > 2\n"); },
+                       {{"MESSAGE", "main.cpp: elm_main(61) > text (1) > 2"},
+                        {"PRIORITY", "3"},
+                        {"SYSLOG_IDENTIFIER", "Quillmere"},
+                        {"CODE_FILE", "main.cpp"},
+                        {"CODE_FUNC", "elm_main"},
+                        {"CODE_LINE", "61"}}),
+              0);
+}
+
+TEST(LogJournal, AMessageWithoutAPlaceHasNone)
+{
+    EXPECT_EQ(RunCheck([] { dlog_print(DLOG_INFO, nullptr, "a: b(c) > d\te"); },
+                       {{"MESSAGE", "a: b(c) > d\\te"}, {"PRIORITY", "6"}, {"SYSLOG_IDENTIFIER", ""}}),
+              0);
+}
