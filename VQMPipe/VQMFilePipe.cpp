@@ -310,7 +310,8 @@ void* CVQMFilePipe::FOpen(_PipeInfo& info)
         AddPipeInfo(info.pFileStream, record);
         return info.pFileStream;
     } catch (const std::ios_base::failure& failure) {
-        VQM_LOG_DEBUG("FOpen error - %s\n", failure.what());
+        // The capital P is intended.
+        VQM_LOG_DEBUG("FOPen error - %s\n", failure.what());
         throw CVQMException(kStandardError, failure.what());
     } catch (const std::exception& error) {
         throw CVQMException(kStandardError, error.what());
