@@ -1,5 +1,7 @@
 #include "Platform/desktop/BusProbe.h"
 
+#include <cerrno>
+#include <chrono>
 #include <cstddef>
 #include <cstring>
 #include <dbus/dbus.h>
@@ -54,6 +56,22 @@ std::optional<SocketAddress> ParseAddress(const std::string& address)
     return UnixSocket(path != nullptr ? path : abstract, path == nullptr);
 }
 
+/// A signal, the end of a child for one, must not pass for silence.
+bool WaitReadable(int fd, int milliseconds)
+{
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point end = Clock::now() + std::chrono::milliseconds(milliseconds);
+    pollfd answer{fd, POLLIN, 0};
+    for (auto left = end - Clock::now(); left > Clock::duration::zero(); left = end - Clock::now()) {
+        const auto wait = std::chrono::duration_cast<std::chrono::milliseconds>(left).count() + 1;
+        const int ready = poll(&answer, 1, static_cast<int>(wait));
+        if (ready != -1 || errno != EINTR) {
+            return ready == 1 && (answer.revents & POLLIN) != 0;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
 bool BusAnswers(std::string_view address, int milliseconds)
@@ -71,8 +89,7 @@ bool BusAnswers(std::string_view address, int milliseconds)
     if (send(bus.Get(), kGreeting, sizeof kGreeting - 1, MSG_NOSIGNAL) == -1) {
         return false;
     }
-    pollfd answer{bus.Get(), POLLIN, 0};
-    return poll(&answer, 1, milliseconds) == 1 && (answer.revents & POLLIN) != 0;
+    return WaitReadable(bus.Get(), milliseconds);
 }
 
 } // namespace desktop

@@ -109,7 +109,7 @@ bool WriteToStandardError(std::string_view data)
         }
         if (errno == EAGAIN) {
             pollfd full{STDERR_FILENO, POLLOUT, 0};
-            if (poll(&full, 1, kFullOutputMilliseconds) == 1) {
+            if (poll(&full, 1, kFullOutputMilliseconds) == 1 || errno == EINTR) {
                 continue;
             }
         } else if (errno == EPIPE) {
