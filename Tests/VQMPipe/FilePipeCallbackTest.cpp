@@ -1,0 +1,257 @@
+#include <thread>
+
+#include "Tests/VQMPipe/FilePipeTest.h"
+
+// What callbacks and data objects may do to the pipe that calls them, and pipes on many threads.
+
+namespace {
+
+class FilePipeCallback : public FilePipe {
+protected:
+    FilePipeCallback()
+    {
+        request_ = RequestFor(REQUEST_READ, MakeFile("file", "0123456789"));
+        request_.nReadUnitSize = 5;
+        request_.pDeSerializableData = &destination_;
+        other_ = RequestFor(REQUEST_READ, MakeFile("other", "abc"));
+        Opened(other_);
+    }
+
+    /// The other transfer and the locks have survived.
+    void ExpectSound()
+    {
+        EXPECT_TRUE(pipe_.m_pipeMutex.try_lock());
+        pipe_.m_pipeMutex.unlock();
+        EXPECT_EQ(Step(other_), other_.hPipe);
+        EXPECT_TRUE(pipe_.CheckCompleteFileRead(other_.hPipe));
+    }
+
+    template <typename Error>
+    void ThrowFromCallback(Error error)
+    {
+        request_.fnCallback = [error](int, char*, uVQMINT64, IVQMPipe*, void*) { throw error; };
+    }
+
+    CVQMDataBufferObject destination_;
+    FileRequest request_;
+    FileRequest other_;
+};
+
+TEST_F(FilePipeCallback, StandardExceptionsFailTheStepAndKeepTheRecord)
+{
+    ThrowFromCallback(std::runtime_error("from %s callback"));
+    void* handle = Opened(request_);
+    EXPECT_EQ(Step(request_), nullptr);
+    EXPECT_EQ(recorder::Take(), Lines{RequestError("from %s callback")});
+    EXPECT_TRUE(pipe_.ExistHandle(handle));
+    EXPECT_EQ(pipe_.GetCurretFileReadByNow(handle), 0U) << "the step is not counted";
+    try {
+        pipe_.FRead(handle);
+        ADD_FAILURE();
+    } catch (const CVQMException& error) {
+        EXPECT_EQ(error.GetErrorCode(), 0x100001);
+        EXPECT_EQ(error.GetErrorMsg(), "from %s callback");
+    }
+    ExpectSound();
+}
+
+TEST_F(FilePipeCallback, ThePipesOwnExceptionPassesTheStepUnchanged)
+{
+    ThrowFromCallback(CVQMException(7, "mine"));
+    void* handle = Opened(request_);
+    EXPECT_EQ(Step(request_), nullptr);
+    EXPECT_EQ(recorder::Take(), Lines{RequestError("mine")});
+    EXPECT_TRUE(pipe_.ExistHandle(handle));
+    ExpectSound();
+}
+
+TEST_F(FilePipeCallback, OtherExceptionsPassThroughThePipe)
+{
+    ThrowFromCallback(42);
+    void* handle = Opened(request_);
+    EXPECT_THROW(Step(request_), int);
+    EXPECT_EQ(recorder::Take(), Lines());
+    EXPECT_TRUE(pipe_.ExistHandle(handle));
+    EXPECT_EQ(pipe_.GetCurretFileReadByNow(handle), 0U);
+    ExpectSound();
+}
+
+TEST_F(FilePipeCallback, OtherExceptionsOfASerializerPassThroughThePipe)
+{
+    PlainSerializer serializer;
+    Document document;
+    serializer.onDeserialize = [](const char*) -> bool { throw 42; };
+    serializer.onSerialize = [](CVQMDataBufferObject*) -> bool { throw 42; };
+    request_.pSerializer = &serializer;
+    request_.pDeSerializableData = &document;
+    for (const uVQMINT64 unit : {0ULL, 5ULL}) {
+        request_.nReadUnitSize = unit;
+        Opened(request_);
+        EXPECT_THROW(while (Step(request_) != nullptr){}, int);
+    }
+    FileRequest write = RequestFor(REQUEST_WRITE, Path("written"));
+    write.pSerializer = &serializer;
+    write.pSerializableData = &document;
+    Opened(write);
+    EXPECT_THROW(Step(write), int);
+    ExpectSound();
+}
+
+TEST_F(FilePipeCallback, MayDisconnectItsOwnHandle)
+{
+    const std::size_t descriptors = OpenDescriptors();
+    std::string seen;
+    request_.fnCallback = [&](int, char* data, uVQMINT64 size, IVQMPipe* pipe, void* handle) {
+        pipe->DisconnectPipe(handle);
+        EXPECT_FALSE(pipe_.ExistHandle(handle));
+        // The bytes are the step's, not the record's.
+        seen.assign(data, static_cast<std::size_t>(size));
+    };
+    void* handle = Opened(request_);
+    EXPECT_EQ(Step(request_), handle) << "the step itself succeeded";
+    EXPECT_EQ(seen, "01234");
+    EXPECT_FALSE(pipe_.ExistHandle(handle)) << "not stored again";
+    EXPECT_EQ(pipe_.m_pipeInfoMap.size(), 1U);
+    EXPECT_EQ(OpenDescriptors(), descriptors);
+    EXPECT_EQ(recorder::Take(), Lines());
+    ExpectSound();
+}
+
+TEST_F(FilePipeCallback, MayDisconnectAfterADocument)
+{
+    PlainSerializer serializer;
+    Document document;
+    request_.pSerializer = &serializer;
+    request_.pDeSerializableData = &document;
+    request_.fnCallback = [](int, char* data, uVQMINT64, IVQMPipe* pipe, void* handle) {
+        pipe->DisconnectPipe(handle);
+        auto* filled = reinterpret_cast<CVQMDataSerializableObject*>(data);
+        EXPECT_EQ(static_cast<Document*>(filled)->text, "0123456789");
+    };
+    for (const uVQMINT64 unit : {0ULL, 5ULL}) {
+        request_.nReadUnitSize = unit;
+        void* handle = Opened(request_);
+        EXPECT_EQ(Step(request_), handle);
+        if (unit != 0) {
+            EXPECT_EQ(Step(request_), handle);
+        }
+        EXPECT_FALSE(pipe_.ExistHandle(handle));
+    }
+    ExpectSound();
+}
+
+TEST_F(FilePipeCallback, ADocumentMayDisconnectWhileItIsReadOrWritten)
+{
+    PlainSerializer serializer;
+    Document document;
+    void* handle = nullptr;
+    serializer.onDeserialize = [&](const char* data) {
+        pipe_.DisconnectPipe(handle);
+        EXPECT_STREQ(data, "0123456789") << "the text outlives its record";
+        return true;
+    };
+    serializer.onSerialize = [&](CVQMDataBufferObject* buffer) {
+        pipe_.DisconnectPipe(handle);
+        Fill(*buffer, "text");
+        return true;
+    };
+    request_.pSerializer = &serializer;
+    request_.pDeSerializableData = &document;
+    handle = Opened(request_);
+    EXPECT_EQ(Step(request_), handle);
+    EXPECT_EQ(Step(request_), handle);
+    EXPECT_FALSE(pipe_.ExistHandle(handle));
+
+    FileRequest write = RequestFor(REQUEST_APPEND, Path("written"));
+    write.pSerializer = &serializer;
+    write.pSerializableData = &document;
+    handle = Opened(write);
+    EXPECT_EQ(Step(write), nullptr) << "the file is closed by the time it is to be written";
+    EXPECT_EQ(recorder::Take(), Lines{RequestError("File Write Error : " + Path("written"))});
+    EXPECT_FALSE(pipe_.ExistHandle(handle));
+    ExpectSound();
+}
+
+TEST_F(FilePipeCallback, MayMakeRequestsAndOpenPipes)
+{
+    std::vector<void*> opened;
+    request_.fnCallback = [&](int, char*, uVQMINT64, IVQMPipe*, void* handle) {
+        EXPECT_EQ(Step(other_), other_.hPipe);
+        opened.push_back(Create(RequestFor(REQUEST_READ, Path("other"))));
+        EXPECT_NE(opened.back(), nullptr);
+        EXPECT_NE(opened.back(), handle);
+        EXPECT_EQ(pipe_.GetCurretFileReadByNow(handle), 0U) << "stored after the callback";
+        EXPECT_EQ(pipe_.GetFileSizeToRead(handle), 10U);
+        EXPECT_FALSE(pipe_.CheckCompleteFileRead(handle));
+    };
+    void* handle = Opened(request_);
+    EXPECT_EQ(Step(request_), handle);
+    EXPECT_EQ(pipe_.GetCurretFileReadByNow(handle), 5U);
+    EXPECT_EQ(opened.size(), 1U);
+}
+
+TEST_F(FilePipeCallback, ANewPipeNeverGetsTheHandleOfAStepInProgress)
+{
+    std::vector<void*> opened;
+    request_.fnCallback = [&](int, char*, uVQMINT64, IVQMPipe* pipe, void* handle) {
+        pipe->DisconnectPipe(handle);
+        for (int i = 0; i < 20; ++i) {
+            opened.push_back(Create(RequestFor(REQUEST_READ, Path("file"))));
+            EXPECT_NE(opened.back(), handle);
+        }
+    };
+    Opened(request_);
+    EXPECT_NE(Step(request_), nullptr);
+    for (void* handle : opened) {
+        EXPECT_EQ(pipe_.GetCurretFileReadByNow(handle), 0U) << "the step stored itself over a stranger";
+    }
+}
+
+TEST_F(FilePipeCallback, ANestedFailureOfItsOwnHandleIsNotUndone)
+{
+    bool nested = false;
+    request_.fnCallback = [&](int, char*, uVQMINT64, IVQMPipe*, void* handle) {
+        if (!nested) {
+            nested = true;
+            PlainSerializer serializer;
+            FileRequest bad = request_;
+            bad.hPipe = handle;
+            bad.pSerializer = &serializer;
+            bad.pDeSerializableData = nullptr;
+            EXPECT_EQ(Step(bad), nullptr);
+        }
+    };
+    void* handle = Opened(request_);
+    EXPECT_EQ(Step(request_), handle);
+    EXPECT_FALSE(pipe_.ExistHandle(handle));
+    ExpectSound();
+}
+
+TEST_F(FilePipeCallback, ThreadsMayShareAPipeWithHandlesOfTheirOwn)
+{
+    const std::string content(20000, 'x');
+    const std::string path = MakeFile("shared", content);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < 20; ++round) {
+                CVQMDataBufferObject destination;
+                FileRequest request = RequestFor(REQUEST_READ, path);
+                request.nReadUnitSize = 1000;
+                request.pDeSerializableData = &destination;
+                request.hPipe = Create(request);
+                while (!pipe_.CheckCompleteFileRead(request.hPipe)) {
+                    ASSERT_EQ(Step(request), request.hPipe);
+                }
+                pipe_.DisconnectPipe(request.hPipe);
+                ASSERT_EQ(TextOf(destination), content);
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(pipe_.m_pipeInfoMap.size(), 1U);
+}
+
+} // namespace
