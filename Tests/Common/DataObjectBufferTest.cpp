@@ -1,0 +1,132 @@
+#include <limits>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+#include <gmock/gmock.h>
+
+#include "Common/VQMDataObject.h"
+#include "Tests/Platform/AllocationFault.h"
+
+// Not to be reached on a 64-bit machine: a buffer that fails because it is full. Doubling stops at
+// the largest size of an object, and no machine has the memory to get there; what can be reached is
+// the refusal of a block that would go beyond.
+
+namespace {
+
+constexpr uVQMINT64 kMaximum = std::numeric_limits<uVQMINT64>::max();
+
+std::string Content(const CVQMDataBufferObject& buffer)
+{
+    return {buffer.GetData(), static_cast<std::size_t>(buffer.GetDataSize())};
+}
+
+void Insert(CVQMDataBufferObject& buffer, const std::string& text)
+{
+    buffer.InsertData(text.data(), text.size());
+}
+
+/// Allocations of one size fail while it lives.
+struct FailingSize {
+    explicit FailingSize(std::size_t size) { allocation_fault::FailSize(size); }
+    ~FailingSize() { allocation_fault::FailSize(0); }
+    FailingSize(const FailingSize&) = delete;
+    FailingSize& operator=(const FailingSize&) = delete;
+};
+
+} // namespace
+
+TEST(DataBuffer, IsUnallocatedUntilSomethingIsStored)
+{
+    CVQMDataBufferObject buffer;
+    EXPECT_EQ(buffer.GetData(), nullptr);
+    EXPECT_EQ(buffer.GetDataSize(), 0U);
+    buffer.Clear();
+    buffer.InsertData("abc", 0);
+    buffer.InsertData(nullptr, 0);
+    EXPECT_EQ(buffer.GetData(), nullptr);
+    EXPECT_EQ(buffer.GetDataSize(), 0U);
+}
+
+TEST(DataBuffer, AppendsBytesZerosIncluded)
+{
+    CVQMDataBufferObject buffer;
+    Insert(buffer, std::string("a\0b", 3));
+    Insert(buffer, "\xff");
+    buffer.InsertData("", 1);
+    EXPECT_EQ(Content(buffer), std::string("a\0b\xff\0", 5));
+}
+
+TEST(DataBuffer, ClearKeepsTheCapacity)
+{
+    CVQMDataBufferObject buffer;
+    Insert(buffer, std::string(100, 'x'));
+    const char* const data = buffer.GetData();
+    buffer.Clear();
+    EXPECT_EQ(buffer.GetDataSize(), 0U);
+    EXPECT_EQ(buffer.GetData(), data);
+    Insert(buffer, std::string(128, 'y')); // 128 is what 100 bytes doubled up to
+    EXPECT_EQ(buffer.GetData(), data);
+    EXPECT_EQ(Content(buffer), std::string(128, 'y'));
+}
+
+TEST(DataBuffer, CapacityIsWhatDoublingReaches)
+{
+    const struct {
+        std::size_t first;
+        std::size_t then;
+        std::size_t capacity;
+    } cases[] = {{0, 1, 1}, {0, 2, 2}, {0, 3, 4}, {0, 1000, 1024}, {1, 1, 2}, {4, 1, 8}, {1024, 3073, 8192}};
+    for (const auto& expected : cases) {
+        CVQMDataBufferObject buffer;
+        Insert(buffer, std::string(expected.first, 'a'));
+        const std::string block(expected.then, 'b');
+        {
+            const FailingSize failing(expected.capacity);
+            EXPECT_THROW(Insert(buffer, block), std::bad_alloc) << expected.capacity;
+            EXPECT_EQ(Content(buffer), std::string(expected.first, 'a'));
+        }
+        Insert(buffer, block);
+        EXPECT_EQ(Content(buffer), std::string(expected.first, 'a') + block);
+    }
+}
+
+TEST(DataBuffer, TakesItsOwnBytes)
+{
+    CVQMDataBufferObject buffer;
+    Insert(buffer, "abc");
+    for (int i = 0; i < 3; ++i) {
+        buffer.InsertData(buffer.GetData(), buffer.GetDataSize());
+    }
+    EXPECT_EQ(Content(buffer), "abcabcabcabcabcabcabcabc");
+    buffer.InsertData(buffer.GetData() + 1, 2);
+    EXPECT_EQ(Content(buffer), "abcabcabcabcabcabcabcabcbc");
+}
+
+TEST(DataBuffer, MoreThanAnObjectCanHaveIsALengthError)
+{
+    CVQMDataBufferObject buffer;
+    Insert(buffer, "abc");
+    for (const uVQMINT64 size : {kMaximum, kMaximum - 2, kMaximum / 2}) {
+        try {
+            buffer.InsertData("x", size);
+            ADD_FAILURE() << size;
+        } catch (const std::length_error& error) {
+            EXPECT_STREQ(error.what(), "vector::_M_emplace_back_aux");
+        }
+        EXPECT_EQ(Content(buffer), "abc");
+    }
+}
+
+TEST(DataBuffer, CopiesAreSeparate)
+{
+    CVQMDataBufferObject buffer;
+    Insert(buffer, "abc");
+    CVQMDataBufferObject copy = buffer;
+    Insert(copy, "d");
+    EXPECT_EQ(Content(buffer), "abc");
+    EXPECT_EQ(Content(copy), "abcd");
+    buffer = copy;
+    copy.Clear();
+    EXPECT_EQ(Content(buffer), "abcd");
+}
