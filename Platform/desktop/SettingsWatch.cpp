@@ -153,20 +153,27 @@ private:
 
     void Deliver(std::string_view name)
     {
-        // By index: a callback may add keys.
-        for (std::size_t i = 0; i < keys_.size(); ++i) {
-            const std::string_view key = keys_[i]->Key();
+        for (SettingCallbacks* callbacks : PresentKeys()) {
+            const std::string_view key = callbacks->Key();
             if (key.substr(key.rfind('/') + 1) == name) {
-                keys_[i]->Deliver();
+                callbacks->Deliver();
             }
         }
     }
 
     void DeliverAll()
     {
-        for (std::size_t i = 0; i < keys_.size(); ++i) {
-            keys_[i]->Deliver();
+        for (SettingCallbacks* callbacks : PresentKeys()) {
+            callbacks->Deliver();
         }
+    }
+
+    /// A callback may add keys; none goes before the watch does.
+    std::vector<SettingCallbacks*> PresentKeys() const
+    {
+        std::vector<SettingCallbacks*> present(keys_.size());
+        std::transform(keys_.begin(), keys_.end(), present.begin(), [](const auto& key) { return key.get(); });
+        return present;
     }
 
     std::string folder_;

@@ -73,6 +73,7 @@ Process Process::Program(const std::vector<std::string>& arguments)
         dup2(null, STDOUT_FILENO);
         dup2(null, STDERR_FILENO);
         std::vector<char*> pointers;
+        pointers.reserve(arguments.size() + 1);
         for (const std::string& argument : arguments) {
             pointers.push_back(const_cast<char*>(argument.c_str()));
         }

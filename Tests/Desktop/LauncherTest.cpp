@@ -78,7 +78,7 @@ protected:
         int status = -1;
         EXPECT_EQ(waitpid(pid, &status, 0), pid);
         EXPECT_EQ(status, 0);
-        const std::string text = ReadFile(Output());
+        std::string text = ReadFile(Output());
         EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), lines);
         return text;
     }

@@ -27,7 +27,6 @@
 using fixtures::Eventually;
 using fixtures::Exists;
 using fixtures::Process;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
