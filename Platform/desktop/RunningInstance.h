@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// This process as the application's one instance on its display; see Instance.h. Main thread only.
+namespace desktop {
+
+/// Becomes the instance, or hands the one that runs a launch request and ends the process with 0.
+/// Without a display there is nothing to become. Only the first call does anything.
+void BecomeTheInstance();
+
+/// Runs `callback` on the main loop whenever a second start asks; null ends that.
+void ListenForLaunchRequests(void (*callback)());
+
+/// Lets tools know which keys are held, and which another client has.
+void PublishKeys(const std::vector<std::string>& held, const std::vector<std::string>& failed);
+
+} // namespace desktop
