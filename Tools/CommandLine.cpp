@@ -1,0 +1,130 @@
+#include "Tools/CommandLine.h"
+
+#include <cstdlib>
+#include <utility>
+
+#include "Tools/Failure.h"
+#include "Tools/Suggestions.h"
+#include "Tools/Terminal.h"
+
+namespace {
+
+constexpr char kFooter[] = "Exit codes: 0 fine, 1 not ready or findings, 2 usage, 3 could not run.";
+
+bool TakesCommands(const CLI::App& app)
+{
+    return !app.get_subcommands([](const CLI::App* command) { return !command->get_name().empty(); }).empty();
+}
+
+std::vector<std::string> CommandNames(const CLI::App& group)
+{
+    std::vector<std::string> names;
+    for (const CLI::App* command : group.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(command->get_name());
+    }
+    return names;
+}
+
+/// The command that the line had got to.
+CLI::App& LastCommand(CLI::App& app)
+{
+    CLI::App* last = &app;
+    while (!last->get_subcommands().empty()) {
+        last = last->get_subcommands().front();
+    }
+    return *last;
+}
+
+/// How the user has to write the command: "vqmctl setting on".
+std::string FullName(const CLI::App& command)
+{
+    const CLI::App* parent = command.get_parent();
+    return parent == nullptr ? command.get_name() : FullName(*parent) + " " + command.get_name();
+}
+
+std::string DescribeMissingCommand(const CLI::App& group, const std::vector<std::string>& leftOver)
+{
+    const std::vector<std::string> names = CommandNames(group);
+    if (leftOver.empty()) {
+        return "a command is missing after '" + FullName(group) + "'; expected " + JoinWithOr(names);
+    }
+    std::string text = "unknown command '" + leftOver.front() + "' after '" + FullName(group) + "'; ";
+    const std::vector<std::string> close = Suggest(leftOver.front(), names);
+    return text + (close.empty() ? "expected " + JoinWithOr(names) : "did you mean " + JoinWithOr(close) + "?");
+}
+
+std::string Describe(CLI::App& app, const CLI::ParseError& error)
+{
+    CLI::App& command = LastCommand(app);
+    const std::vector<std::string> leftOver = app.remaining(true);
+    if (TakesCommands(command)) {
+        return DescribeMissingCommand(command, leftOver);
+    }
+    std::string text = leftOver.empty() ? error.what() : "unexpected argument '" + leftOver.front() + "'";
+    return text + "; see '" + FullName(command) + " --help'";
+}
+
+/// The library reports each call to the log, for an application's sake. Here its errors are enough,
+/// unless the user asks for more; the log reads its threshold when the first line is written.
+void SetLogThreshold(bool verbose)
+{
+    setenv("DLOG_LEVEL", verbose ? "debug" : "error", verbose ? 1 : 0);
+}
+
+} // namespace
+
+CommandLine::CommandLine() : app_("The command-line tool of VQMKeygrab.", "vqmctl")
+{
+    app_.set_help_flag("-h,--help", "Print this help and exit");
+    app_.set_version_flag("--version", "vqmctl " VQM_VERSION, "Print the version and exit");
+    app_.add_flag("-v,--verbose", verbose_, "Show the library's log on stderr");
+    app_.footer(kFooter);
+    app_.require_subcommand(1);
+    app_.fallthrough();
+}
+
+CLI::App& CommandLine::AddGroup(const std::string& name, const std::string& description)
+{
+    CLI::App& group = *app_.add_subcommand(name, description);
+    group.require_subcommand(1);
+    return group;
+}
+
+CLI::App& CommandLine::AddCommand(CLI::App& group, const std::string& name, const std::string& description,
+                                  Action action)
+{
+    CLI::App& command = *group.add_subcommand(name, description);
+    command.require_subcommand(0);
+    command.callback([this, action = std::move(action)] { action_ = action; });
+    return command;
+}
+
+int CommandLine::Run(int argc, char** argv)
+{
+    try {
+        return static_cast<int>(ParseAndAct(argc, argv));
+    } catch (const Failure& failure) {
+        Complain(failure.what());
+        return static_cast<int>(failure.Code());
+    } catch (const std::exception& exception) {
+        Complain(exception.what());
+        return static_cast<int>(ExitCode::kCouldNotRun);
+    }
+}
+
+ExitCode CommandLine::ParseAndAct(int argc, char** argv)
+{
+    try {
+        app_.parse(argc, argv);
+    } catch (const CLI::CallForVersion& version) {
+        static_cast<void>(Print(std::string(version.what()) + "\n"));
+        return ExitCode::kFine;
+    } catch (const CLI::CallForHelp&) {
+        static_cast<void>(Print(app_.help()));
+        return ExitCode::kFine;
+    } catch (const CLI::ParseError& error) {
+        throw Failure(ExitCode::kUsage, Describe(app_, error));
+    }
+    SetLogThreshold(verbose_);
+    return action_();
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <functional>
+
+#include <CLI/CLI.hpp>
+
+#include "Tools/ExitCode.h"
+
+/// The command line of vqmctl: a tree of commands, each file of commands adding its own branch.
+///
+/// A command's action runs once the whole line is understood; it reports by its exit code or by
+/// throwing `Failure`.
+class CommandLine {
+public:
+    using Action = std::function<ExitCode()>;
+
+    CommandLine();
+
+    CommandLine(const CommandLine&) = delete;
+    CommandLine& operator=(const CommandLine&) = delete;
+
+    /// Adds a word that only leads to further commands, such as "setting".
+    CLI::App& AddGroup(const std::string& name, const std::string& description);
+
+    /// Adds a command that does `action`. The result takes the command's options.
+    CLI::App& AddCommand(CLI::App& group, const std::string& name, const std::string& description, Action action);
+
+    /// Parses the arguments, runs the command and gives the exit code of the process.
+    int Run(int argc, char** argv);
+
+private:
+    ExitCode ParseAndAct(int argc, char** argv);
+
+    CLI::App app_;
+    Action action_;
+    bool verbose_ = false;
+};

@@ -1,0 +1,9 @@
+#pragma once
+
+class CommandLine;
+
+/// Each file of commands adds its branch to the command line.
+
+void AddRemoteCommands(CommandLine& line);
+void AddScheduleCommands(CommandLine& line);
+void AddSettingCommands(CommandLine& line);

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Tools/Lint/Problem.h"
+#include "Tools/Lint/Vocabulary.h"
+
+namespace lint {
+
+/// Judges the text of a number; `subject` is what it belongs to, such as "item_count". The kind is
+/// one of the kinds of numbers.
+std::optional<Problem> JudgeNumber(const std::string& subject, ValueKind kind, const std::string& text);
+
+/// Whether the text is a number that the set reads as it is written.
+bool IsSoundNumber(ValueKind kind, const std::string& text);
+
+} // namespace lint

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+#include "Tools/Lint/ItemChecker.h"
+#include "Tools/Lint/PeriodOverlaps.h"
+#include "Tools/Lint/Reporter.h"
+#include "Tools/Lint/StartTag.h"
+
+namespace lint {
+
+/// Checks one schedule after the other: its times, and its items against each other.
+class PeriodChecker {
+public:
+    explicit PeriodChecker(Reporter& reporter) : reporter_(reporter) {}
+
+    void Begin(const StartTag& schedule);
+    void BeginItem(const StartTag& item);
+    void EndItem(const ItemFacts& item);
+    void End();
+
+private:
+    void CheckTimes(const StartTag& schedule);
+
+    Reporter& reporter_;
+    PeriodOverlaps overlaps_;
+    Spot schedule_;
+    std::uint64_t items_ = 0;
+    // Where the open period has it first, by line.
+    std::unordered_map<std::string, std::uint64_t> ids_;
+    std::unordered_map<int, std::uint64_t> orders_;
+    std::unordered_map<std::string, std::uint64_t> files_;
+};
+
+} // namespace lint

@@ -1,0 +1,82 @@
+#include "Tools/Lint/Render.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include <glib.h>
+
+#include "Tools/Terminal.h"
+
+namespace lint {
+
+namespace {
+
+constexpr char kIndent[] = "    ";
+constexpr char kCut[] = "...";
+
+/// A source text as one line for a terminal.
+std::string Shown(std::string text)
+{
+    std::replace(text.begin(), text.end(), '\t', ' ');
+    return EscapedForTerminal(text);
+}
+
+/// How many columns of a terminal a text takes that is fit for one.
+std::size_t WidthOf(const std::string& text)
+{
+    std::size_t width = 0;
+    for (const char* next = text.c_str(); *next != '\0'; next = g_utf8_next_char(next)) {
+        const gunichar character = g_utf8_get_char(next);
+        if (g_unichar_iszerowidth(character) == FALSE) {
+            width += g_unichar_iswide(character) != FALSE ? 2 : 1;
+        }
+    }
+    return width;
+}
+
+std::string SourceLines(const Excerpt& source)
+{
+    if (source.text.empty()) {
+        return "";
+    }
+    const std::string before = (source.cutBefore ? kCut : "") + Shown(source.text.substr(0, source.start));
+    const std::string subject = Shown(source.text.substr(source.start, source.length));
+    const std::string after = Shown(source.text.substr(source.start + source.length)) + (source.cutAfter ? kCut : "");
+    std::string marker(WidthOf(before), ' ');
+    marker += '^';
+    marker.append(std::max<std::size_t>(WidthOf(subject), 1) - 1, '~');
+    return kIndent + before + subject + after + "\n" + kIndent + marker + "\n";
+}
+
+std::string FirstLine(const std::string& name, const Finding& finding)
+{
+    std::string text = finding.message;
+    if (!finding.expected.empty()) {
+        text += "; expected " + finding.expected;
+    }
+    text += "; " + finding.effect;
+    return EscapedForTerminal(name) + ":" + std::to_string(finding.line) + ":" + std::to_string(finding.column) + ": " +
+           NameOf(SeverityOf(finding.rule)) + ": " + EscapedForTerminal(text) + " [" + NameOf(finding.rule) + "]\n";
+}
+
+} // namespace
+
+std::string RenderHuman(const FileResult& file)
+{
+    std::string text;
+    for (const Finding& finding : file.report.findings) {
+        text += FirstLine(file.name, finding) + SourceLines(finding.source);
+    }
+    return text;
+}
+
+std::string RenderOneline(const FileResult& file)
+{
+    std::string text;
+    for (const Finding& finding : file.report.findings) {
+        text += FirstLine(file.name, finding);
+    }
+    return text;
+}
+
+} // namespace lint
