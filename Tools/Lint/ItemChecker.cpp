@@ -110,7 +110,6 @@ void ItemChecker::EndChild(std::uint64_t endTagOffset)
 
 void ItemChecker::CheckSize()
 {
-    const std::string effect = "the set takes " + std::to_string(facts_.size);
     if (sizePieces_ > 1) {
         reporter_.Report(size_.Place(),
                          {Rule::kSizeInPieces,
@@ -126,33 +125,37 @@ void ItemChecker::CheckSize()
     }
 }
 
+std::string ItemChecker::Looks() const
+{
+    return "the set looks for the file " + Quoted(facts_.file);
+}
+
 const ItemFacts& ItemChecker::End()
 {
     facts_.hasName = name_.count > 0;
     facts_.filePlace = name_.Place();
     CheckChildren();
     CheckFormat();
-    const std::string looks = "the set looks for the file " + Quoted(facts_.file);
     if (name_.count > 0) {
         if (formatFirst_) {
-            reporter_.Report(name_.tag,
-                             {Rule::kFormatBeforeName, "the name comes after the format", "name before format", looks});
+            reporter_.Report(
+                name_.tag, {Rule::kFormatBeforeName, "the name comes after the format", "name before format", Looks()});
         }
         if (name_.text.empty()) {
             reporter_.Report(name_.Place(),
-                             {Rule::kEmptyName, "the name is empty", "the file's name without extension", looks});
+                             {Rule::kEmptyName, "the name is empty", "the file's name without extension", Looks()});
         } else {
             CheckWhiteSpace("name", name_);
         }
         if (name_.text.find_first_of("/\\") != std::string::npos) {
             reporter_.Report(name_.Place(),
                              {Rule::kPathSeparatorInName, "name " + Quoted(name_.text) + " has a path separator",
-                              "a name within the media directory", looks});
+                              "a name within the media directory", Looks()});
         }
         if (!format_.text.empty() && EndsWithExtension(name_.text, format_.text)) {
             reporter_.Report(name_.Place(),
                              {Rule::kExtensionTwice, "name " + Quoted(name_.text) + " ends with the format already",
-                              "the name without extension", looks});
+                              "the name without extension", Looks()});
         }
     }
     return facts_;
@@ -160,15 +163,17 @@ const ItemFacts& ItemChecker::End()
 
 void ItemChecker::CheckChildren()
 {
+    if (name_.count > 0 && size_.count > 0 && format_.count > 0) {
+        return;
+    }
     const auto missing = [this](const Child& child, const char* name, const std::string& effect) {
         if (child.count == 0) {
             reporter_.Report(item_, {Rule::kMissingChild, std::string("the item has no ") + name, name, effect});
         }
     };
-    const std::string looks = "the set looks for the file " + Quoted(facts_.file);
-    missing(name_, "name", looks);
+    missing(name_, "name", Looks());
     missing(size_, "size", "the set takes 0 and counts the file as present while it is missing");
-    missing(format_, "format", looks);
+    missing(format_, "format", Looks());
 }
 
 void ItemChecker::CheckFormat()
@@ -176,35 +181,33 @@ void ItemChecker::CheckFormat()
     if (format_.count == 0) {
         return;
     }
-    const std::string looks = "the set looks for the file " + Quoted(facts_.file);
     if (format_.text.empty()) {
-        reporter_.Report(format_.Place(), {Rule::kEmptyFormat, "the format is empty", "the file's extension", looks});
+        reporter_.Report(format_.Place(), {Rule::kEmptyFormat, "the format is empty", "the file's extension", Looks()});
         return;
     }
     CheckWhiteSpace("format", format_);
     if (format_.text.front() == '.') {
         reporter_.Report(format_.Place(), {Rule::kDotInFormat, "format " + Quoted(format_.text) + " begins with a dot",
-                                           "the extension without its dot", looks});
+                                           "the extension without its dot", Looks()});
     }
     if (format_.text.find_first_of("/\\") != std::string::npos) {
         reporter_.Report(format_.Place(),
                          {Rule::kPathSeparatorInName, "format " + Quoted(format_.text) + " has a path separator",
-                          "the file's extension", looks});
+                          "the file's extension", Looks()});
     }
 }
 
 void ItemChecker::CheckWhiteSpace(const char* what, const Child& child)
 {
-    const std::string looks = "the set looks for the file " + Quoted(facts_.file);
     if (HasOuterOrUnusualSpace(child.text)) {
         reporter_.Report(child.Place(), {Rule::kWhiteSpaceInName,
                                          std::string(what) + " " + Quoted(child.text) +
                                              " has white space around it or line breaks or tabs in it",
-                                         std::string("the ") + what + " alone between its tags", looks});
+                                         std::string("the ") + what + " alone between its tags", Looks()});
     } else if (child.text.find(' ') != std::string::npos) {
         reporter_.Report(child.Place(),
                          {Rule::kBlankInName, std::string(what) + " " + Quoted(child.text) + " has a blank in it",
-                          "no blank, unless the file has it too", looks});
+                          "no blank, unless the file has it too", Looks()});
     }
 }
 

@@ -47,6 +47,8 @@ private:
     };
 
     Child& ChildOf(Element element);
+    /// Which file the set looks for.
+    std::string Looks() const;
     void CheckSize();
     void CheckChildren();
     void CheckFormat();

@@ -23,6 +23,13 @@ bool HasOnlyDigits(ValueKind kind, std::string_view text)
     return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
+/// Most numbers are short and plain, and then there is nothing to convert.
+bool IsPlain(const std::string& text)
+{
+    constexpr std::size_t kSafeDigits = 9;
+    return !text.empty() && text.size() <= kSafeDigits && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
 /// The shortest way to write the number.
 std::string Shortest(const std::string& text)
 {
@@ -36,12 +43,15 @@ std::string Shortest(const std::string& text)
 
 bool IsSoundNumber(ValueKind kind, const std::string& text)
 {
-    return HasOnlyDigits(kind, text) && Shortest(text) == Taken(kind, text);
+    return IsPlain(text) || (HasOnlyDigits(kind, text) && Shortest(text) == Taken(kind, text));
 }
 
-std::optional<Problem> JudgeNumber(const std::string& subject, ValueKind kind, const std::string& text)
+std::optional<Problem> JudgeNumber(const char* subject, ValueKind kind, const std::string& text)
 {
-    const std::string what = subject + " " + Quoted(text);
+    if (kind != ValueKind::kMaster && IsPlain(text)) {
+        return std::nullopt;
+    }
+    const std::string what = std::string(subject) + " " + Quoted(text);
     const std::string effect = "the set takes " + Taken(kind, text);
     if (!HasOnlyDigits(kind, text)) {
         return Problem{Rule::kNumberNotDigits, what + (text.empty() ? " is empty" : " is not digits only"),
