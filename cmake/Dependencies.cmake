@@ -15,6 +15,7 @@ if(VQM_PLATFORM STREQUAL desktop)
     pkg_check_modules(X11 REQUIRED IMPORTED_TARGET x11)
     pkg_check_modules(XTST REQUIRED IMPORTED_TARGET xtst)
     find_package(CLI11 REQUIRED)
+    find_package(nlohmann_json REQUIRED)
 endif()
 
 # The toolkit's .pc files name folders that its packages do not bring; CMake refuses those.
