@@ -12,6 +12,7 @@ namespace {
 
 std::mutex mutex;
 Lines trace;
+std::function<void(const std::string&)> lineListener;
 
 char PriorityLetter(int priority)
 {
@@ -38,8 +39,18 @@ bool IsLogLine(const std::string& line)
 
 void Record(std::string line)
 {
-    const std::lock_guard<std::mutex> lock(mutex);
-    trace.push_back(std::move(line));
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        trace.push_back(line);
+    }
+    if (lineListener) {
+        lineListener(line);
+    }
+}
+
+void SetListener(std::function<void(const std::string&)> listener)
+{
+    lineListener = std::move(listener);
 }
 
 Lines Trace()

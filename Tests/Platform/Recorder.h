@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,10 @@ using Lines = std::vector<std::string>;
 
 /// Adds a line; safe from any thread.
 void Record(std::string line);
+
+/// From now on `listener` hears each line right after it was added, on the thread that adds it;
+/// an empty one ends it. Not to be changed while another thread adds lines.
+void SetListener(std::function<void(const std::string&)> listener);
 
 /// Everything since the last `Clear` or `Take`.
 Lines Trace();
