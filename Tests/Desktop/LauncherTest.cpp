@@ -290,7 +290,7 @@ TEST_F(Launcher, IdsCannotLeaveTheFolders)
 TEST_F(Launcher, TheProgramGetsNothingOfOurs)
 {
     WriteFile(Program(), "#!/bin/sh\nexec > " + Output() +
-                             "\npwd\ncut -d' ' -f6 /proc/$$/stat\necho $$\ngrep -E '^Sig(Blk|Ign)' /proc/$$/status\n"
+                             "\npwd\ncut -d' ' -f6 /proc/$$/stat\necho $$\ngrep -E '^Sig(Blk|Ign)' /proc/self/status\n"
                              "for fd in /proc/$$/fd/*; do echo ${fd##*/} $(readlink $fd); done\nenv\n");
     chmod(Program().c_str(), 0755);
     WriteEntry(Program(), "Path=/usr\n");
