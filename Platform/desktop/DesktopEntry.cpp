@@ -122,12 +122,21 @@ std::vector<std::string> ArgumentsOf(GKeyFile* file, const std::string& path, st
     return arguments;
 }
 
+std::string EntriesIn(std::string_view dataFolder)
+{
+    std::string path(dataFolder);
+    if (path.empty() || path.back() != '/') {
+        path += '/';
+    }
+    return path + "applications";
+}
+
 template <typename Visit>
 void ForEachFolder(Visit visit)
 {
-    visit(g_get_user_data_dir());
+    visit(EntriesIn(g_get_user_data_dir()));
     for (const char* const* folder = g_get_system_data_dirs(); *folder != nullptr; ++folder) {
-        visit(*folder);
+        visit(EntriesIn(*folder));
     }
 }
 
@@ -143,11 +152,11 @@ std::optional<EntryFile> FindEntryFile(std::string_view id)
 {
     std::optional<EntryFile> found;
     std::string path;
-    ForEachFolder([&](const char* folder) {
+    ForEachFolder([&](const std::string& folder) {
         if (found) {
             return;
         }
-        path.assign(folder).append("/applications/").append(id).append(".desktop");
+        path.assign(folder).append("/").append(id).append(".desktop");
         struct stat status {};
         if (stat(path.c_str(), &status) == 0) {
             found = EntryFile{path, status.st_dev, status.st_ino, status.st_size, status.st_mtim, status.st_ctim};
@@ -159,8 +168,7 @@ std::optional<EntryFile> FindEntryFile(std::string_view id)
 std::string EntryFolders()
 {
     std::string all;
-    ForEachFolder(
-        [&all](const char* folder) { all.append(all.empty() ? "" : ", ").append(folder).append("/applications"); });
+    ForEachFolder([&all](const std::string& folder) { all.append(all.empty() ? "" : ", ").append(folder); });
     return all;
 }
 
