@@ -300,12 +300,11 @@ class FocusedClient:
         self.focus_lost = 0
 
     def take_focus(self):
-        def try_focus():
-            self.window.set_input_focus(X.RevertToParent, X.CurrentTime)
-            self.display.sync()
-            return self.has_focus()
-
-        wait_until(try_focus, "the client has the focus")
+        wait_until(lambda: self.window.get_attributes().map_state == X.IsViewable, "the client's window shows")
+        # A window manager that has just put the window up may still be busy with the focus itself.
+        time.sleep(0.5)
+        self.window.set_input_focus(X.RevertToParent, X.CurrentTime)
+        wait_until(self.has_focus, "the client has the focus")
         self.poll()
         self.focus_lost = 0
 

@@ -16,10 +16,22 @@ COMPANION = 'echo $$ >> "$HOME/launched"\n'
 def managed_desktop(request, desktop):
     if request.param == "openbox":
         desktop.run(["openbox", "--sm-disable"])
-        root = desktop.connect().screen().root
-        check = root.display.intern_atom("_NET_SUPPORTING_WM_CHECK")
-        wait_until(lambda: root.get_full_property(check, X.AnyPropertyType), "openbox manages the screen")
+        connection = desktop.connect()
+        wait_until(lambda: is_managed(connection), "openbox manages windows")
     return desktop
+
+
+def is_managed(connection):
+    """Shows a window for a moment: openbox loses the ones that appear while it starts."""
+    screen = connection.screen()
+    window = screen.root.create_window(0, 0, 10, 10, 0, screen.root_depth)
+    window.map()
+    connection.sync()
+    time.sleep(0.3)
+    managed = window.get_full_property(connection.intern_atom("WM_STATE"), X.AnyPropertyType) is not None
+    window.destroy()
+    connection.sync()
+    return managed
 
 
 def test_tool_key_arrives_while_another_client_keeps_the_focus(managed_desktop, keyboard):
