@@ -1,8 +1,6 @@
 #include "Platform/desktop/ToolkitSetup.h"
 
 #include <cstdlib>
-#include <string>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <Efreet.h>
@@ -26,37 +24,19 @@ bool SystemBusAnswers()
     return BusAnswers(given ? address : kSystemBusAddress, kBusPatienceInMilliseconds);
 }
 
-bool IsPrivateFolder(const char* path)
+bool NamesWritableFolder(const char* variable)
 {
-    struct stat facts = {};
-    return lstat(path, &facts) == 0 && S_ISDIR(facts.st_mode) && facts.st_uid == geteuid() &&
-           (facts.st_mode & 07777) == 0700;
-}
-
-/// The toolkit aborts when it has no place for its runtime files. Where the session provides none,
-/// a folder of the user's own in /tmp serves, the same one for each start.
-bool EnsureRuntimeFolder()
-{
-    const char* given = std::getenv("XDG_RUNTIME_DIR");
-    if (given != nullptr && access(given, W_OK | X_OK) == 0) {
-        return true;
-    }
-    const std::string folder = "/tmp/runtime-" + std::to_string(geteuid());
-    mkdir(folder.c_str(), 0700);
-    if (!IsPrivateFolder(folder.c_str())) {
-        PLATFORM_LOG(DLOG_ERROR, "XDG_RUNTIME_DIR names no folder that can be written, and %s is not ours alone",
-                     folder.c_str());
-        return false;
-    }
-    SetOwnVariable("XDG_RUNTIME_DIR", folder.c_str());
-    return true;
+    const char* folder = std::getenv(variable);
+    return folder != nullptr && *folder != '\0' && access(folder, W_OK | X_OK) == 0;
 }
 
 } // namespace
 
 void PrepareForToolkit()
 {
-    if (!EnsureRuntimeFolder()) {
+    if (!NamesWritableFolder("XDG_RUNTIME_DIR") && !NamesWritableFolder("HOME")) {
+        PLATFORM_LOG(DLOG_ERROR, "neither XDG_RUNTIME_DIR nor HOME names a folder that can be written: "
+                                 "the toolkit cannot start");
         std::_Exit(EXIT_FAILURE);
     }
     // Keys come from X: neither another display server nor a virtual screen will do.

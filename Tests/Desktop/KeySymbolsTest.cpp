@@ -1,0 +1,21 @@
+#include "Platform/desktop/KeySymbols.h"
+
+#include <cstdlib>
+
+#include <gtest/gtest.h>
+
+// Xlib reads the database once in a process, so each case has a process of its own.
+
+TEST(KeySymbols, LeaveNoVariableBehind)
+{
+    unsetenv("XKEYSYMDB");
+    EXPECT_TRUE(desktop::AddToolKeySymbols());
+    EXPECT_EQ(std::getenv("XKEYSYMDB"), nullptr);
+}
+
+TEST(KeySymbols, KeepThePersonsVariable)
+{
+    setenv("XKEYSYMDB", "/some/where", 1);
+    EXPECT_TRUE(desktop::AddToolKeySymbols());
+    EXPECT_STREQ(std::getenv("XKEYSYMDB"), "/some/where");
+}
