@@ -20,8 +20,9 @@ if(VQM_WERROR)
     add_compile_options(-Werror)
 endif()
 
-# File sizes and offsets have 64 bits on every target.
-add_compile_definitions(_FILE_OFFSET_BITS=64)
+# File sizes and offsets have 64 bits on every target, and so have times: a file dated after 2038
+# must not be one that cannot be examined. No library here takes or gives a time_t of ours.
+add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
 
 if(VQM_SANITIZE)
     add_compile_options(-fsanitize=${VQM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
