@@ -4,6 +4,8 @@
 #include <array>
 #include <string_view>
 
+#include <Ecore_X.h>
+
 #include "Common/VQMSyncDemoMonitor.h"
 
 namespace {
@@ -35,6 +37,16 @@ Evas_Object* AddLabel(Evas_Object* window, Evas_Object* box, const char* markup)
     return label;
 }
 
+bool IsWindowManaged()
+{
+    // The root's property outlives a manager that was killed; the window that it names does not.
+    const Ecore_X_Atom check = ECORE_X_ATOM_NET_SUPPORTING_WM_CHECK;
+    Ecore_X_Window manager = 0;
+    Ecore_X_Window same = 0;
+    return ecore_x_window_prop_window_get(ecore_x_window_root_first_get(), check, &manager, 1) == 1 &&
+           ecore_x_window_prop_window_get(manager, check, &same, 1) == 1 && same == manager;
+}
+
 void OnCloseRequested(void* /*data*/, Evas_Object* /*object*/, void* /*event*/)
 {
     elm_exit();
@@ -60,7 +72,7 @@ void SyncDemoWindow::Build()
 {
     window_ = elm_win_util_standard_add("sync-demo", kTitle);
     evas_object_smart_callback_add(window_, "delete,request", OnCloseRequested, nullptr);
-    evas_object_event_callback_add(window_, EVAS_CALLBACK_KEY_DOWN, OnKeyDown, nullptr);
+    elm_object_event_callback_add(window_, OnInput, nullptr);
 
     Evas_Object* box = elm_box_add(window_);
     evas_object_size_hint_weight_set(box, EVAS_HINT_EXPAND, EVAS_HINT_EXPAND);
@@ -82,6 +94,9 @@ void SyncDemoWindow::Build()
 
     evas_object_resize(window_, ELM_SCALE_SIZE(kWidth), ELM_SCALE_SIZE(kHeight));
     elm_win_center(window_, EINA_TRUE, EINA_TRUE);
+    // The toolkit draws nothing before a window manager has taken the window: where there is none,
+    // it must not wait for it.
+    elm_win_override_set(window_, IsWindowManaged() ? EINA_FALSE : EINA_TRUE);
 }
 
 void SyncDemoWindow::Raise()
@@ -90,6 +105,9 @@ void SyncDemoWindow::Raise()
     evas_object_show(window_);
     elm_win_raise(window_);
     elm_win_activate(window_);
+    if (elm_win_override_get(window_) != EINA_FALSE) {
+        ecore_x_window_focus(elm_win_xwindow_get(window_));
+    }
 }
 
 void SyncDemoWindow::ShowState(bool enabled)
@@ -103,10 +121,16 @@ void SyncDemoWindow::OnSettingChanged(keynode_t* node, void* data)
     static_cast<SyncDemoWindow*>(data)->ShowState(vconf_keynode_get_int(node) == 1);
 }
 
-void SyncDemoWindow::OnKeyDown(void* /*data*/, Evas* /*canvas*/, Evas_Object* /*object*/, void* event)
+Eina_Bool SyncDemoWindow::OnInput(void* /*data*/, Evas_Object* /*object*/, Evas_Object* /*source*/,
+                                  Evas_Callback_Type type, void* event)
 {
-    const std::string_view key = static_cast<const Evas_Event_Key_Down*>(event)->key;
-    if (std::find(kClosingKeys.begin(), kClosingKeys.end(), key) != kClosingKeys.end()) {
-        elm_exit();
+    if (type != EVAS_CALLBACK_KEY_DOWN) {
+        return EINA_FALSE;
     }
+    const std::string_view key = static_cast<const Evas_Event_Key_Down*>(event)->key;
+    if (std::find(kClosingKeys.begin(), kClosingKeys.end(), key) == kClosingKeys.end()) {
+        return EINA_FALSE;
+    }
+    elm_exit();
+    return EINA_TRUE;
 }

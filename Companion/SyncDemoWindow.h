@@ -23,7 +23,9 @@ private:
     void ShowState(bool enabled);
 
     static void OnSettingChanged(keynode_t* node, void* data);
-    static void OnKeyDown(void* data, Evas* canvas, Evas_Object* object, void* event);
+    /// Input that the focused part of the window left alone.
+    static Eina_Bool OnInput(void* data, Evas_Object* object, Evas_Object* source, Evas_Callback_Type type,
+                             void* event);
 
     Evas_Object* window_ = nullptr; ///< owns everything in it
     Evas_Object* state_ = nullptr;

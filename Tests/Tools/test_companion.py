@@ -1,0 +1,83 @@
+"""The companion: one window, raised by a second start, showing the setting as it is."""
+
+import configparser
+import signal
+import subprocess
+from pathlib import Path
+
+import pytest
+from conftest import APP_ID, BUILD, wait_until
+from Xlib import X
+
+
+def window(screen):
+    for candidate in screen.screen().root.query_tree().children:
+        if candidate.get_wm_class() == ("sync-demo", "VQMCompanion") and candidate.get_attributes().map_state == X.IsViewable:
+            return candidate
+    return None
+
+
+def picture(shown):
+    size = shown.get_geometry()
+    return shown.get_image(0, 0, size.width, size.height, X.ZPixmap, 0xFFFFFFFF).data
+
+
+def is_drawn(shown):
+    return len(set(picture(shown))) > 16
+
+
+@pytest.fixture
+def companion(home, screen):
+    home.store("1")
+    process = home.start("VQMCompanion", stderr=subprocess.PIPE)
+    wait_until(lambda: window(screen), "the window is there")
+    return process
+
+
+def test_it_draws_itself_without_a_window_manager_and_follows_the_setting(home, screen, companion):
+    shown = window(screen)
+    wait_until(lambda: is_drawn(shown), "the window is drawn")
+    on = picture(shown)
+    assert home.vqmctl("setting", "off").returncode == 0
+    wait_until(lambda: picture(shown) != on, "the window shows the change")
+
+
+def test_sigterm_ends_it_with_0_and_nothing_it_started_stays(companion):
+    tasks = Path(f"/proc/{companion.pid}/task").iterdir()
+    assert [(task / "children").read_text() for task in tasks if (task / "children").read_text()] == []
+    companion.send_signal(signal.SIGTERM)
+    assert companion.wait(timeout=20) == 0
+
+
+def test_a_second_start_raises_the_first_and_ends(home, screen, companion):
+    root = screen.screen().root
+    cover = root.create_window(0, 0, 1280, 720, 0, X.CopyFromParent, override_redirect=True)
+    cover.map()
+    screen.sync()
+    assert root.query_tree().children[-1].id == cover.id
+    second = home.start("VQMCompanion")
+    assert second.wait(timeout=20) == 0
+    wait_until(lambda: root.query_tree().children[-1].id == window(screen).id, "the window is on top")
+    assert companion.poll() is None
+
+
+@pytest.mark.parametrize("key", ["Escape", "XF86Back", "Return"])
+def test_leaving_keys_close_it(home, screen, companion, key):
+    wait_until(lambda: screen.get_input_focus().focus == window(screen), "the window has the focus")
+    wait_until(lambda: is_drawn(window(screen)), "the window is drawn")
+    assert home.vqmctl("remote", "press", key, "--anyway").returncode == 0
+    assert companion.wait(timeout=20) == 0
+
+
+def test_without_a_display_it_says_so(home):
+    result = subprocess.run([BUILD / "bin/VQMCompanion"], env={**home.environment, "DISPLAY": ":4711"},
+                            capture_output=True, text=True, timeout=60)
+    assert (result.returncode, result.stderr) == (
+        3, "VQMCompanion: cannot open the display that DISPLAY names\n")
+
+
+def test_its_desktop_entry_starts_the_built_program():
+    entry = configparser.ConfigParser(interpolation=None)
+    entry.optionxform = str
+    entry.read(BUILD / "share/applications" / f"{APP_ID}.gui.desktop")
+    assert entry["Desktop Entry"]["Exec"] == f'"{BUILD}/bin/VQMCompanion"'

@@ -1,0 +1,121 @@
+"""vqmctl setting, and the manners of the command line."""
+
+import os
+import signal
+import subprocess
+
+import pytest
+from conftest import BUILD
+
+
+@pytest.mark.parametrize("stored, state", [
+    (None, "off"), ("0", "off"), ("1", "on"), ("1\n", "on"), ("2", "off"), ("-1", "off"), ("garbage", "off"), ("", "off")])
+def test_get_prints_what_counts(home, stored, state):
+    if stored is not None:
+        home.store(stored)
+    result = home.vqmctl("setting", "get")
+    assert (result.stdout, result.returncode) == (f"{state}\n", 0)
+
+
+def test_get_says_that_a_strange_value_counts_as_off_with_its_bytes_escaped(home):
+    home.store("\x1b[31m7")
+    result = home.vqmctl("setting", "get")
+    assert result.stdout == "off\n"
+    assert result.stderr == f"vqmctl: note: {home.setting} holds '\\x1b[31m7', expected 0 or 1; it counts as off\n"
+
+
+@pytest.mark.parametrize("before", ["0", "1", "2", "garbage"])
+def test_on_stores_1_and_off_stores_what_counts_as_off(home, before):
+    home.store(before)
+    result = home.vqmctl("setting", "on")
+    assert (result.returncode, result.stdout, result.stderr) == (0, "", "")
+    assert home.setting.read_text() == "1"
+    assert home.vqmctl("setting", "off").returncode == 0
+    assert home.setting.read_text() == "0"
+
+
+def test_a_store_that_cannot_be_written_is_named(home):
+    (home.folder / "config").write_text("a file where a folder should be")
+    result = home.vqmctl("setting", "on")
+    assert (result.returncode, result.stdout) == (3, "")
+    assert result.stderr.splitlines()[-1].startswith(
+        f"vqmctl: cannot switch the setting on; it is stored in {home.setting} (")
+
+
+def test_watch_prints_the_state_and_each_change_until_interrupted(home):
+    watch = home.start("vqmctl", "setting", "watch", stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    assert watch.stdout.readline() == "off\n"
+    for state in ("on", "off", "on"):
+        assert home.vqmctl("setting", state).returncode == 0
+        assert watch.stdout.readline() == f"{state}\n"
+    home.setting.unlink()
+    assert watch.stdout.readline() == "off\n"
+    watch.send_signal(signal.SIGINT)
+    assert watch.communicate(timeout=20) == ("", "")
+    assert watch.returncode == 0
+
+
+def test_watch_ends_quietly_when_its_reader_goes(home):
+    watch = home.start("vqmctl", "setting", "watch", stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    assert watch.stdout.readline() == "off\n"
+    watch.stdout.close()
+    assert watch.wait(timeout=20) == 0
+    assert watch.stderr.read() == ""
+
+
+def test_a_reader_that_has_gone_already_is_no_failure(home):
+    read, write = os.pipe()
+    os.close(read)
+    result = subprocess.run([BUILD / "bin/vqmctl", "setting", "get"], env=home.environment, stdout=write,
+                            stderr=subprocess.PIPE, text=True, timeout=60)
+    os.close(write)
+    assert (result.returncode, result.stderr) == (0, "")
+
+
+def test_a_full_disk_is_a_failure(home):
+    with open("/dev/full", "w") as full:
+        result = subprocess.run([BUILD / "bin/vqmctl", "setting", "get"], env=home.environment, stdout=full,
+                                stderr=subprocess.PIPE, text=True, timeout=60)
+    assert (result.returncode, result.stderr) == (3, "vqmctl: cannot write to stdout: No space left on device\n")
+
+
+def test_the_library_speaks_only_when_asked(home):
+    assert home.vqmctl("setting", "get").stderr == ""
+    for asked in (home.vqmctl("-v", "setting", "get"), home.vqmctl("setting", "get", "-v"),
+                  home.vqmctl("setting", "get", DLOG_LEVEL="debug")):
+        assert "CVQMSyncDemoMonitor::CheckSyncDemoEnbaled - Disabled" in asked.stderr
+        assert asked.stdout == "off\n"
+
+
+@pytest.mark.parametrize("arguments, line", [
+    (["settig", "get"], "unknown command 'settig' after 'vqmctl'; did you mean setting?"),
+    (["setting"], "a command is missing after 'vqmctl setting'; expected get, on, off or watch"),
+    (["setting", "onn"], "unknown command 'onn' after 'vqmctl setting'; did you mean on?"),
+    (["setting", "get", "now"], "unexpected argument 'now'; see 'vqmctl setting get --help'"),
+    (["remote", "press"], "KEY is required; see 'vqmctl remote press --help'"),
+    (["remote", "press", "Up", "--times", "0"],
+     "--times: Value 0 not in range 1 to 10000; see 'vqmctl remote press --help'"),
+    (["remote", "press", "Up", "--hold", "x"],
+     "--hold: Value x not in range 0 to 60000; see 'vqmctl remote press --help'"),
+    (["remote", "press", "SimpleMenu"], "unknown key 'SimpleMenu'; did you mean XF86SimpleMenu?"),
+    (["remote", "press", "XF86Moer"], "unknown key 'XF86Moer'; did you mean XF86More or XF86Xfer?"),
+    (["remote", "press", "blargh_x"],
+     "unknown key 'blargh_x'; expected a keysym name such as XF86SimpleMenu, XF86More or Left"),
+])
+def test_what_is_not_understood_is_named_with_what_was_expected(home, arguments, line):
+    result = home.vqmctl(*arguments)
+    assert (result.returncode, result.stdout, result.stderr) == (2, "", f"vqmctl: {line}\n")
+
+
+def test_a_missing_command_is_answered_with_the_commands_there_are(home):
+    result = home.vqmctl()
+    assert (result.returncode, result.stdout) == (2, "")
+    assert result.stderr.startswith("vqmctl: a command is missing after 'vqmctl'; expected setting, ")
+
+
+def test_help_and_version_go_to_stdout(home):
+    assert home.vqmctl("--version").stdout.startswith("vqmctl ")
+    for arguments in (["--help"], ["setting", "--help"], ["setting", "watch", "--help"], ["remote", "press", "-h"]):
+        result = home.vqmctl(*arguments)
+        assert (result.returncode, result.stderr) == (0, "")
+        assert "Usage: " in result.stdout
