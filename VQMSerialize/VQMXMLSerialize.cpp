@@ -144,7 +144,7 @@ void CVQMXMLSerialize::OnElementData(void* pUserData, const char* pText, int nLe
     }
 }
 
-/// Without memory for the copy the parse ends as it does at any other error.
+/// Without memory for the copy there is no event, and a parse ends as it does at any other error.
 bool CVQMXMLSerialize::CopyText(const char* pText, int nLength, CVQMDataBufferObject& text)
 {
     try {
@@ -152,10 +152,9 @@ bool CVQMXMLSerialize::CopyText(const char* pText, int nLength, CVQMDataBufferOb
         text.InsertData("", 1);
         return true;
     } catch (const std::exception&) {
-        if (m_pParse == nullptr) {
-            throw;
+        if (m_pParse != nullptr) {
+            Stop();
         }
-        Stop();
         return false;
     }
 }

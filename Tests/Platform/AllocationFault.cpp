@@ -7,6 +7,27 @@
 namespace {
 
 std::atomic<std::size_t> failingSize{0};
+std::atomic<std::size_t> allocationsLeft{0}; ///< the one that makes it 0 fails
+
+bool IsTheChosenOne()
+{
+    std::size_t left = allocationsLeft;
+    while (left != 0 && !allocationsLeft.compare_exchange_weak(left, left - 1)) {
+    }
+    return left == 1;
+}
+
+void* Allocate(std::size_t size)
+{
+    if ((size != 0 && size == failingSize) || IsTheChosenOne()) {
+        throw std::bad_alloc();
+    }
+    void* const memory = std::malloc(size != 0 ? size : 1);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
 
 } // namespace
 
@@ -15,13 +36,21 @@ void allocation_fault::FailSize(std::size_t size)
     failingSize = size;
 }
 
+void allocation_fault::FailNth(std::size_t count)
+{
+    allocationsLeft = count;
+}
+
+// All of them: a sanitizer's own array forms would not come here.
+
 void* operator new(std::size_t size)
 {
-    void* memory = size != 0 && size == failingSize ? nullptr : std::malloc(size != 0 ? size : 1);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    return memory;
+    return Allocate(size);
+}
+
+void* operator new[](std::size_t size)
+{
+    return Allocate(size);
 }
 
 void operator delete(void* memory) noexcept
@@ -29,7 +58,17 @@ void operator delete(void* memory) noexcept
     std::free(memory);
 }
 
+void operator delete[](void* memory) noexcept
+{
+    std::free(memory);
+}
+
 void operator delete(void* memory, std::size_t /*size*/) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::size_t /*size*/) noexcept
 {
     std::free(memory);
 }

@@ -1,235 +1,184 @@
-#include "VQMSerialize/VQMXMLSerialize.h"
+#include "Tests/VQMSerialize/XMLSerializeTest.h"
 
-#include <stdexcept>
-#include <string>
+#include <algorithm>
+#include <type_traits>
 #include <vector>
 
-#include <dlfcn.h>
 #include <expat.h>
-#include <gmock/gmock.h>
 
-#include "Tests/Platform/Recorder.h"
+#include "Tests/Platform/VirtualSlot.h"
 
-using recorder::Lines;
-using recorder::Record;
+using parser_fault::BlocksInUse;
+using parser_fault::Creation;
+using parser_fault::faults;
 using recorder::Take;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
 
-const recorder::LogOf kLog{"Quillmere", "VQMXMLSerialize.cpp"};
-const std::string kEnd = kLog.Debug("Deserialize", "ParseHttpResponse End !!!!\n");
-const std::string kParseError = kLog.Debug("Deserialize", "  PraseError !!!!\n");
-const std::string kNoBuffer = kLog.Debug("Deserialize", "CVQMXMLSerialize::Deserialize-  XML_GetBuffer Failed!!!!\n");
+static_assert(PARSING_START_ELEMENT == 0 && PARSING_END_ELEMENT == 1 && PARSING_ELEMENT_DATA == 2);
+static_assert(std::is_abstract_v<IVQMSerialize> && std::has_virtual_destructor_v<IVQMSerialize>);
+static_assert(sizeof(IVQMSerialize) == sizeof(void*));
 
-enum class Creation { Real, Null, Standard, Other };
-Creation creation = Creation::Real;
-bool refuseBuffer = false;
-
-/// Records the steps it is given; throws where it is told to.
-class Target : public CVQMDataSerializableObject {
-public:
-    void GetSturcture(void* /*structure*/) override {}
-    void SetStructure(void* /*structure*/) override {}
-    bool WriteTo(IVQMSerialize* /*serializer*/) override { return false; }
-
-    bool ReadFrom(IVQMSerialize* serializer) override
-    {
-        auto* const xml = dynamic_cast<CVQMXMLSerialize*>(serializer);
-        std::string line = "step " + std::to_string(xml->GetParsingStep());
-        line += xml->GetParsingElementName() != nullptr ? std::string(" name ") + xml->GetParsingElementName() : "";
-        if (const char** attribute = xml->GetParsingAttributes()) {
-            for (line += " attributes"; *attribute != nullptr; ++attribute) {
-                line += std::string(" ") + *attribute;
-            }
-        }
-        line += xml->GetParsingText() != nullptr ? std::string(" text ") + xml->GetParsingText() : "";
-        Record(line);
-        if (line == throwAt) {
-            throw std::string("thrown at ") + line; // of no type that anyone would catch by chance
-        }
-        return false; // ignored
-    }
-
-    std::string throwAt;
+struct OneMoreOperation : IVQMSerialize {
+    virtual void Last() = 0;
 };
 
-/// Tells when it is destroyed through the virtual operation.
-class Serializer : public CVQMXMLSerialize {
-public:
-    void Destroy() override
-    {
-        Record("Destroy");
-        CVQMXMLSerialize::Destroy();
-    }
-    bool HasParser() const { return m_pParser != nullptr; }
-};
-
-class XMLSerialize : public testing::Test {
-protected:
-    XMLSerialize() { Take(); }
-    ~XMLSerialize() override
-    {
-        creation = Creation::Real;
-        refuseBuffer = false;
-    }
-
-    bool Parse(const std::string& document)
-    {
-        EXPECT_TRUE(serializer.Create());
-        const bool result = serializer.Deserialize(document.c_str(), &target);
-        EXPECT_FALSE(serializer.HasParser());
-        return result;
-    }
-
-    Serializer serializer;
-    Target target;
+struct OneMoreOperationOfXML : CVQMXMLSerialize {
+    virtual void Last() {}
 };
 
 } // namespace
 
-// Found before the parser's own, so that every outcome of its calls can be had.
-
-XML_Parser XML_ParserCreate(const XML_Char* encoding)
+TEST_F(XMLSerialize, OperationsLieInTheirOrder)
 {
-    switch (creation) {
-    case Creation::Null:
-        return nullptr;
-    case Creation::Standard:
-        throw std::runtime_error("100% full");
-    case Creation::Other:
-        throw 1; // NOLINT(misc-throw-by-value-catch-by-reference)
-    default:
-        return XML_ParserCreate_MM(encoding, nullptr, nullptr);
+    EXPECT_EQ(VirtualSlot(&IVQMSerialize::Create), 0U);
+    EXPECT_EQ(VirtualSlot(&IVQMSerialize::Destroy), 1U);
+    EXPECT_EQ(VirtualSlot(&IVQMSerialize::Serialize), 2U);
+    EXPECT_EQ(VirtualSlot(&IVQMSerialize::Deserialize), 3U);
+    EXPECT_EQ(VirtualSlot(&OneMoreOperation::Last), 6U) << "the destructor takes 4 and 5";
+    EXPECT_EQ(VirtualSlot(&OneMoreOperationOfXML::Last), 6U) << "no virtual operation of its own";
+}
+
+TEST_F(XMLSerialize, FieldsLieInTheirOrderAndStartEmpty)
+{
+    const std::vector<const void*> fields = {&serializer.m_pParser,      &serializer.m_pTarget,
+                                             &serializer.m_nParsingStep, &serializer.m_pElementName,
+                                             &serializer.m_ppAttributes, &serializer.m_pText};
+    EXPECT_TRUE(std::is_sorted(fields.begin(), fields.end()));
+    EXPECT_EQ(fields.front(), reinterpret_cast<const char*>(&serializer) + sizeof(void*));
+    EXPECT_EQ(serializer.m_pParser, nullptr);
+    EXPECT_EQ(serializer.m_pTarget, nullptr);
+    EXPECT_EQ(serializer.GetParsingStep(), 0);
+    EXPECT_EQ(serializer.GetParsingElementName(), nullptr);
+    EXPECT_EQ(serializer.GetParsingAttributes(), nullptr);
+    EXPECT_EQ(serializer.GetParsingText(), nullptr);
+}
+
+TEST_F(XMLSerialize, CreationReportsEveryFailure)
+{
+    const struct {
+        Creation creation;
+        const char* message;
+    } cases[] = {
+        {Creation::Null, " XML_ParserCreate is Failed!!!\n"},
+        {Creation::StandardException, "CVQMXMLSerialize::Create - Error 100% full \n"},
+        {Creation::OtherException, "CVQMXMLSerialize::Create - Unknown error \n"},
+    };
+    for (const auto& expected : cases) {
+        faults().creation = expected.creation;
+        EXPECT_FALSE(serializer.Create());
+        EXPECT_THAT(Take(), ElementsAre(Line("Create", expected.message)));
+        ExpectNoParser();
     }
 }
 
-void* XML_GetBuffer(XML_Parser parser, int length)
+TEST_F(XMLSerialize, CreationIsSilentAndOverwritesTheParser)
 {
-    Record("XML_GetBuffer " + std::to_string(length));
-    using Function = void* (*)(XML_Parser, int);
-    static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "XML_GetBuffer"));
-    return refuseBuffer ? nullptr : real(parser, length);
+    ASSERT_TRUE(serializer.Create());
+    XML_ParserStruct* const first = serializer.m_pParser;
+    const std::size_t blocks = BlocksInUse();
+    ASSERT_TRUE(serializer.Create());
+    EXPECT_NE(serializer.m_pParser, first);
+    EXPECT_EQ(BlocksInUse(), 2 * blocks) << "the first one is still there";
+    EXPECT_THAT(Take(), IsEmpty());
+    XML_ParserFree(first);
+
+    XML_ParserStruct* const second = serializer.m_pParser;
+    faults().creation = Creation::Null;
+    EXPECT_FALSE(serializer.Create());
+    EXPECT_EQ(serializer.m_pParser, nullptr) << "overwritten by what the failed creation gave";
+    XML_ParserFree(second);
 }
 
-TEST_F(XMLSerialize, EmptyElementStartsAndEndsWithoutText)
+TEST_F(XMLSerialize, DestructionCanBeRepeatedAndIsTheDestructorsToo)
 {
-    EXPECT_TRUE(Parse("<a x='1'/>"));
-    EXPECT_THAT(Take(),
-                ElementsAre("XML_GetBuffer 10", "step 0 name a attributes x 1", "step 1 name a", "Destroy", kEnd));
-}
-
-TEST_F(XMLSerialize, TextComesInPiecesAndUntrimmed)
-{
-    EXPECT_TRUE(Parse("<a> x&amp;y\n<b/></a>"));
-    EXPECT_THAT(Take(), ElementsAre("XML_GetBuffer 20", "step 0 name a attributes", "step 2 text  x", "step 2 text &",
-                                    "step 2 text y", "step 2 text \n", "step 0 name b attributes", "step 1 name b",
-                                    "step 1 name a", "Destroy", kEnd));
-}
-
-TEST_F(XMLSerialize, EventsBeforeAnErrorStayDelivered)
-{
-    EXPECT_FALSE(Parse("<a>"));
-    EXPECT_THAT(Take(), ElementsAre("XML_GetBuffer 3", "step 0 name a attributes", kParseError, "Destroy"));
+    serializer.Destroy();
+    ASSERT_TRUE(serializer.Create());
+    EXPECT_GT(BlocksInUse(), 0U);
+    serializer.Destroy();
+    ExpectNoParser();
+    serializer.Destroy();
+    EXPECT_THAT(Take(), ElementsAre("Destroy", "Destroy", "Destroy")) << "and no log line";
+    {
+        CVQMXMLSerialize leftAlone;
+        ASSERT_TRUE(leftAlone.Create());
+    }
+    EXPECT_EQ(BlocksInUse(), 0U);
 }
 
 TEST_F(XMLSerialize, NullArgumentsLeaveTheParser)
 {
     ASSERT_TRUE(serializer.Create());
     EXPECT_FALSE(serializer.Deserialize(nullptr, nullptr));
+    EXPECT_FALSE(serializer.Deserialize(nullptr, &target));
     EXPECT_FALSE(serializer.Deserialize("<a/>", nullptr));
-    EXPECT_TRUE(serializer.HasParser());
-    EXPECT_THAT(
-        Take(),
-        ElementsAre(kLog.Debug("Deserialize", "CVQMXMLSerialize::Deserialize - input serialized data is null \n"),
-                    kLog.Debug("Deserialize", "CVQMXMLSerialize::Deserialize - output pObj is null \n")));
+    EXPECT_NE(serializer.m_pParser, nullptr);
+    EXPECT_EQ(serializer.m_pTarget, nullptr);
+    const std::string noData = Line("Deserialize", "CVQMXMLSerialize::Deserialize - input serialized data is null \n");
+    EXPECT_THAT(Take(), ElementsAre(noData, noData,
+                                    Line("Deserialize", "CVQMXMLSerialize::Deserialize - output pObj is null \n")));
     EXPECT_TRUE(serializer.Deserialize("<a/>", &target));
 }
 
 TEST_F(XMLSerialize, EachDocumentNeedsItsCreate)
 {
     EXPECT_TRUE(Parse("<a/>"));
+    Take();
+    EXPECT_FALSE(serializer.Deserialize("<b/>", &target));
+    EXPECT_THAT(Take(), ElementsAre("XML_GetBuffer 4", kNoBuffer, "Destroy"));
+    EXPECT_TRUE(Parse("<b/>"));
+    EXPECT_FALSE(Parse("<b>"));
     EXPECT_TRUE(Parse("<b/>"));
 }
 
 TEST_F(XMLSerialize, RefusedBufferFails)
 {
-    refuseBuffer = true;
+    faults().refuseBuffer = true;
     EXPECT_FALSE(Parse("<a/>"));
     EXPECT_THAT(Take(), ElementsAre("XML_GetBuffer 4", kNoBuffer, "Destroy"));
+    EXPECT_EQ(serializer.m_pTarget, nullptr) << "the target is set once there is something to parse";
 }
 
-TEST_F(XMLSerialize, CreationReportsEveryFailure)
+TEST_F(XMLSerialize, AfterADocumentOnlyTargetAndStepStay)
 {
-    creation = Creation::Null;
-    EXPECT_FALSE(serializer.Create());
-    creation = Creation::Standard;
-    EXPECT_FALSE(serializer.Create());
-    creation = Creation::Other;
-    EXPECT_FALSE(serializer.Create());
-    EXPECT_THAT(Take(), ElementsAre(kLog.Debug("Create", " XML_ParserCreate is Failed!!!\n"),
-                                    kLog.Debug("Create", "CVQMXMLSerialize::Create - Error 100% full \n"),
-                                    kLog.Debug("Create", "CVQMXMLSerialize::Create - Unknown error \n")));
-}
-
-TEST_F(XMLSerialize, TargetsExceptionComesOutAfterTheParserIsFreed)
-{
-    for (const char* step : {"step 0 name a attributes", "step 2 text x", "step 1 name a"}) {
-        target.throwAt = step;
-        try {
-            Parse("<a>x</a>");
-            ADD_FAILURE() << step;
-        } catch (const std::string& thrown) {
-            EXPECT_EQ(thrown, std::string("thrown at ") + step);
-        }
-        EXPECT_FALSE(serializer.HasParser());
+    const struct {
+        const char* document;
+        int step;
+    } cases[] = {{"<a x='1'>y</a>", 1}, {"<a>", 0}, {"<a>text", 2}};
+    for (const auto& expected : cases) {
+        Parse(expected.document);
+        EXPECT_EQ(serializer.m_pTarget, &target);
+        EXPECT_EQ(serializer.GetParsingStep(), expected.step) << expected.document;
         EXPECT_EQ(serializer.GetParsingElementName(), nullptr);
-        const Lines lines = Take();
-        ASSERT_GE(lines.size(), 2U);
-        EXPECT_EQ(lines[lines.size() - 2], step);
-        EXPECT_EQ(lines.back(), "Destroy");
+        EXPECT_EQ(serializer.GetParsingAttributes(), nullptr);
+        EXPECT_EQ(serializer.GetParsingText(), nullptr);
     }
-    target.throwAt.clear();
-    EXPECT_TRUE(Parse("<a/>"));
-}
-
-TEST_F(XMLSerialize, StoppedParserDeliversNothingMore)
-{
-    target.throwAt = "step 0 name a attributes";
-    EXPECT_THROW(Parse("<a/>"), std::string); // the parser still tells the end of an empty element
-    EXPECT_THAT(Take(), ElementsAre("XML_GetBuffer 4", "step 0 name a attributes", "Destroy"));
-}
-
-TEST_F(XMLSerialize, ExpandingEntitiesAreLimited)
-{
-    std::string document = "<!DOCTYPE a [<!ENTITY e0 'xxxxxxxxxx'>";
-    for (int i = 1; i < 9; ++i) {
-        const std::string inner = "&e" + std::to_string(i - 1) + ";";
-        document += "<!ENTITY e" + std::to_string(i) + " '";
-        for (int j = 0; j < 10; ++j) {
-            document += inner;
-        }
-        document += "'>";
-    }
-    EXPECT_FALSE(Parse(document + "]><a b='&e8;'/>"));
 }
 
 TEST_F(XMLSerialize, CallbacksCheckTheirParameters)
 {
+    EXPECT_TRUE(Parse("<a/>")); // a target that would hear of it
+    Take();
     const char* attributes[] = {nullptr};
     CVQMXMLSerialize::OnStartElement(nullptr, "a", attributes);
+    CVQMXMLSerialize::OnStartElement(nullptr, nullptr, nullptr);
     CVQMXMLSerialize::OnStartElement(&serializer, nullptr, attributes);
     CVQMXMLSerialize::OnStartElement(&serializer, "a", nullptr);
     CVQMXMLSerialize::OnEndElement(nullptr, "a");
     CVQMXMLSerialize::OnElementData(nullptr, "a", 1);
+    CVQMXMLSerialize::OnElementData(nullptr, nullptr, 1);
     CVQMXMLSerialize::OnElementData(&serializer, nullptr, 1);
-    EXPECT_THAT(Take(), ElementsAre(kLog.Debug("OnStartElement", "OnStartElement - User Data is null \n"),
-                                    kLog.Debug("OnStartElement", " Parameter is Null!!!!\n"),
-                                    kLog.Debug("OnStartElement", " Parameter is Null!!!!\n"),
-                                    kLog.Debug("OnEndElement", "OnEndElement - User Data is null \n"),
-                                    kLog.Debug("OnElementData", "OnElementData - User Data is null \n"),
-                                    kLog.Debug("OnElementData", "OnElementData - data is null \n")));
+    EXPECT_THAT(Take(), ElementsAre(Line("OnStartElement", "OnStartElement - User Data is null \n"),
+                                    Line("OnStartElement", "OnStartElement - User Data is null \n"),
+                                    Line("OnStartElement", " Parameter is Null!!!!\n"),
+                                    Line("OnStartElement", " Parameter is Null!!!!\n"),
+                                    Line("OnEndElement", "OnEndElement - User Data is null \n"),
+                                    Line("OnElementData", "OnElementData - User Data is null \n"),
+                                    Line("OnElementData", "OnElementData - User Data is null \n"),
+                                    Line("OnElementData", "OnElementData - data is null \n")));
+    EXPECT_EQ(serializer.GetParsingStep(), PARSING_END_ELEMENT);
 }
 
 TEST_F(XMLSerialize, CallbacksKeepTheLastTarget)
@@ -239,12 +188,20 @@ TEST_F(XMLSerialize, CallbacksKeepTheLastTarget)
     const char* attributes[] = {"x", "1", "x", "2", nullptr};
     CVQMXMLSerialize::OnStartElement(&serializer, "b", attributes);
     CVQMXMLSerialize::OnElementData(&serializer, "text and more", 4);
+    CVQMXMLSerialize::OnElementData(&serializer, "x", 0);
     CVQMXMLSerialize::OnEndElement(&serializer, nullptr);
-    EXPECT_THAT(Take(), ElementsAre("step 0 name b attributes x 1 x 2", "step 2 text text", "step 1"));
-    EXPECT_EQ(serializer.GetParsingStep(), PARSING_END_ELEMENT);
-    target.throwAt = "step 1 name b";
-    EXPECT_THROW(CVQMXMLSerialize::OnEndElement(&serializer, "b"), std::string);
+    EXPECT_THAT(Take(), ElementsAre("step 0 name b attributes x 1 x 2", "step 2 text text", "step 2 text ", "step 1"));
+    target.onStep = [](const std::string&) { throw 1; };
+    EXPECT_THROW(CVQMXMLSerialize::OnEndElement(&serializer, "b"), int);
     EXPECT_EQ(serializer.GetParsingElementName(), nullptr);
+}
+
+TEST_F(XMLSerialize, ALengthThatNoTextHasDeliversNothing)
+{
+    EXPECT_TRUE(Parse("<a/>"));
+    Take();
+    EXPECT_NO_THROW(CVQMXMLSerialize::OnElementData(&serializer, "x", -1));
+    EXPECT_THAT(Take(), IsEmpty());
 }
 
 TEST_F(XMLSerialize, WritingProducesNothing)
@@ -252,5 +209,11 @@ TEST_F(XMLSerialize, WritingProducesNothing)
     CVQMDataBufferObject buffer;
     EXPECT_FALSE(serializer.Serialize(&target, &buffer));
     EXPECT_EQ(buffer.GetData(), nullptr);
+    buffer.InsertData("abc", 3);
+    EXPECT_FALSE(serializer.Serialize(&target, &buffer));
+    EXPECT_FALSE(serializer.Serialize(nullptr, &buffer));
+    EXPECT_FALSE(serializer.Serialize(nullptr, nullptr));
+    EXPECT_EQ(std::string(buffer.GetData(), 3), "abc");
+    EXPECT_EQ(buffer.GetDataSize(), 3U);
     EXPECT_THAT(Take(), IsEmpty());
 }

@@ -1,0 +1,79 @@
+#include "Tests/VQMSerialize/ParserFault.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+#include <dlfcn.h>
+#include <expat.h>
+
+#include "Tests/Platform/Recorder.h"
+
+namespace {
+
+std::atomic<std::size_t> blocksInUse{0};
+
+bool IsTheChosenAllocation()
+{
+    std::size_t& left = parser_fault::faults().failingAllocation;
+    return left != 0 && --left == 0;
+}
+
+void* Allocate(std::size_t size)
+{
+    void* const block = IsTheChosenAllocation() ? nullptr : std::malloc(size);
+    blocksInUse += block != nullptr ? 1 : 0;
+    return block;
+}
+
+void* Reallocate(void* block, std::size_t size)
+{
+    if (block == nullptr) {
+        return Allocate(size);
+    }
+    return IsTheChosenAllocation() ? nullptr : std::realloc(block, size);
+}
+
+void Free(void* block)
+{
+    blocksInUse -= block != nullptr ? 1 : 0;
+    std::free(block);
+}
+
+} // namespace
+
+parser_fault::Faults& parser_fault::faults()
+{
+    static Faults instance;
+    return instance;
+}
+
+std::size_t parser_fault::BlocksInUse()
+{
+    return blocksInUse;
+}
+
+XML_Parser XML_ParserCreate(const XML_Char* encoding)
+{
+    using parser_fault::Creation;
+    static const XML_Memory_Handling_Suite memory = {Allocate, Reallocate, Free};
+    switch (parser_fault::faults().creation) {
+    case Creation::Null:
+        return nullptr;
+    case Creation::StandardException:
+        throw std::runtime_error("100% full");
+    case Creation::OtherException:
+        throw 1; // NOLINT(misc-throw-by-value-catch-by-reference)
+    default:
+        return XML_ParserCreate_MM(encoding, &memory, nullptr);
+    }
+}
+
+void* XML_GetBuffer(XML_Parser parser, int length)
+{
+    recorder::Record("XML_GetBuffer " + std::to_string(length));
+    using Function = void* (*)(XML_Parser, int);
+    static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "XML_GetBuffer"));
+    return parser_fault::faults().refuseBuffer ? nullptr : real(parser, length);
+}

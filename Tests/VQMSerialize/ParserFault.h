@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+
+/// Takes the place of the parser library's `XML_ParserCreate` and `XML_GetBuffer`, so that every
+/// outcome of them can be had. `XML_GetBuffer` is recorded with its length.
+namespace parser_fault {
+
+enum class Creation { Real, Null, StandardException, OtherException };
+
+struct Faults {
+    Creation creation = Creation::Real;
+    bool refuseBuffer = false;
+    /// The parser's n-th allocation from now on fails, 1 being the next one; counts down to 0.
+    std::size_t failingAllocation = 0;
+};
+
+/// What fails; `faults() = {}` starts afresh.
+Faults& faults();
+
+/// The memory blocks that all parsers together hold now.
+std::size_t BlocksInUse();
+
+} // namespace parser_fault
