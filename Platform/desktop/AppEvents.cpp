@@ -42,6 +42,7 @@ void Raise(app_event_type_e type)
 {
     app_event_info info = {type};
     // By index: a handler may add handlers.
+    // NOLINTNEXTLINE(modernize-loop-convert)
     for (std::size_t i = 0; i < Handlers().size(); ++i) {
         const app_event_handler handler = *Handlers()[i];
         if (handler.type == type) {

@@ -177,29 +177,25 @@ Grip GrabbedKeys::GripOf(int keyId) const
 
 std::vector<std::string> GrabbedKeys::HeldNames() const
 {
-    std::set<int> held;
-    for (const auto& [keycode, key] : keys_) {
-        if (key.grip != Grip::kNone) {
-            held.insert(key.keyId);
-        }
-    }
-    std::vector<std::string> names;
-    for (const int keyId : held) {
-        names.emplace_back(KeyName(keyId));
-    }
-    return names;
+    return NamesOf([](const Key& key) { return key.grip != Grip::kNone; });
 }
 
 std::vector<std::string> GrabbedKeys::FailedNames() const
 {
-    std::set<int> failed;
+    return NamesOf([](const Key& key) { return key.grip != Grip::kWhole; });
+}
+
+std::vector<std::string> GrabbedKeys::NamesOf(bool (*counts)(const Key&)) const
+{
+    std::set<int> keyIds;
     for (const auto& [keycode, key] : keys_) {
-        if (key.grip != Grip::kWhole) {
-            failed.insert(key.keyId);
+        if (counts(key)) {
+            keyIds.insert(key.keyId);
         }
     }
     std::vector<std::string> names;
-    for (const int keyId : failed) {
+    names.reserve(keyIds.size());
+    for (const int keyId : keyIds) {
         names.emplace_back(KeyName(keyId));
     }
     return names;

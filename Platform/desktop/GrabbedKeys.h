@@ -50,6 +50,7 @@ private:
     void DropAllBut(const std::map<KeyCode, int>& wanted);
     void Grab(const std::vector<unsigned int>& lockCombinations);
     void LogNewFailures();
+    std::vector<std::string> NamesOf(bool (*counts)(const Key&)) const;
 
     Display* display_;
     Window root_;

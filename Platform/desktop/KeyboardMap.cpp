@@ -1,6 +1,7 @@
 #include "Platform/desktop/KeyboardMap.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <set>
 
 #include <X11/keysym.h>
@@ -18,7 +19,8 @@ KeySym KeyboardMap::SymbolOf(int keycode) const
     if (symbols_ == nullptr || symbolsPerKeycode_ == 0 || keycode < first_ || keycode > last_) {
         return NoSymbol;
     }
-    return symbols_.get()[(keycode - first_) * symbolsPerKeycode_];
+    const auto index = static_cast<std::size_t>(keycode - first_) * static_cast<std::size_t>(symbolsPerKeycode_);
+    return symbols_.get()[index];
 }
 
 std::vector<unsigned int> LockModifierCombinations(Display* display, const KeyboardMap& keyboard)
@@ -33,7 +35,7 @@ std::vector<unsigned int> LockModifierCombinations(Display* display, const Keybo
     };
     std::set<unsigned int> locks = {LockMask};
     for (int modifier = Mod1MapIndex; map != nullptr && modifier <= Mod5MapIndex; ++modifier) {
-        const KeyCode* keycodes = map->modifiermap + modifier * map->max_keypermod;
+        const KeyCode* keycodes = map->modifiermap + static_cast<std::ptrdiff_t>(modifier) * map->max_keypermod;
         if (std::any_of(keycodes, keycodes + map->max_keypermod, isLockKey)) {
             locks.insert(1U << modifier);
         }
