@@ -21,7 +21,7 @@ constexpr char kMediaDirectory[] = VQM_MEDIA_DIR;
 constexpr char kScheduleDirectory[] = VQM_APPS_DIR "/" VQM_APP_ID "/RECH";
 
 constexpr char kScheduleFileConstant[] = "ScheduleFile";
-constexpr uVQMINT64 kReadUnit = 100 * 1024;
+constexpr uVQMINT64 kReadUnit = 102400;
 
 /// The store's only failure; other results, negative ones too, are its business.
 constexpr int kStoreFailure = -1;

@@ -31,7 +31,7 @@ void Open(Stream& stream, const std::string& path, std::ios_base::openmode mode,
 
 CVQMFilePipe::CVQMFilePipe() = default;
 
-CVQMFilePipe::~CVQMFilePipe()
+CVQMFilePipe::~CVQMFilePipe() // NOLINT(bugprone-exception-escape): a failed lock is fatal here
 {
     // Declared before the lock: what the callbacks own is released after it.
     std::map<void*, _PipeInfo> closed;

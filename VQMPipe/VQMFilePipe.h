@@ -28,7 +28,7 @@ public:
     CVQMFilePipe();
 
     /// Closes every file that is still open; a close that fails is silent.
-    ~CVQMFilePipe() override;
+    ~CVQMFilePipe() override; // NOLINT(bugprone-exception-escape): a failed lock is fatal here
 
     /// Opens the file that a `CVQMFileRequestData` describes; its handle field is not looked at.
     /// A reader starts at `nStartOffset`, which must lie inside the file.

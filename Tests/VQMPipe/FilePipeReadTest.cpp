@@ -220,7 +220,6 @@ TEST_F(FilePipe, OnlyTheExactErrorStatesAreReadErrors)
         request.nReadUnitSize = 4;
         auto* stream = static_cast<std::ifstream*>(Opened(request));
         stream->setstate(test.state);
-        OpenPipe::_PipeInfo before;
         if (!test.fails) {
             EXPECT_EQ(Step(request), stream) << test.state;
             EXPECT_EQ(pipe_.GetCurretFileReadByNow(stream), 4U);
