@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 #include <string>
+#include <string_view>
 #include <strings.h>
 #include <utility>
 
@@ -17,6 +18,8 @@ constexpr std::size_t kMaxPiece = 64U * 1024U * 1024U;
 
 /// Of an item that is longer than this, the places of its beginning are given up.
 constexpr std::uint64_t kMaxKept = 1024U * 1024U;
+
+constexpr std::string_view kDoctype = "<!DOCTYPE";
 
 constexpr char kRejects[] = "the set rejects the whole document and has no schedule";
 
@@ -154,8 +157,11 @@ void DocumentParse::OnDoctype(void* self, const char* name, const char* /*system
 {
     auto& parse = *static_cast<DocumentParse*>(self);
     parse.Guarded([&] {
-        const Mark mark = parse.window_.Advance(parse.Offset());
-        parse.reporter_.Report({mark, 0},
+        // The event comes after the declaration's own beginning.
+        const std::uint64_t begin = parse.window_.Begin();
+        const std::size_t place = parse.window_.View(begin, parse.Offset() - begin).rfind(kDoctype);
+        const Mark mark = parse.window_.MarkAt(place == std::string_view::npos ? parse.Offset() : begin + place);
+        parse.reporter_.Report({mark, kDoctype.size()},
                                {Rule::kDoctype, "a document type declaration for " + Quoted(name),
                                 "a document without one", "the set leaves out entities that it would have to load"});
     });

@@ -26,14 +26,6 @@ std::optional<int> SecondsOf(const StartTag& tag, const char* name)
     return index ? JudgeTime(name, tag.AttributeValue(*index)).seconds : std::nullopt;
 }
 
-/// The line that has `key` already; else none, and `line` has it from now on.
-template <typename Key>
-std::optional<std::uint64_t> SeenOn(std::unordered_map<Key, std::uint64_t>& seen, const Key& key, std::uint64_t line)
-{
-    const auto [entry, isNew] = seen.emplace(key, line);
-    return isNew ? std::nullopt : std::optional<std::uint64_t>(entry->second);
-}
-
 std::string AsOnLine(std::uint64_t line)
 {
     return " is that of line " + std::to_string(line) + " too";
@@ -45,9 +37,7 @@ void PeriodChecker::Begin(const StartTag& schedule)
 {
     schedule_ = reporter_.Kept(schedule.Whole());
     items_ = 0;
-    ids_.clear();
-    orders_.clear();
-    files_.clear();
+    ForgetItems();
     CheckTimes(schedule);
 }
 
@@ -81,8 +71,8 @@ void PeriodChecker::BeginItem(const StartTag& item)
     ++items_;
     constexpr char kEffect[] = "the set keeps both items";
     if (const std::optional<std::size_t> id = item.Find("id")) {
-        const std::string text = item.AttributeValue(*id);
-        if (const auto line = SeenOn(ids_, text, item.Start().line)) {
+        const char* const text = item.AttributeValue(*id);
+        if (const auto line = ids_.Add(text, item.Start().line)) {
             reporter_.Report(item.ValuePlace(*id), {Rule::kDuplicateId, "id " + Quoted(text) + AsOnLine(*line),
                                                     "an id of its own for each item of a period", kEffect});
         }
@@ -90,7 +80,7 @@ void PeriodChecker::BeginItem(const StartTag& item)
     const std::optional<std::size_t> order = item.Find("order");
     if (order && IsSoundNumber(ValueKind::kCount, item.AttributeValue(*order))) {
         const std::string text = item.AttributeValue(*order);
-        if (const auto line = SeenOn(orders_, setreading::Integer(text), item.Start().line)) {
+        if (const auto line = orders_.Add(std::to_string(setreading::Integer(text)), item.Start().line)) {
             reporter_.Report(item.ValuePlace(*order), {Rule::kDuplicateOrder, "order " + Quoted(text) + AsOnLine(*line),
                                                        "a place of its own for each item of a period", kEffect});
         }
@@ -102,7 +92,7 @@ void PeriodChecker::EndItem(const ItemFacts& item)
     if (!item.hasName) {
         return;
     }
-    if (const auto line = SeenOn(files_, item.file, item.filePlace.mark.line)) {
+    if (const auto line = files_.Add(item.file, item.filePlace.mark.line)) {
         reporter_.Report(item.filePlace, {Rule::kDuplicateFile, "the file " + Quoted(item.file) + AsOnLine(*line),
                                           "each file once in a period", "the set keeps both items"});
     }
@@ -114,9 +104,14 @@ void PeriodChecker::End()
         reporter_.Report(schedule_, {Rule::kNoItems, "the schedule has no items", "at least one item",
                                      "the set plays nothing in this period"});
     }
-    ids_.clear();
-    orders_.clear();
-    files_.clear();
+    ForgetItems();
+}
+
+void PeriodChecker::ForgetItems()
+{
+    ids_.Clear();
+    orders_.Clear();
+    files_.Clear();
 }
 
 } // namespace lint

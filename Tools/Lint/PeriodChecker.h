@@ -2,12 +2,11 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
-#include <unordered_map>
 
 #include "Tools/Lint/ItemChecker.h"
 #include "Tools/Lint/PeriodOverlaps.h"
 #include "Tools/Lint/Reporter.h"
+#include "Tools/Lint/SeenTexts.h"
 #include "Tools/Lint/StartTag.h"
 
 namespace lint {
@@ -24,15 +23,16 @@ public:
 
 private:
     void CheckTimes(const StartTag& schedule);
+    void ForgetItems();
 
     Reporter& reporter_;
     PeriodOverlaps overlaps_;
     Spot schedule_;
     std::uint64_t items_ = 0;
     // Where the open period has it first, by line.
-    std::unordered_map<std::string, std::uint64_t> ids_;
-    std::unordered_map<int, std::uint64_t> orders_;
-    std::unordered_map<std::string, std::uint64_t> files_;
+    SeenTexts ids_;
+    SeenTexts orders_; ///< as the set writes the number
+    SeenTexts files_;
 };
 
 } // namespace lint

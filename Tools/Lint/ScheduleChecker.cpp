@@ -198,12 +198,15 @@ void ScheduleChecker::End(std::uint64_t offset)
         item_.EndChild(offset);
     }
     const Element element = open_.back().element;
-    if (element == Element::kItem) {
+    if (element == Element::kItem && itemOffset_) {
         const ItemFacts& facts = item_.End();
         project_.AddItem(facts.size);
         if (OpenCount(Element::kSchedule) > 0) {
             period_.EndItem(facts);
         }
+        itemOffset_.reset();
+    } else if (element == Element::kItem) {
+        project_.AddItem(0); // an item inside this one took what it had
     } else if (element == Element::kSchedule) {
         period_.End();
     }
@@ -217,20 +220,19 @@ void ScheduleChecker::Text(std::string_view text, std::uint64_t offset)
         item_.Text(text, offset);
         return;
     }
-    // An element that is in the wrong place was reported; its text goes with it.
-    const bool isReported = open_.empty() || open_.back().strayText || OpenTextElements() > 0;
+    // An element that is unknown or in the wrong place was reported; its text goes with it.
+    const bool isReported =
+        open_.empty() || open_.back().strayText || open_.back().element == Element::kUnknown || OpenTextElements() > 0;
     if (isReported || IsBlank(text)) {
         return;
     }
     open_.back().strayText = true;
     const std::size_t blanks = text.find_first_not_of(" \t\r\n");
     const Mark mark = reporter_.Window().MarkAt(offset + blanks);
-    const Open& parent = open_.back();
-    const std::string where = parent.element == Element::kUnknown ? parent.name : InfoOf(parent.element).name;
+    const std::string where = InfoOf(open_.back().element).name;
     const std::string_view shown = text.substr(blanks, text.find_last_not_of(" \t\r\n") + 1 - blanks);
-    reporter_.Report({mark, shown.size()},
-                     {Rule::kStrayText, "text " + Quoted(shown) + " directly inside " + Quoted(where),
-                      "text only inside name, size and format", "the set ignores it"});
+    reporter_.Report({mark, shown.size()}, {Rule::kStrayText, "text " + Quoted(shown) + " directly inside " + where,
+                                            "text only inside name, size and format", "the set ignores it"});
 }
 
 void ScheduleChecker::Finish()
@@ -249,7 +251,7 @@ void ScheduleChecker::Finish()
 
 std::uint64_t ScheduleChecker::NeededFrom(std::uint64_t current) const
 {
-    return OpenCount(Element::kItem) > 0 ? std::min(itemOffset_, current) : current;
+    return itemOffset_ ? std::min(*itemOffset_, current) : current;
 }
 
 } // namespace lint

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -60,7 +61,7 @@ private:
     std::vector<int> openCounts_;
     std::vector<std::uint64_t> firstLines_; ///< by element: of its first start tag; 0 for none
     Spot root_;
-    std::uint64_t itemOffset_ = 0;
+    std::optional<std::uint64_t> itemOffset_; ///< of the item being read
 };
 
 } // namespace lint

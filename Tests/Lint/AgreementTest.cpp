@@ -1,0 +1,102 @@
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "Tests/Fuzz/LintAgreement.h"
+#include "Tests/Lint/Documents.h"
+#include "Tests/Platform/Recorder.h"
+
+namespace {
+
+std::string Read(const std::filesystem::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST(LintAgreement, HoldsOverTheCorpus)
+{
+    int clean = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(VQM_LINT_CORPUS)) {
+        const std::string document = Read(entry.path());
+        EXPECT_EQ(FindDisagreement(document), "") << entry.path();
+        clean += IsClean(document) ? 1 : 0;
+    }
+    EXPECT_GE(clean, 3) << "only documents without findings compare anything";
+    recorder::Clear();
+}
+
+TEST(LintAgreement, HoldsOverTheDocumentation)
+{
+    for (const RuleSection& section : RuleSections()) {
+        EXPECT_EQ(FindDisagreement(section.bad), "") << section.name;
+        EXPECT_EQ(FindDisagreement(section.good), "") << section.name;
+    }
+    recorder::Clear();
+}
+
+/// Changes that a person or a program makes, in place of a fuzzer.
+TEST(LintAgreement, HoldsOverSmallChanges)
+{
+    static const std::vector<std::string> kTokens = {"0",
+                                                     "1",
+                                                     "9",
+                                                     ":",
+                                                     "-",
+                                                     "/",
+                                                     ".",
+                                                     " ",
+                                                     "\n",
+                                                     "'",
+                                                     "<",
+                                                     ">",
+                                                     "<!---->",
+                                                     "&#49;",
+                                                     "&amp;",
+                                                     "<![CDATA[1]]>",
+                                                     "]]",
+                                                     "\r",
+                                                     "<name>",
+                                                     "</name>",
+                                                     "<size>",
+                                                     "</size>",
+                                                     "<format>x</format>",
+                                                     "<item>",
+                                                     "</item>",
+                                                     "<schedule>",
+                                                     "</schedule>",
+                                                     "<policy period='5'/>",
+                                                     "state='ok'",
+                                                     "id='2'",
+                                                     "<?p?>",
+                                                     "ä",
+                                                     "18446744073709551616"};
+    std::vector<std::string> documents;
+    for (const auto& entry : std::filesystem::directory_iterator(VQM_LINT_CORPUS)) {
+        documents.push_back(Read(entry.path()));
+    }
+    std::sort(documents.begin(), documents.end());
+    std::mt19937 random(11); // NOLINT: the same changes each time
+    int clean = 0;
+    for (int round = 0; round < 5000; ++round) {
+        std::string document = documents[random() % documents.size()];
+        for (int change = 0; change <= round % 2; ++change) {
+            const std::size_t place = random() % (document.size() + 1);
+            const std::string& token = kTokens[random() % kTokens.size()];
+            if (random() % 3 == 0) {
+                document.erase(place, 1 + random() % 6);
+            } else {
+                document.replace(place, random() % 2, token);
+            }
+        }
+        clean += IsClean(document) ? 1 : 0;
+        ASSERT_EQ(FindDisagreement(document), "") << document;
+        recorder::Clear();
+    }
+    EXPECT_GT(clean, 100);
+}
+
+} // namespace
