@@ -2,11 +2,14 @@
 
 #include "Tools/CommandLine.h"
 #include "Tools/Commands.h"
+#include "Tools/RemoteKeys.h"
 #include "Tools/RemotePress.h"
 
 void AddRemoteCommands(CommandLine& line)
 {
     CLI::App& group = line.AddGroup("remote", "A remote control for people without one");
+    line.AddCommand(group, "keys", "List the keys that the application holds", ListHeldKeys);
+
     const auto options = std::make_shared<PressOptions>();
     CLI::App& press = line.AddCommand(group, "press", "Press and release a key that the application holds",
                                       [options] { return PressRemoteKey(*options); });

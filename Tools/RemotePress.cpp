@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
-#include <memory>
 #include <optional>
 #include <string>
 #include <thread>
@@ -12,6 +10,7 @@
 
 #include "Platform/desktop/Instance.h"
 #include "Platform/desktop/KeySymbols.h"
+#include "Tools/DisplayConnection.h"
 #include "Tools/Failure.h"
 #include "Tools/Keyboard.h"
 #include "Tools/KeyNames.h"
@@ -21,23 +20,6 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kPollInterval{10};
-
-struct CloseDisplay {
-    void operator()(Display* display) const { XCloseDisplay(display); }
-};
-using DisplayConnection = std::unique_ptr<Display, CloseDisplay>;
-
-DisplayConnection OpenDisplay()
-{
-    DisplayConnection display(XOpenDisplay(nullptr));
-    if (display == nullptr) {
-        const char* name = std::getenv("DISPLAY");
-        throw Failure(ExitCode::kCouldNotRun, name == nullptr || *name == '\0'
-                                                  ? std::string("no display: DISPLAY is not set")
-                                                  : "cannot open display '" + std::string(name) + "'");
-    }
-    return display;
-}
 
 bool Contains(const std::vector<std::string>& names, const std::string& name)
 {
