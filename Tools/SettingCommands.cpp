@@ -46,11 +46,12 @@ ExitCode Get()
 ExitCode Set(bool enable)
 {
     CVQMSyncDemoMonitor::SetSyncDemoVocnf(enable);
-    const std::string problem = desktop::LastSettingsProblem();
-    // Storing reports nothing to its caller: only reading back tells.
+    // Storing reports nothing to its caller: only reading back tells. The store's reason is taken
+    // first, for reading may replace it.
+    const std::string failure = std::string("cannot switch the setting ") + StateName(enable) + "; it is stored in " +
+                                StorePath() + " (" + desktop::LastSettingsProblem() + ")";
     if (CVQMSyncDemoMonitor::CheckSyncDemoEnbaled() != enable) {
-        throw Failure(ExitCode::kCouldNotRun, std::string("cannot switch the setting ") + StateName(enable) +
-                                                  "; it is stored in " + StorePath() + " (" + problem + ")");
+        throw Failure(ExitCode::kCouldNotRun, failure);
     }
     return ExitCode::kFine;
 }
