@@ -17,6 +17,8 @@ from Xlib import X, XK, display as xdisplay
 from Xlib.ext import xtest
 
 BUILD = Path(os.environ["VQM_BUILD_DIR"])
+# The programs themselves; under emulation bin/ holds what starts them.
+EXECUTABLES = Path(os.environ.get("VQM_EXECUTABLES", BUILD / "bin"))
 APP_ID = os.environ.get("VQM_APP_ID", "org.quillmere.vqmkeygrab")
 COMPANION_ID = APP_ID + ".gui"
 SETTING_KEY = "db/menu/syncdemo/state"

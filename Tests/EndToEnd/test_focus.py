@@ -143,10 +143,10 @@ def test_a_grabbed_key_does_not_reach_the_other_client_and_is_free_afterwards(de
 
 
 def test_exported_objects_are_in_the_executable():
-    from desktop import BUILD
+    from desktop import EXECUTABLES
 
     symbols = subprocess.run(
-        ["nm", "-D", "--defined-only", BUILD / "bin/VQMKeygrab"], check=True, capture_output=True, text=True
+        ["nm", "-D", "--defined-only", EXECUTABLES / "VQMKeygrab"], check=True, capture_output=True, text=True
     ).stdout
     assert re.search(r"\b[BD] gkeygrab$", symbols, re.MULTILINE)
     assert re.search(r"\b[BD] _ZN11CVQMKeyGrab5xinfoE$", symbols, re.MULTILINE)

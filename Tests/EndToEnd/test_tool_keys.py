@@ -119,6 +119,7 @@ def test_other_grabbed_keys_are_silent(desktop, keyboard, name):
     desktop.switch_on()
     keyboard.add(keysym(name))
     application = desktop.start_application()
+    application.wait_for("_resume() called start")
     before = application.lines()
     keyboard.tap(keysym(name))
     keyboard.tap(TOOL_KEYS["XF86More"])

@@ -173,6 +173,11 @@ struct FailedStep {
     Lines destruction;
 };
 
+void PrintTo(const FailedStep& step, std::ostream* out)
+{
+    *out << step.name;
+}
+
 class FailedCreation : public KeyGrabTest, public testing::WithParamInterface<FailedStep> {};
 
 TEST_P(FailedCreation, StopsAtOnceAndLeavesTheRestToDestruction)

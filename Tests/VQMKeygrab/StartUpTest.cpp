@@ -125,6 +125,11 @@ struct ThrowingCall {
     Lines unblocking;
 };
 
+void PrintTo(const ThrowingCall& call, std::ostream* out)
+{
+    *out << call.name;
+}
+
 class ThrowingPopupService : public StartUpTest, public testing::WithParamInterface<ThrowingCall> {};
 
 TEST_P(ThrowingPopupService, NeverStopsStartUpOrTeardown)
