@@ -16,6 +16,8 @@
 
 #include <gmock/gmock.h>
 
+#include "Tests/Platform/VirtualSlot.h"
+
 namespace {
 
 static_assert(sizeof(uVQMINT64) == 8 && std::is_unsigned_v<uVQMINT64>);
@@ -29,6 +31,11 @@ static_assert(std::is_abstract_v<CVQMDataStructureObject> && std::is_abstract_v<
 static_assert(sizeof(CVQMDataObject) == sizeof(void*));
 static_assert(sizeof(CVQMDataStructureObject) == sizeof(void*));
 static_assert(sizeof(CVQMDataSerializableObject) == sizeof(void*));
+
+template <typename Base>
+struct OneMoreOperation : Base {
+    virtual void Last() {}
+};
 
 constexpr uVQMINT64 kMaximum = std::numeric_limits<uVQMINT64>::max();
 
@@ -65,6 +72,21 @@ std::string DoubleText(double number)
 }
 
 } // namespace
+
+TEST(DataObjects, OperationsLieInTheirOrder)
+{
+    // The destructor comes first and takes two places.
+    EXPECT_EQ(VirtualSlot(&OneMoreOperation<CVQMDataObject>::Last), 2U);
+    EXPECT_EQ(VirtualSlot(&OneMoreOperation<CVQMDataBufferObject>::Last), 2U);
+    EXPECT_EQ(VirtualSlot(&CVQMDataStructureObject::GetSturcture), 2U);
+    EXPECT_EQ(VirtualSlot(&CVQMDataStructureObject::SetStructure), 3U);
+    EXPECT_EQ(VirtualSlot(&OneMoreOperation<CVQMDataStructureObject>::Last), 4U);
+    EXPECT_EQ(VirtualSlot(&CVQMDataSerializableObject::GetSturcture), 2U);
+    EXPECT_EQ(VirtualSlot(&CVQMDataSerializableObject::SetStructure), 3U);
+    EXPECT_EQ(VirtualSlot(&CVQMDataSerializableObject::WriteTo), 4U);
+    EXPECT_EQ(VirtualSlot(&CVQMDataSerializableObject::ReadFrom), 5U);
+    EXPECT_EQ(VirtualSlot(&OneMoreOperation<CVQMDataSerializableObject>::Last), 6U);
+}
 
 TEST(TextToInt, LongestPrefixCounts)
 {
