@@ -119,7 +119,8 @@ TEST_F(SchedulePolicy, ContainersMembersLieInTheirOrderAndStartEmpty)
     const std::vector<const void*> members = {&Inner<_VQMPolicy>(), &Inner<int>(), &Inner<_VQMSchdule>(),
                                               &Inner<_VQMContentInfo>()};
     EXPECT_TRUE(std::is_sorted(members.begin(), members.end()));
-    EXPECT_EQ(members.front(), reinterpret_cast<const char*>(&container) + sizeof(void*));
+    EXPECT_EQ(members.front(),
+              reinterpret_cast<const char*>(&container) + std::max(sizeof(void*), alignof(_VQMPolicy)));
     EXPECT_TRUE(Inner<_VQMPolicy>().bError);
     EXPECT_THAT(Changes(Inner<_VQMPolicy>()), IsEmpty());
     EXPECT_EQ(Inner<int>(), 0);
