@@ -173,7 +173,7 @@ TEST_F(StartUpTest, ThrowingConstructorEndsTheProgramUncaught)
 
 TEST_F(StartUpTest, LifecycleCallbacksOnlyLogAndTerminationFlushesTheCaches)
 {
-    application.mainLoop = [this](const ui_app_lifecycle_callback_s& callbacks) {
+    application.mainLoop = [](const ui_app_lifecycle_callback_s& callbacks) {
         Take();
         const auto info = [](const char* function, const char* text) {
             return recorder::Log(4, "Quillmere", "main.cpp", function, text);
