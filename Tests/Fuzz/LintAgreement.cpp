@@ -70,17 +70,18 @@ std::string Describe(const _VQMPolicy& policy)
 
 } // namespace
 
-bool IsClean(std::string_view document)
+bool IsClean(std::string_view document, const std::set<lint::Rule>& ignored)
 {
     lint::Options options;
+    options.ignored = ignored;
     options.today = {2026, 6, 1};
     const lint::Counts counts = lint::Lint(document, options).counts;
     return counts.errors + counts.warnings == 0;
 }
 
-std::string FindDisagreement(std::string_view document)
+std::string FindDisagreement(std::string_view document, const std::set<lint::Rule>& ignored)
 {
-    if (!IsClean(document)) {
+    if (!IsClean(document, ignored)) {
         return "";
     }
     CVQMScheduleContainer container;

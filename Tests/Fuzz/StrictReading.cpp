@@ -1,5 +1,6 @@
 #include "Tests/Fuzz/StrictReading.h"
 
+#include <algorithm>
 #include <charconv>
 #include <map>
 #include <memory>
@@ -249,8 +250,12 @@ void ReadLeaf(const Node& node, _VQMPolicy& policy)
 
 _VQMPolicy ReadStrictly(std::string_view document)
 {
+    const std::size_t zero = std::min(document.find('\0'), document.size());
+    if (document.find_first_not_of(std::string_view("\0 \t\r\n", 5), zero) != std::string_view::npos) {
+        Refuse("text after a zero byte");
+    }
     Builder builder;
-    Build(document.substr(0, document.find('\0')), builder);
+    Build(document.substr(0, zero), builder);
     const Node& root = *builder.document.children.at(0);
     if (root.name != "rsp") {
         Refuse("root " + root.name);
@@ -258,6 +263,9 @@ _VQMPolicy ReadStrictly(std::string_view document)
     RefuseText(root);
     _VQMPolicy policy;
     Attributes(root).Take("state", [&](const std::string& text) { policy.bError = text != "ok"; }).End();
+    if (policy.bError) {
+        Refuse("no state 'ok'");
+    }
     std::map<std::string, int> seen;
     for (const auto& child : root.children) {
         if (child->name == "schedule") {

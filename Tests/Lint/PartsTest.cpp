@@ -90,6 +90,21 @@ TEST(SeenTexts, RemembersTheFirstLineOfEachText)
     EXPECT_EQ(seen.Add("text1", 3), std::nullopt);
 }
 
+TEST(SeenNumbers, RemembersAscendingAndOtherNumbers)
+{
+    lint::SeenNumbers seen;
+    const std::vector<int> numbers = {5, 7, 9, 6, -1, 8, 100};
+    for (std::size_t index = 0; index < numbers.size(); ++index) {
+        EXPECT_EQ(seen.Add(numbers[index], index + 1), std::nullopt) << numbers[index];
+    }
+    for (std::size_t index = 0; index < numbers.size(); ++index) {
+        EXPECT_EQ(seen.Add(numbers[index], 99), index + 1) << numbers[index];
+    }
+    seen.Clear();
+    EXPECT_EQ(seen.Add(6, 3), std::nullopt);
+    EXPECT_EQ(seen.Add(5, 4), std::nullopt);
+}
+
 TEST(TagScanner, GivesNothingForWhatIsNoTag)
 {
     EXPECT_TRUE(lint::ScanAttributes("").empty());

@@ -7,7 +7,7 @@
 namespace {
 
 /// What the library makes of `attribute` with `value`, when `before` unknown attributes precede it.
-std::string LinesOf(const lint::ElementInfo& element, const char* attribute, int before)
+std::string LinesOf(const lint::ElementInfo& element, const std::string& attribute, int before)
 {
     std::vector<std::string> names;
     for (int index = 0; index < before; ++index) {
@@ -17,9 +17,9 @@ std::string LinesOf(const lint::ElementInfo& element, const char* attribute, int
     for (const std::string& name : names) {
         list.insert(list.end(), {name.c_str(), ""});
     }
-    list.insert(list.end(), {attribute, "1", nullptr});
+    list.insert(list.end(), {attribute.c_str(), "1", nullptr});
     recorder::Clear();
-    CVQMScheduleContainer().OnStartElement(element.name, list.data());
+    CVQMScheduleContainer().OnStartElement(element.name.c_str(), list.data());
     std::string lines;
     for (const std::string& line : recorder::Take()) {
         lines += line;

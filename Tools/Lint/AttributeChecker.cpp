@@ -48,8 +48,8 @@ void AttributeChecker::Check(const StartTag& tag)
             reporter_.Report(
                 tag.NamePlace(index),
                 {isState ? Rule::kStateNotFirst : Rule::kAttributeBeyondSlots,
-                 std::string(info->name) + " is attribute " + std::to_string(index + 1) + " of " + tag.Info().name,
-                 std::string(info->name) + " within " + Slots(tag.Info().slots),
+                 info->name + " is attribute " + std::to_string(index + 1) + " of " + tag.Info().name,
+                 info->name + " within " + Slots(tag.Info().slots),
                  std::string("the set never looks at it") + (isState ? " and marks the policy as in error" : "")});
             meant_.emplace_back(info->name);
         } else {
@@ -68,7 +68,7 @@ void AttributeChecker::CheckUnknown(const StartTag& tag, std::size_t index)
         const std::vector<std::string> close = Suggest(tag.AttributeName(index), known);
         meant_.insert(meant_.end(), close.begin(), close.end());
     }
-    problem.message += std::string(" of ") + tag.Info().name;
+    problem.message += " of " + tag.Info().name;
     reporter_.Report(tag.NamePlace(index), std::move(problem));
 }
 
@@ -94,7 +94,7 @@ void AttributeChecker::CheckValue(const StartTag& tag, std::size_t index, const 
     case ValueKind::kCount:
     case ValueKind::kMaster:
     case ValueKind::kUnsigned:
-        take(JudgeNumber(info.name, info.kind, text));
+        take(JudgeNumber(info.name.c_str(), info.kind, text));
         break;
     case ValueKind::kTime:
         problems = JudgeTime(info.name, text).problems;
@@ -124,8 +124,7 @@ void AttributeChecker::CheckMissing(const StartTag& tag)
         if (tag.Find(info.name) || reported) {
             continue;
         }
-        Problem problem = {Rule::kMissingAttribute, std::string(tag.Info().name) + " has no " + info.name, info.name,
-                           ""};
+        Problem problem = {Rule::kMissingAttribute, tag.Info().name + " has no " + info.name, info.name, ""};
         if (info.kind == ValueKind::kState) {
             problem.rule = Rule::kStateMissing;
             problem.expected = "state='ok' as the first attribute";

@@ -14,10 +14,10 @@ namespace {
 constexpr std::size_t kPiece = 262144;
 
 /// A piece that grows to this size without a "<" is cut anywhere.
-constexpr std::size_t kMaxPiece = 64U * 1024U * 1024U;
+constexpr std::size_t kMaxPiece = 67108864;
 
 /// Of an item that is longer than this, the places of its beginning are given up.
-constexpr std::uint64_t kMaxKept = 1024U * 1024U;
+constexpr std::uint64_t kMaxKept = 1048576;
 
 constexpr std::string_view kDoctype = "<!DOCTYPE";
 

@@ -63,8 +63,8 @@ void ItemChecker::BeginChild(const StartTag& child)
     known.hasText = false;
     if (known.count > 1) {
         reporter_.Report(child.Whole(),
-                         {Rule::kRepeatedChild, "a second " + std::string(child.Info().name) + " in the item",
-                          std::string("one ") + child.Info().name,
+                         {Rule::kRepeatedChild, "a second " + child.Info().name + " in the item",
+                          "one " + child.Info().name,
                           open_ == Element::kSize ? "the set takes the last one" : "the set puts the texts together"});
     }
     if (open_ == Element::kName && known.count == 1) {

@@ -80,7 +80,7 @@ void PeriodChecker::BeginItem(const StartTag& item)
     const std::optional<std::size_t> order = item.Find("order");
     if (order && IsSoundNumber(ValueKind::kCount, item.AttributeValue(*order))) {
         const std::string text = item.AttributeValue(*order);
-        if (const auto line = orders_.Add(std::to_string(setreading::Integer(text)), item.Start().line)) {
+        if (const auto line = orders_.Add(setreading::Integer(text), item.Start().line)) {
             reporter_.Report(item.ValuePlace(*order), {Rule::kDuplicateOrder, "order " + Quoted(text) + AsOnLine(*line),
                                                        "a place of its own for each item of a period", kEffect});
         }

@@ -31,7 +31,7 @@ private:
     std::uint64_t items_ = 0;
     // Where the open period has it first, by line.
     SeenTexts ids_;
-    SeenTexts orders_; ///< as the set writes the number
+    SeenNumbers orders_;
     SeenTexts files_;
 };
 

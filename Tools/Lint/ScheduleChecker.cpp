@@ -129,7 +129,7 @@ std::optional<Problem> ScheduleChecker::JudgeContainerPlace(const StartTag& tag)
     if (parent == Element::kRsp || parent == Element::kUnknown) {
         return std::nullopt;
     }
-    return Misplaced(tag, std::string("inside ") + InfoOf(parent).name, std::string(tag.Info().name) + " inside rsp");
+    return Misplaced(tag, "inside " + InfoOf(parent).name, tag.Info().name + " inside rsp");
 }
 
 std::optional<Problem> ScheduleChecker::JudgeItemPlace(const StartTag& tag) const
@@ -146,7 +146,7 @@ std::optional<Problem> ScheduleChecker::JudgeItemPlace(const StartTag& tag) cons
     if (parent == Element::kSchedule || parent == Element::kUnknown) {
         return std::nullopt;
     }
-    return Misplaced(tag, std::string("inside ") + InfoOf(parent).name, "item inside schedule");
+    return Misplaced(tag, "inside " + InfoOf(parent).name, "item inside schedule");
 }
 
 std::optional<Problem> ScheduleChecker::JudgeChildPlace(const StartTag& tag) const
@@ -160,7 +160,7 @@ std::optional<Problem> ScheduleChecker::JudgeChildPlace(const StartTag& tag) con
     if (parent == Element::kItem || parent == Element::kUnknown) {
         return std::nullopt;
     }
-    return Misplaced(tag, std::string("inside ") + InfoOf(parent).name, name + " inside item");
+    return Misplaced(tag, "inside " + InfoOf(parent).name, name + " inside item");
 }
 
 void ScheduleChecker::CheckRepeated(const StartTag& tag)
@@ -172,11 +172,10 @@ void ScheduleChecker::CheckRepeated(const StartTag& tag)
     }
     if (tag.Kind() == Element::kRsp || tag.Kind() == Element::kPolicy || tag.Kind() == Element::kProject ||
         tag.Kind() == Element::kRechInfo) {
-        reporter_.Report(
-            tag.Whole(),
-            {Rule::kRepeatedElement,
-             std::string("a second ") + tag.Info().name + "; the first is on line " + std::to_string(first),
-             std::string("one ") + tag.Info().name, "the set takes of each attribute the last value"});
+        reporter_.Report(tag.Whole(),
+                         {Rule::kRepeatedElement,
+                          "a second " + tag.Info().name + "; the first is on line " + std::to_string(first),
+                          "one " + tag.Info().name, "the set takes of each attribute the last value"});
     }
 }
 

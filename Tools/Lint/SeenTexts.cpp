@@ -1,5 +1,6 @@
 #include "Tools/Lint/SeenTexts.h"
 
+#include <algorithm>
 #include <functional>
 
 namespace lint {
@@ -24,7 +25,7 @@ std::optional<std::uint64_t> SeenTexts::Add(std::string_view text, std::uint64_t
         }
     }
     texts_ += text;
-    entries_.push_back({texts_.size(), line});
+    entries_.push_back({static_cast<std::uint32_t>(texts_.size()), static_cast<std::uint32_t>(line)});
     slots_[place] = {hash, static_cast<std::uint32_t>(entries_.size())};
     return std::nullopt;
 }
@@ -57,6 +58,26 @@ std::string_view SeenTexts::TextOf(std::uint32_t number) const
 {
     const std::size_t begin = number == 1 ? 0 : entries_[number - 2].textEnd;
     return std::string_view(texts_).substr(begin, entries_[number - 1].textEnd - begin);
+}
+
+std::optional<std::uint64_t> SeenNumbers::Add(int number, std::uint64_t line)
+{
+    if (ascending_.empty() || number > ascending_.back().number) {
+        ascending_.push_back({number, static_cast<std::uint32_t>(line)});
+        return std::nullopt;
+    }
+    const auto place = std::lower_bound(ascending_.begin(), ascending_.end(), number,
+                                        [](const Entry& entry, int wanted) { return entry.number < wanted; });
+    if (place->number == number) {
+        return place->line;
+    }
+    return others_.Add(std::to_string(number), line);
+}
+
+void SeenNumbers::Clear()
+{
+    ascending_.clear();
+    others_.Clear();
 }
 
 } // namespace lint

@@ -21,9 +21,10 @@ public:
     void Clear();
 
 private:
+    // A document that the set can read has fewer bytes than 32 bits count.
     struct Entry {
-        std::size_t textEnd = 0; ///< in `texts_`; it begins where the one before ends
-        std::uint64_t line = 0;
+        std::uint32_t textEnd = 0; ///< in `texts_`; it begins where the one before ends
+        std::uint32_t line = 0;
     };
     struct Slot {
         std::uint32_t hash = 0;
@@ -36,6 +37,23 @@ private:
     std::string texts_;
     std::vector<Entry> entries_;
     std::vector<Slot> slots_; ///< a power of two, at most half of them taken
+};
+
+/// The same for numbers. Mostly they ascend, and then there is nothing to look up.
+class SeenNumbers {
+public:
+    std::optional<std::uint64_t> Add(int number, std::uint64_t line);
+
+    void Clear();
+
+private:
+    struct Entry {
+        int number = 0;
+        std::uint32_t line = 0;
+    };
+
+    std::vector<Entry> ascending_;
+    SeenTexts others_;
 };
 
 } // namespace lint

@@ -12,14 +12,14 @@ enum class Element { kUnknown, kRsp, kPolicy, kProject, kSchedule, kItem, kName,
 enum class ValueKind { kText, kState, kInteger, kCount, kMaster, kUnsigned, kTime, kDate, kAddress, kSubnetMask };
 
 struct AttributeInfo {
-    const char* name;
+    std::string name;
     ValueKind kind;
 };
 
 /// What an element of a schedule document may carry.
 struct ElementInfo {
     Element element;
-    const char* name;
+    std::string name;
     int slots; ///< how many attributes the set looks at, from the first one on
     std::vector<AttributeInfo> attributes;
 };
