@@ -224,6 +224,7 @@ TEST_F(ScheduleDocument, IsReadOnSeveralThreadsAtOnce)
 {
     std::vector<Lines> results(4);
     std::vector<std::thread> threads;
+    threads.reserve(results.size());
     for (Lines& result : results) {
         threads.emplace_back([&result] {
             CVQMScheduleContainer own;

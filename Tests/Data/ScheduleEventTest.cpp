@@ -41,23 +41,23 @@ TEST_F(ScheduleEvents, WhatIsMissingIsLoggedAndRefused)
     const std::string unknown = "CVQMScheduleContainer::ReadFrom - Unknown parsing step\n";
     const struct {
         int step;
+        bool result;
         const char* name;
         const char** attributes;
         const char* text;
-        bool result;
         Lines messages;
     } cases[] = {
-        {0, "rsp", attributes, nullptr, true, {}},
-        {0, nullptr, attributes, "x", false, {noElement}},
-        {0, nullptr, nullptr, nullptr, false, {noElement}},
-        {0, "rsp", nullptr, "x", false, {noAttributes}},
-        {1, "rsp", nullptr, nullptr, true, {}},
-        {1, nullptr, attributes, "x", false, {noElement}},
-        {2, "rsp", attributes, nullptr, false, {noText}},
-        {2, nullptr, nullptr, nullptr, false, {noText}},
-        {3, "rsp", attributes, "x", true, {unknown}},
-        {3, nullptr, nullptr, nullptr, true, {unknown}},
-        {-1, "rsp", attributes, "x", true, {unknown}},
+        {0, true, "rsp", attributes, nullptr, {}},
+        {0, false, nullptr, attributes, "x", {noElement}},
+        {0, false, nullptr, nullptr, nullptr, {noElement}},
+        {0, false, "rsp", nullptr, "x", {noAttributes}},
+        {1, true, "rsp", nullptr, nullptr, {}},
+        {1, false, nullptr, attributes, "x", {noElement}},
+        {2, false, "rsp", attributes, nullptr, {noText}},
+        {2, false, nullptr, nullptr, nullptr, {noText}},
+        {3, true, "rsp", attributes, "x", {unknown}},
+        {3, true, nullptr, nullptr, nullptr, {unknown}},
+        {-1, true, "rsp", attributes, "x", {unknown}},
     };
     for (const auto& expected : cases) {
         EventSource source(expected.step, expected.name, expected.attributes, expected.text);

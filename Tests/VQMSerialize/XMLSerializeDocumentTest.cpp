@@ -242,6 +242,7 @@ TEST_F(XMLSerialize, SerializersOnSeveralThreadsDoNotMix)
     constexpr int kThreads = 4;
     std::vector<StepTarget> targets(kThreads);
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int i = 0; i < kThreads; ++i) {
         threads.emplace_back([&targets, i] {
             const std::string document = "<a>" + std::to_string(i) + "</a>";

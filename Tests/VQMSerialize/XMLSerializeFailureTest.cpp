@@ -6,7 +6,6 @@
 #include "Tests/Platform/AllocationFault.h"
 #include "Tests/VQMSerialize/XMLSerializeTest.h"
 
-using parser_fault::BlocksInUse;
 using parser_fault::faults;
 using recorder::Lines;
 using recorder::Take;
