@@ -192,7 +192,6 @@ TEST(TextToDouble, BitsAreTheSameOnEveryTarget)
 
 TEST(TextToNumberDeathTest, NullTextStopsTheProcess)
 {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(ToInt(nullptr), testing::KilledBySignal(SIGABRT),
                 R"(void CVQMDataObject::StrToNumber\(const char\*, int&\): Assertion `pStr!=__null' failed)");
     EXPECT_EXIT(ToUnsigned(nullptr), testing::KilledBySignal(SIGABRT),
