@@ -166,4 +166,5 @@ def test_ten_thousand_presses_leave_memory_and_descriptors_as_they_were(desktop,
     dirty_before, descriptors_before = press_many(500)
     dirty_after, descriptors_after = press_many(9500)
     assert descriptors_after == descriptors_before
-    assert dirty_after - dirty_before < 256, "kilobytes"
+    if "ASAN_OPTIONS" not in desktop.environment:  # which keeps freed memory for a while
+        assert dirty_after - dirty_before < 256, "kilobytes"

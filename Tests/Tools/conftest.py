@@ -28,7 +28,7 @@ class Home:
         self.setting = folder / "config/tvsettings/db/menu/syncdemo/state"
         runtime = folder / "run"
         runtime.mkdir(mode=0o700)
-        kept = {name: os.environ[name] for name in ("PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS") if name in os.environ}
+        kept = {name: os.environ[name] for name in ("PATH", "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS") if name in os.environ}
         self.environment = {
             **kept,
             "HOME": str(folder),
