@@ -16,6 +16,10 @@ if(NOT IS_DIRECTORY ${armv7_place})
 endif()
 
 set(CMAKE_SYSROOT ${armv7_place}/sysroot)
+# Another root, a TV SDK's for example.
+if(DEFINED ENV{VQM_SYSROOT})
+    set(CMAKE_SYSROOT $ENV{VQM_SYSROOT})
+endif()
 set(CMAKE_FIND_ROOT_PATH ${CMAKE_SYSROOT})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)

@@ -1,0 +1,171 @@
+"""The build for the set, held to its contract with a stand-in for the SDK."""
+
+import os
+import re
+import shlex
+import subprocess
+import sys
+from pathlib import Path
+
+import pytest
+from Xlib import X
+
+sys.path.insert(0, str(Path(__file__).parents[1] / "EndToEnd"))
+from desktop import APP_ID, BUILD, COMPANION_ID, TOOL_KEYS, Keyboard, new_desktop, wait_until  # noqa: E402
+
+SOURCE = Path(__file__).parents[2]
+SDK = BUILD / "tv-sdk"
+TV = BUILD / "tv"
+# Empty when the machine that builds runs what it builds.
+SYSROOT = os.environ.get("VQM_TV_SYSROOT", "")
+TOOLCHAIN = os.environ.get("VQM_TV_TOOLCHAIN", "")
+EMULATOR = shlex.split(os.environ.get("VQM_TV_EMULATOR", ""))
+NM = os.environ.get("VQM_TV_NM", "nm")
+
+# Everything the product may ask of the platform.
+INTERFACES = set(
+    """
+    ui_app_main ui_app_add_event_handler
+    dlog_print
+    vconf_get_int vconf_get_str vconf_set_int vconf_set_str
+    vconf_notify_key_changed vconf_ignore_key_changed vconf_keynode_get_name vconf_keynode_get_int
+    aul_launch_app
+    system_info_get_value_int
+    tvcontext_init tvcontext_begin_popup_free tvcontext_end_popup_free tvcontext_fini
+    Grab_InitKeys Grab_AddKey Grab_RegisterKeys UnGrab_RegisterKeys
+    """.split()
+)
+OTHERS = re.compile(
+    r"lib(elementary|evas|ecore|ecore_x|eina|eo|efl|boost_(thread|filesystem|system|atomic)"
+    r"|expat|stdc\+\+|m|c|gcc_s|pthread)\.so\b|ld-linux.*\.so\b"
+)
+
+
+def run(*command, **environment):
+    completed = subprocess.run(
+        [str(argument) for argument in command],
+        env={**os.environ, **environment},
+        stdin=subprocess.DEVNULL,
+        stdout=subprocess.PIPE,
+        stderr=subprocess.STDOUT,
+        text=True,
+    )
+    assert completed.returncode == 0, f"{command}\n{completed.stdout[-4000:]}"
+    return completed.stdout
+
+
+def symbols(*options_and_files):
+    """Names, without the version that a library gives them."""
+    lines = run(NM, "-A", *options_and_files).splitlines()
+    return {line.split()[-1].split("@")[0] for line in lines if " " in line and "no symbols" not in line}
+
+
+@pytest.fixture(scope="module")
+def sdk():
+    run(SOURCE / "Scripts/tv-stand-in-sdk", SDK, *([SYSROOT] if SYSROOT else []))
+    return SDK / "opt/tv"
+
+
+@pytest.fixture(scope="module")
+def tv(sdk):
+    """The product, built for the set as its packager would."""
+    modules = sdk / "lib/pkgconfig"
+    environment = {"PKG_CONFIG_PATH": str(modules)}
+    if SYSROOT:
+        environment["VQM_SYSROOT"] = str(SDK)
+    run(
+        "cmake", "-S", SOURCE, "-B", TV, "-G", "Ninja", "-DVQM_PLATFORM=tv", "-DVQM_BUILD_TESTS=OFF",
+        "-DCMAKE_BUILD_TYPE=RelWithDebInfo", f"-DVQM_APP_ID={APP_ID}",
+        *([f"-DCMAKE_TOOLCHAIN_FILE={TOOLCHAIN}"] if TOOLCHAIN else []),
+        **environment,
+    )  # fmt: skip
+    run("cmake", "--build", TV, **environment)
+    return TV
+
+
+def test_the_headers_are_those_of_the_sdk(tv, sdk):
+    dependencies = run("ninja", "-C", tv, "-t", "deps")
+    for header in ("app.h", "dlog.h", "vconf.h", "aul.h", "system_info.h"):
+        assert f"{sdk}/include/{header}" in dependencies
+    assert "Platform/desktop" not in dependencies
+
+
+def product_objects(tv):
+    return [path for path in tv.rglob("*.o") if "CMakeFiles" in path.parts]
+
+
+def test_the_product_asks_for_nothing_else(tv):
+    objects = product_objects(tv)
+    assert len(objects) == len(list(SOURCE.glob("VQMKeygrab/*.cpp"))) + sum(
+        len(list(SOURCE.glob(f"{folder}/*.cpp"))) for folder in ("Common", "VQMSerialize", "Data", "VQMPipe")
+    )
+    wanted = symbols("--undefined-only", *objects) - symbols("--defined-only", *objects)
+    cache = run("ninja", "-C", tv, "-t", "commands", "VQMKeygrab").splitlines()[-1]
+    libraries = [word for word in shlex.split(cache) if OTHERS.search(Path(word).name)]
+    names = {Path(word).name for word in libraries}
+    for name in ("libc.so.6", "libstdc++.so.6", "libm.so.6", "libgcc_s.so.1"):
+        if name not in names:
+            libraries.append(find_library(name))
+    libraries += [find_library(f"lib{name}.so.1") for name in ("elementary", "evas", "ecore", "ecore_x", "expat")]
+    provided = symbols("-D", "--defined-only", *libraries)
+    # The linker itself makes these.
+    provided |= {"_GLOBAL_OFFSET_TABLE_", "__dso_handle"}
+    assert wanted & INTERFACES, "the product talks to the platform"
+    assert sorted(wanted - INTERFACES - provided) == []
+
+
+def find_library(name):
+    """A shared library of the target."""
+    places = [Path(SYSROOT or "/") / folder for folder in ("lib", "usr/lib")]
+    multiarch = "arm-linux-gnueabihf" if SYSROOT else run("cc", "-print-multiarch").strip()
+    for place in places:
+        for candidate in (place / multiarch / name, place / name):
+            if candidate.exists():
+                return candidate
+    raise AssertionError(f"{name} is not in {places}")
+
+
+def test_nothing_of_the_desktop_platform_is_used(tv):
+    desktop_objects = list((BUILD / "Platform/desktop").rglob("*.o"))
+    assert desktop_objects
+    theirs = symbols("--defined-only", "--extern-only", *desktop_objects) - INTERFACES
+    theirs = {name for name in theirs if "desktop" in name}
+    assert theirs
+    assert not theirs & symbols(*product_objects(tv))
+
+
+def test_one_key_release_on_the_stand_in(tv):
+    desktop = new_desktop()
+    try:
+        keyboard = Keyboard(desktop)
+        keyboard.add(*TOOL_KEYS.values())
+        names = desktop.root / "keysyms"
+        names.write_text("".join(f"{name} :{number:X}\n" for name, number in TOOL_KEYS.items()))
+        program = desktop.run(
+            [*EMULATOR, TV / "bin/VQMKeygrab"], name="tv", XKEYSYMDB=str(names), STAND_IN_SETTING="1"
+        )
+        grabbed = wait_until(
+            lambda: re.search(r"^Grab_RegisterKeys\((\d+), 193 keys\)$", program.output(), re.MULTILINE), "keys grabbed"
+        )
+        wait_until(lambda: "_resume() called start" in program.output(), "the application runs")
+        assert f"UnGrab_RegisterKeys({grabbed[1]}, 10 keys)\n" in program.output()
+
+        connection = desktop.connect()
+        window = connection.create_resource_object("window", int(grabbed[1]))
+        wait_until(lambda: window.get_attributes().map_state == X.IsViewable, "the window shows")
+        window.set_input_focus(X.RevertToParent, X.CurrentTime)
+        connection.sync()
+        wait_until(lambda: connection.get_input_focus().focus == window, "the window has the focus")
+
+        keyboard.press(TOOL_KEYS["XF86More"])
+        assert "TOOL KEY" not in program.output()
+        keyboard.release(TOOL_KEYS["XF86More"])
+        wait_until(lambda: "result = " in program.output(), f"the key's release:\n{program.output()}")
+        assert f"aul_launch_app({COMPANION_ID}, null)\n" in program.output()
+        assert re.search(r"^3 Quillmere VQMKeyGrab\.cpp: OnKeyReleaseCB\(\d+\) > result = 4711$", program.output(), re.M)
+
+        assert program.stop() == 0
+        calls = re.findall(r"^(tvcontext_\w+)\(\)$", program.output(), re.MULTILINE)
+        assert calls == ["tvcontext_init", "tvcontext_begin_popup_free", "tvcontext_end_popup_free", "tvcontext_fini"]
+    finally:
+        desktop.close()
