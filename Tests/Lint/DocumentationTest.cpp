@@ -8,7 +8,6 @@
 namespace {
 
 using testing::ElementsAreArray;
-using testing::IsEmpty;
 
 lint::Options OptionsOf(const RuleSection& section)
 {

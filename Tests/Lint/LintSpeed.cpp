@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
+#include <sstream>
 #include <string>
 
 #include "Data/VQMScheduleContainer.h"
@@ -18,20 +19,21 @@ constexpr double kMostTimes = 2.0;
 
 std::string Document(int periods)
 {
-    std::string document = "<rsp state='ok'>\n";
+    std::ostringstream text;
+    text << "<rsp state='ok'>\n";
     for (int period = 0; period < periods; ++period) {
         char times[80];
         std::snprintf(times, sizeof times, "  <schedule start_time='%02d:%02d:00' end_time='%02d:%02d:59'>\n",
                       period / 60, period % 60, period / 60, period % 60);
-        document += times;
+        text << times;
         for (int item = 0; item < kItems / periods; ++item) {
-            const std::string number = std::to_string(item);
-            document += "    <item id='A" + number + "' order='" + number + "'><name>clip" + number +
-                        "</name><size>1048576</size><format>mp4</format></item>\n";
+            text << "    <item id='A" << item << "' order='" << item << "'><name>clip" << item
+                 << "</name><size>1048576</size><format>mp4</format></item>\n";
         }
-        document += "  </schedule>\n";
+        text << "  </schedule>\n";
     }
-    return document + "</rsp>\n";
+    text << "</rsp>\n";
+    return text.str();
 }
 
 /// Seconds of processor time: other programs hardly change them.

@@ -1,3 +1,5 @@
+#include <sstream>
+
 #include <gmock/gmock.h>
 
 #include "Tests/Lint/Documents.h"
@@ -76,11 +78,11 @@ TEST(LintPlace, CutsLongLinesAroundThePlace)
 TEST(LintPlace, CutsLongLinesBetweenCharacters)
 {
     for (const std::string pad : {"", "x", "xx"}) {
-        std::string euros;
+        std::string euros = "<!--";
         for (int i = 0; i < 100; ++i) {
             euros += "€";
         }
-        const lint::Report report = lint::Lint(OneLine("<!--" + euros + pad + "-->"), TestOptions());
+        const lint::Report report = lint::Lint(OneLine(euros.append(pad).append("-->")), TestOptions());
         const std::string& text = report.findings.at(0).source.text;
         EXPECT_EQ(static_cast<unsigned char>(text.front()), 0xE2U) << pad.size();
     }
@@ -107,18 +109,18 @@ TEST(LintPlace, IsTheSameHoweverTheBytesCome)
 TEST(LintPlace, TellsTextInPiecesOnlyWhereTheSetSeesPieces)
 {
     // The parser is fed in pieces of a quarter of a megabyte: sizes all around these borders.
-    std::string document = "<rsp state='ok'>\n";
+    std::ostringstream text;
+    text << "<rsp state='ok'>\n";
     for (int period = 0; period < 4; ++period) {
-        document += "<schedule start_time='0" + std::to_string(period) + ":00:00' end_time='0" +
-                    std::to_string(period) + ":30:00'>\n";
+        text << "<schedule start_time='0" << period << ":00:00' end_time='0" << period << ":30:00'>\n";
         for (int item = 0; item < 1000; ++item) {
-            const std::string number = std::to_string(item);
-            document += "<item id='" + number + "' order='" + number + "'><name>n" + number +
-                        "</name><size>12345678901234</size><format>mp4</format></item>\n";
+            text << "<item id='" << item << "' order='" << item << "'><name>n" << item
+                 << "</name><size>12345678901234</size><format>mp4</format></item>\n";
         }
-        document += "</schedule>\n";
+        text << "</schedule>\n";
     }
-    document += "</rsp>\n";
+    text << "</rsp>\n";
+    std::string document = text.str();
     for (int shift = 0; shift < 90; ++shift) {
         document.insert(0, " ");
         EXPECT_THAT(PlacesIn(document), IsEmpty()) << shift;

@@ -10,6 +10,7 @@ namespace {
 std::string LinesOf(const lint::ElementInfo& element, const std::string& attribute, int before)
 {
     std::vector<std::string> names;
+    names.reserve(static_cast<std::size_t>(before));
     for (int index = 0; index < before; ++index) {
         names.push_back("x" + std::to_string(index));
     }

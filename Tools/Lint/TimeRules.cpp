@@ -53,20 +53,19 @@ std::optional<Problem> JudgeTimeText(const std::string& attribute, const std::st
     if (parts.size() == 1 || parts.size() > 3 || parts[0].empty()) {
         return problem(Rule::kTimeMalformed, text.empty() ? "is empty" : "is no time of day");
     }
-    static constexpr const char* kPartNames[] = {"hour", "minute", "second"};
-    static constexpr int kLimits[] = {24, 59, 59};
+    static const std::vector<std::string> kPartNames = {"hour", "minute", "second"};
+    static const std::vector<int> kLimits = {24, 59, 59};
     for (std::size_t index = 0; index < parts.size(); ++index) {
         // A last part may be empty: "09:30:" is read well, and "09:" has no seconds in any case.
         if (!IsDigits(parts[index]) && (index + 1 < parts.size() || !parts[index].empty())) {
-            return problem(Rule::kTimeNotDigits,
-                           std::string("has a ") + kPartNames[index] + " that is not digits only");
+            return problem(Rule::kTimeNotDigits, "has a " + kPartNames[index] + " that is not digits only");
         }
     }
     for (std::size_t index = 0; index < parts.size(); ++index) {
         if (Exceeds(parts[index], kLimits[index])) {
-            return Problem{
-                Rule::kTimeOutOfRange, attribute + " " + Quoted(text) + " has a " + kPartNames[index] + " out of range",
-                std::string("a ") + kPartNames[index] + " up to " + std::to_string(kLimits[index]), SetTakesTime(text)};
+            return Problem{Rule::kTimeOutOfRange,
+                           attribute + " " + Quoted(text) + " has a " + kPartNames[index] + " out of range",
+                           "a " + kPartNames[index] + " up to " + std::to_string(kLimits[index]), SetTakesTime(text)};
         }
     }
     if (parts.size() == 2) {
