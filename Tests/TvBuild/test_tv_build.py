@@ -6,6 +6,7 @@ import shlex
 import subprocess
 import sys
 from pathlib import Path
+from xml.etree import ElementTree
 
 import pytest
 from Xlib import X
@@ -132,6 +133,23 @@ def test_nothing_of_the_desktop_platform_is_used(tv):
     theirs = {name for name in theirs if "desktop" in name}
     assert theirs
     assert not theirs & symbols(*product_objects(tv))
+
+
+def test_the_package_holds_the_application_and_its_manifest(tv, tmp_path):
+    run("cmake", "--install", tv, "--prefix", f"/opt/usr/apps/{APP_ID}", DESTDIR=str(tmp_path))
+    files = {str(path.relative_to(tmp_path)) for path in tmp_path.rglob("*") if path.is_file()}
+    program = f"opt/usr/apps/{APP_ID}/bin/VQMKeygrab"
+    assert files == {program, f"usr/share/packages/{APP_ID}.xml"}
+
+    space = "{http://tizen.org/ns/packages}"
+    manifest = ElementTree.parse(tmp_path / f"usr/share/packages/{APP_ID}.xml").getroot()
+    application = manifest.find(f"{space}ui-application")
+    assert manifest.get("package") == application.get("appid") == APP_ID
+    assert application.get("exec") == "/" + program
+    assert (application.get("on-boot"), application.get("auto-restart")) == ("true", "true")
+    assert application.find(f"{space}background-category").get("value") == "system"
+    privileges = {entry.text.rsplit("/", 1)[1] for entry in manifest.iter(f"{space}privilege")}
+    assert privileges == {"appmanager.launch", "keygrab", "systemsettings.admin"}
 
 
 def test_one_key_release_on_the_stand_in(tv):
