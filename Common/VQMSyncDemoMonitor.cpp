@@ -1,8 +1,10 @@
 #include "Common/VQMSyncDemoMonitor.h"
 
 #include <exception>
+#include <string>
 #include <utility>
 
+#include <boost/filesystem/exception.hpp>
 #include <boost/filesystem/operations.hpp>
 #include <vconf.h>
 
@@ -48,6 +50,20 @@ void LogSettings(const char* function, const _VQMPolicy& policy)
                policy.WirelessGroupName.c_str());
     VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - nImageDuration %d\n", policy.nImageDuration);
     VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "%s", kSeparator);
+}
+
+/// Where the library has 32 bits for a time, a file dated after 2038 is an error to it; it is
+/// there all the same. Any other error is thrown.
+bool Exists(const std::string& path)
+{
+    try {
+        return boost::filesystem::exists(path);
+    } catch (const boost::filesystem::filesystem_error& error) {
+        if (error.code() == boost::system::errc::value_too_large) {
+            return true;
+        }
+        throw;
+    }
 }
 
 } // namespace
@@ -165,7 +181,7 @@ void CVQMSyncDemoMonitor::CheckContents()
     std::string path;
     GetSyncDemoSchedulePath(path);
     path += fileName;
-    if (!boost::filesystem::exists(path)) {
+    if (!Exists(path)) {
         VQM_LOG_DEBUG("CVQMSyncDemoMonitor::CheckContents - schedule not exist (%s) \n", path.c_str());
         m_bHaveSchedule = false;
         return;

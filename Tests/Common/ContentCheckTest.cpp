@@ -7,6 +7,7 @@
 #include <thread>
 #include <vector>
 
+#include <fcntl.h>
 #include <linux/capability.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -426,6 +427,21 @@ TEST_F(ContentCheck, SizesAreComparedIn64Bits)
     StoreMedia("intro.mp4", (1ULL << 32) + 5);
     monitor_->CheckContents();
     ExpectAnswers(true, false);
+}
+
+TEST_F(ContentCheck, FilesDatedAfter2038Count)
+{
+    StoreSchedule(Xml({{{"intro", "mp4", 5}}}, ""));
+    StoreMedia("intro.mp4", 5);
+    for (const std::string& directory : {kScheduleDirectory, kMediaDirectory}) {
+        for (const auto& entry : fs::directory_iterator(directory)) {
+            struct timespec times[2] = {};
+            times[0].tv_sec = times[1].tv_sec = static_cast<time_t>(4294967296LL);
+            ASSERT_EQ(utimensat(AT_FDCWD, entry.path().c_str(), times, 0), 0);
+        }
+    }
+    monitor_->CheckContents();
+    ExpectAnswers(true, true);
 }
 
 TEST_F(ContentCheck, AContentOfNoBytesMayBeAbsent)
