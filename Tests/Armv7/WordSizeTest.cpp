@@ -22,7 +22,7 @@ protected:
     /// Zeros, and `end` as the last bytes of `size`.
     std::string MakeSparse(uVQMINT64 size, const std::string& end) const
     {
-        const std::string path = Path("large");
+        std::string path = Path("large");
         std::ofstream stream(path, std::ios::binary);
         stream.seekp(static_cast<std::streamoff>(size - end.size()));
         stream << end;
