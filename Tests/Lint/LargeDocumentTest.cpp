@@ -40,6 +40,16 @@ void* operator new(std::size_t size)
     return Allocate(size);
 }
 
+/// The library's own would come from a sanitizer, and not fit the `delete` below.
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
+{
+    try {
+        return Allocate(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 void operator delete(void* memory) noexcept
 {
     Release(memory);

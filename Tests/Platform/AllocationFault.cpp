@@ -41,7 +41,7 @@ void allocation_fault::FailNth(std::size_t count)
     allocationsLeft = count;
 }
 
-// All of them: a sanitizer's own array forms would not come here.
+// All of them: a sanitizer's own forms would not come here, and not fit the `delete`s below.
 
 void* operator new(std::size_t size)
 {
@@ -51,6 +51,15 @@ void* operator new(std::size_t size)
 void* operator new[](std::size_t size)
 {
     return Allocate(size);
+}
+
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
+{
+    try {
+        return Allocate(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 void operator delete(void* memory) noexcept
