@@ -23,7 +23,7 @@ std::optional<Day> ParseDay(const std::string& text);
 
 struct TimeVerdict {
     std::vector<Problem> problems;
-    std::optional<int> seconds; ///< of the day, where the text says it beyond doubt
+    std::optional<int> seconds; ///< of the day, where what is written leaves no doubt
 };
 
 /// Judges the text of `start_time` or `end_time`, which is `attribute`.
