@@ -141,3 +141,14 @@ def test_daemon_that_hangs_delays_by_two_seconds_at_most(bus):
     finally:
         daemon.process.send_signal(signal.SIGCONT)
     assert application.stop() == 0
+
+
+def test_popups_come_back_when_the_x_server_dies(bus, other_desktop):
+    """The daemon shows on a display of its own: on the dying one it would go down as well."""
+    other_desktop.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.environment["DBUS_SESSION_BUS_ADDRESS"]
+    start_dunst(other_desktop)
+    application = bus.start_application()
+    assert paused(bus)
+    bus.server.send_signal(signal.SIGKILL)
+    assert application.process.wait(30) != 0
+    assert paused(bus) is False
