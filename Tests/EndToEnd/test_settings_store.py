@@ -147,7 +147,7 @@ def test_full_disk_keeps_the_old_value(namespace):
 
 def test_read_only_folder_keeps_the_old_value(namespace):
     completed = namespace(
-        'printf 1 > "$1/db/menu/syncdemo/state"; mount -o remount,ro "$1"; "$2" setting off; echo "code $?";'
+        'printf 1 > "$1/db/menu/syncdemo/state"; mount -o remount,bind,ro "$1"; "$2" setting off; echo "code $?";'
         'cat "$1/db/menu/syncdemo/state"',
     )
     assert completed.stdout.splitlines() == ["code 3", "1"], completed.stdout + completed.stderr
