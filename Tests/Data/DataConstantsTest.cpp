@@ -70,7 +70,7 @@ protected:
 
     std::string MakeFile(const std::string& content) const
     {
-        const std::string path = directory_ + "/constants.xml";
+        std::string path = directory_ + "/constants.xml";
         std::ofstream(path, std::ios::binary) << content;
         return path;
     }
