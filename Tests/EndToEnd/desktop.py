@@ -98,7 +98,9 @@ class Application(Program):
     def lines(self, tag="Quillmere"):
         """The product's log as (priority, function, message)."""
         result = []
-        for line in self.output().splitlines():
+        # A line that is being written may be seen in part.
+        complete = self.output().rpartition("\n")[0]
+        for line in complete.splitlines():
             match = self.LINE.match(line)
             if match and match["tag"] == tag:
                 prefix = self.PREFIX.match(match["text"])
