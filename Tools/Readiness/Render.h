@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "Tools/Readiness/Readiness.h"
+
+namespace readiness {
+
+/// A line for each remark, what was looked at, and the verdict. Fit for a terminal.
+std::string RenderHuman(const Report& report);
+
+/// One document of Docs/schemas/check.schema.json, on one line or indented.
+std::string RenderJson(const Report& report, bool oneLine);
+
+/// "ready", or "not ready: " and why, or "not checked: " and why.
+std::string VerdictLine(const Report& report);
+
+} // namespace readiness
