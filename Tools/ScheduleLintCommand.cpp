@@ -1,15 +1,11 @@
-#include <cerrno>
-#include <cstring>
 #include <ctime>
-#include <fcntl.h>
 #include <memory>
 #include <string>
-#include <sys/stat.h>
 #include <system_error>
-#include <unistd.h>
 #include <vector>
 
 #include "Tools/Failure.h"
+#include "Tools/InputFile.h"
 #include "Tools/Lint/Lint.h"
 #include "Tools/Lint/Render.h"
 #include "Tools/ScheduleCommands.h"
@@ -17,8 +13,6 @@
 #include "Tools/Terminal.h"
 
 namespace {
-
-constexpr char kStdin[] = "-";
 
 struct Arguments {
     std::vector<std::string> files;
@@ -70,48 +64,11 @@ lint::Options OptionsFrom(const Arguments& arguments)
     return options;
 }
 
-/// A descriptor that is closed at the end, unless it is stdin.
-class Input {
-public:
-    explicit Input(const std::string& name)
-        : descriptor_(name == kStdin ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_CLOEXEC))
-    {
-        if (descriptor_ < 0) {
-            throw std::system_error(errno, std::generic_category());
-        }
-    }
-    ~Input()
-    {
-        if (descriptor_ != STDIN_FILENO) {
-            close(descriptor_);
-        }
-    }
-
-    Input(const Input&) = delete;
-    Input& operator=(const Input&) = delete;
-
-    std::size_t Read(char* buffer, std::size_t size) const
-    {
-        while (true) {
-            const ssize_t count = read(descriptor_, buffer, size);
-            if (count >= 0) {
-                return static_cast<std::size_t>(count);
-            }
-            if (errno != EINTR) {
-                throw std::system_error(errno, std::generic_category());
-            }
-        }
-    }
-
-private:
-    int descriptor_;
-};
-
 lint::FileResult LintFile(const std::string& name, const lint::Options& options)
 {
-    lint::FileResult result{name == kStdin ? "<stdin>" : name};
+    lint::FileResult result{ShownName(name)};
     try {
-        const Input input(name);
+        const InputFile input(name);
         result.report =
             lint::Lint([&input](char* buffer, std::size_t size) { return input.Read(buffer, size); }, options);
     } catch (const std::system_error& error) {

@@ -71,3 +71,15 @@ std::string EscapedForTerminal(std::string_view text)
     }
     return out;
 }
+
+std::size_t WidthOnTerminal(const std::string& text)
+{
+    std::size_t width = 0;
+    for (const char* next = text.c_str(); *next != '\0'; next = g_utf8_next_char(next)) {
+        const gunichar character = g_utf8_get_char(next);
+        if (g_unichar_iszerowidth(character) == FALSE) {
+            width += g_unichar_iswide(character) != FALSE ? 2 : 1;
+        }
+    }
+    return width;
+}

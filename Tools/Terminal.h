@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -15,3 +16,6 @@ void Complain(std::string_view text);
 
 /// Makes `text` safe for a terminal: control characters and broken UTF-8 become \xNN.
 std::string EscapedForTerminal(std::string_view text);
+
+/// How many columns of a terminal a text takes that is fit for one.
+std::size_t WidthOnTerminal(const std::string& text);

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <string_view>
 
-#include <glib.h>
-
 #include "Tools/Terminal.h"
 
 namespace lint {
@@ -21,19 +19,6 @@ std::string Shown(std::string text)
     return EscapedForTerminal(text);
 }
 
-/// How many columns of a terminal a text takes that is fit for one.
-std::size_t WidthOf(const std::string& text)
-{
-    std::size_t width = 0;
-    for (const char* next = text.c_str(); *next != '\0'; next = g_utf8_next_char(next)) {
-        const gunichar character = g_utf8_get_char(next);
-        if (g_unichar_iszerowidth(character) == FALSE) {
-            width += g_unichar_iswide(character) != FALSE ? 2 : 1;
-        }
-    }
-    return width;
-}
-
 std::string SourceLines(const Excerpt& source)
 {
     if (source.text.empty()) {
@@ -42,9 +27,9 @@ std::string SourceLines(const Excerpt& source)
     const std::string before = (source.cutBefore ? kCut : "") + Shown(source.text.substr(0, source.start));
     const std::string subject = Shown(source.text.substr(source.start, source.length));
     const std::string after = Shown(source.text.substr(source.start + source.length)) + (source.cutAfter ? kCut : "");
-    std::string marker(WidthOf(before), ' ');
+    std::string marker(WidthOnTerminal(before), ' ');
     marker += '^';
-    marker.append(std::max<std::size_t>(WidthOf(subject), 1) - 1, '~');
+    marker.append(std::max<std::size_t>(WidthOnTerminal(subject), 1) - 1, '~');
     return kIndent + before + subject + after + "\n" + kIndent + marker + "\n";
 }
 

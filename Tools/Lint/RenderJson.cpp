@@ -2,29 +2,13 @@
 #include <string_view>
 
 #include <glib.h>
-#include <nlohmann/json.hpp>
 
+#include "Tools/Json.h"
 #include "Tools/Lint/Render.h"
-#include "Tools/Terminal.h"
 
 namespace lint {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-constexpr int kSchemaVersion = 1;
-
-bool IsUtf8(const std::string& text)
-{
-    return g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE;
-}
-
-/// JSON holds UTF-8 only; any other text comes with its odd bytes as "\xNN".
-std::string Utf8(const std::string& text)
-{
-    return IsUtf8(text) ? text : EscapedForTerminal(text);
-}
 
 Json SourceJson(const Excerpt& source)
 {
@@ -77,11 +61,11 @@ Json FileJson(const FileResult& file)
 
 std::string RenderJson(const std::vector<FileResult>& files)
 {
-    Json json = {{"schema_version", kSchemaVersion}, {"files", Json::array()}};
+    Json json = {{"files", Json::array()}};
     for (const FileResult& file : files) {
         json["files"].push_back(FileJson(file));
     }
-    return json.dump(2) + "\n";
+    return RenderJsonDocument(json);
 }
 
 } // namespace lint

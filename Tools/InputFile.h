@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+/// A file of the command line, opened for reading; "-" is stdin.
+///
+/// A named pipe that nobody writes to reads as empty: a tool that waits for a writer looks hung.
+class InputFile {
+public:
+    /// Throws `std::system_error` with the cause.
+    explicit InputFile(const std::string& name);
+    ~InputFile();
+
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    /// Puts up to `size` bytes at `buffer` and gives their number; 0 at the end. Throws
+    /// `std::system_error` with the cause.
+    std::size_t Read(char* buffer, std::size_t size) const;
+
+private:
+    int descriptor_;
+};
+
+/// What to call the file in a message: stdin is "<stdin>". Not escaped.
+std::string ShownName(const std::string& name);

@@ -1,0 +1,25 @@
+#include "Tools/Json.h"
+
+#include <glib.h>
+
+#include "Tools/Terminal.h"
+
+namespace {
+
+constexpr int kSchemaVersion = 1;
+constexpr int kIndent = 2;
+
+} // namespace
+
+std::string Utf8(const std::string& text)
+{
+    const bool isUtf8 = g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE;
+    return isUtf8 ? text : EscapedForTerminal(text);
+}
+
+std::string RenderJsonDocument(const Json& content)
+{
+    Json document = {{"schema_version", kSchemaVersion}};
+    document.update(content);
+    return document.dump(kIndent, ' ', true) + "\n";
+}

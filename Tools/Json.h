@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+/// What the commands print with --json. Members keep their order.
+using Json = nlohmann::ordered_json;
+
+/// Any text as one that JSON can hold: if it is no UTF-8, its odd bytes become "\xNN".
+std::string Utf8(const std::string& text);
+
+/// `content`, an object whose texts are UTF-8, as a document of its own: the version of its schema
+/// comes first. ASCII only, so that no terminal takes it for more than text.
+std::string RenderJsonDocument(const Json& content);
