@@ -8,25 +8,40 @@ namespace {
 
 std::atomic<std::size_t> failingSize{0};
 std::atomic<std::size_t> allocationsLeft{0}; ///< the one that makes it 0 fails
+std::atomic<bool> chosenFailed{false};
+std::atomic<std::size_t> blocksInUse{0};
+thread_local int spared = 0;
 
 bool IsTheChosenOne()
 {
     std::size_t left = allocationsLeft;
     while (left != 0 && !allocationsLeft.compare_exchange_weak(left, left - 1)) {
     }
+    if (left == 1) {
+        chosenFailed = true;
+    }
     return left == 1;
 }
 
 void* Allocate(std::size_t size)
 {
-    if ((size != 0 && size == failingSize) || IsTheChosenOne()) {
+    if (spared == 0 && ((size != 0 && size == failingSize) || IsTheChosenOne())) {
         throw std::bad_alloc();
     }
     void* const memory = std::malloc(size != 0 ? size : 1);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
+    ++blocksInUse;
     return memory;
+}
+
+void Release(void* memory)
+{
+    if (memory != nullptr) {
+        --blocksInUse;
+        std::free(memory);
+    }
 }
 
 } // namespace
@@ -38,7 +53,30 @@ void allocation_fault::FailSize(std::size_t size)
 
 void allocation_fault::FailNth(std::size_t count)
 {
+    if (count != 0) {
+        chosenFailed = false;
+    }
     allocationsLeft = count;
+}
+
+bool allocation_fault::HasFailed()
+{
+    return chosenFailed;
+}
+
+std::size_t allocation_fault::BlocksInUse()
+{
+    return blocksInUse;
+}
+
+allocation_fault::Spared::Spared()
+{
+    ++spared;
+}
+
+allocation_fault::Spared::~Spared()
+{
+    --spared;
 }
 
 // All of them: a sanitizer's own forms would not come here, and not fit the `delete`s below.
@@ -64,20 +102,20 @@ void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
 
 void operator delete(void* memory) noexcept
 {
-    std::free(memory);
+    Release(memory);
 }
 
 void operator delete[](void* memory) noexcept
 {
-    std::free(memory);
+    Release(memory);
 }
 
 void operator delete(void* memory, std::size_t /*size*/) noexcept
 {
-    std::free(memory);
+    Release(memory);
 }
 
 void operator delete[](void* memory, std::size_t /*size*/) noexcept
 {
-    std::free(memory);
+    Release(memory);
 }

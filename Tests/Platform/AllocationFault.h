@@ -11,4 +11,20 @@ void FailSize(std::size_t size);
 /// The `count`-th allocation from now on throws, 1 being the next one; 0 ends it.
 void FailNth(std::size_t count);
 
+/// Whether the allocation that the last `FailNth` with a count chose has failed.
+bool HasFailed();
+
+/// The blocks that are allocated now.
+std::size_t BlocksInUse();
+
+/// While one exists, its thread's allocations neither fail nor count: for what a test does amid
+/// the work whose allocations it counts.
+class Spared {
+public:
+    Spared();
+    ~Spared();
+    Spared(const Spared&) = delete;
+    Spared& operator=(const Spared&) = delete;
+};
+
 } // namespace allocation_fault

@@ -1,9 +1,8 @@
+#include "Tests/Platform/RecordingLog.h"
+
 #include <cctype>
-#include <cstdarg>
 #include <cstdio>
 #include <string>
-
-#include <dlog.h>
 
 #include "Tests/Platform/Recorder.h"
 
@@ -44,17 +43,14 @@ std::string WithoutLine(const std::string& text)
 
 } // namespace
 
-int dlog_print(log_priority prio, const char* tag, const char* fmt, ...)
+int recorder::RecordLogLine(int priority, const char* tag, const char* format, va_list arguments)
 {
-    va_list arguments;
-    va_start(arguments, fmt);
-    const std::string text = Format(fmt, arguments);
-    va_end(arguments);
+    const std::string text = Format(format, arguments);
     // `Log` renders priority and tag; the text already holds file and function.
-    std::string line = recorder::Log(prio, tag, "", "", "");
+    std::string line = Log(priority, tag, "", "", "");
     line.resize(line.size() - std::string(": "
                                           " > ")
                                   .size());
-    recorder::Record(line + WithoutLine(text));
+    Record(line + WithoutLine(text));
     return static_cast<int>(text.size());
 }
