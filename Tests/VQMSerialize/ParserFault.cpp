@@ -7,12 +7,23 @@
 
 #include <dlfcn.h>
 #include <expat.h>
+#include <malloc.h>
 
 #include "Tests/Platform/Recorder.h"
 
 namespace {
 
 std::atomic<std::size_t> blocksInUse{0};
+std::atomic<std::size_t> bytesInUse{0};
+std::atomic<std::size_t> mostBytes{0};
+
+void CountBytes(void* block)
+{
+    const std::size_t bytes = bytesInUse += malloc_usable_size(block);
+    if (bytes > mostBytes) {
+        mostBytes = bytes;
+    }
+}
 
 bool IsTheChosenAllocation()
 {
@@ -23,7 +34,10 @@ bool IsTheChosenAllocation()
 void* Allocate(std::size_t size)
 {
     void* const block = IsTheChosenAllocation() ? nullptr : std::malloc(size);
-    blocksInUse += block != nullptr ? 1 : 0;
+    if (block != nullptr) {
+        ++blocksInUse;
+        CountBytes(block);
+    }
     return block;
 }
 
@@ -32,13 +46,25 @@ void* Reallocate(void* block, std::size_t size)
     if (block == nullptr) {
         return Allocate(size);
     }
-    return IsTheChosenAllocation() ? nullptr : std::realloc(block, size);
+    if (IsTheChosenAllocation()) {
+        return nullptr;
+    }
+    const std::size_t before = malloc_usable_size(block);
+    void* const moved = std::realloc(block, size);
+    if (moved != nullptr) {
+        bytesInUse -= before;
+        CountBytes(moved);
+    }
+    return moved;
 }
 
 void Free(void* block)
 {
-    blocksInUse -= block != nullptr ? 1 : 0;
-    std::free(block);
+    if (block != nullptr) {
+        --blocksInUse;
+        bytesInUse -= malloc_usable_size(block);
+        std::free(block);
+    }
 }
 
 } // namespace
@@ -52,6 +78,16 @@ parser_fault::Faults& parser_fault::faults()
 std::size_t parser_fault::BlocksInUse()
 {
     return blocksInUse;
+}
+
+std::size_t parser_fault::MostBytes()
+{
+    return mostBytes;
+}
+
+void parser_fault::ForgetMost()
+{
+    mostBytes = bytesInUse.load();
 }
 
 XML_Parser XML_ParserCreate(const XML_Char* encoding)
@@ -72,7 +108,9 @@ XML_Parser XML_ParserCreate(const XML_Char* encoding)
 
 void* XML_GetBuffer(XML_Parser parser, int length)
 {
-    recorder::Record("XML_GetBuffer " + std::to_string(length));
+    if (parser_fault::faults().recordBuffer) {
+        recorder::Record("XML_GetBuffer " + std::to_string(length));
+    }
     using Function = void* (*)(XML_Parser, int);
     static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "XML_GetBuffer"));
     return parser_fault::faults().refuseBuffer ? nullptr : real(parser, length);

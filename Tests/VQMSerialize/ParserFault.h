@@ -3,7 +3,7 @@
 #include <cstddef>
 
 /// Takes the place of the parser library's `XML_ParserCreate` and `XML_GetBuffer`, so that every
-/// outcome of them can be had. `XML_GetBuffer` is recorded with its length.
+/// outcome of them can be had.
 namespace parser_fault {
 
 enum class Creation { Real, Null, StandardException, OtherException };
@@ -11,6 +11,8 @@ enum class Creation { Real, Null, StandardException, OtherException };
 struct Faults {
     Creation creation = Creation::Real;
     bool refuseBuffer = false;
+    /// Records "XML_GetBuffer <length>".
+    bool recordBuffer = false;
     /// The parser's n-th allocation from now on fails, 1 being the next one; counts down to 0.
     std::size_t failingAllocation = 0;
 };
@@ -20,5 +22,9 @@ Faults& faults();
 
 /// The memory blocks that all parsers together hold now.
 std::size_t BlocksInUse();
+
+/// The bytes that all parsers together held at most since the last `ForgetMost`.
+std::size_t MostBytes();
+void ForgetMost();
 
 } // namespace parser_fault

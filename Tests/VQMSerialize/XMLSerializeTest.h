@@ -70,7 +70,11 @@ public:
 
 class XMLSerialize : public testing::Test {
 protected:
-    XMLSerialize() { recorder::Clear(); }
+    XMLSerialize()
+    {
+        recorder::Clear();
+        parser_fault::faults().recordBuffer = true;
+    }
     ~XMLSerialize() override { parser_fault::faults() = {}; }
 
     /// A whole document's life.
