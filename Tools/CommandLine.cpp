@@ -99,6 +99,11 @@ CLI::App& CommandLine::AddCommand(CLI::App& group, const std::string& name, cons
     return command;
 }
 
+CLI::App& CommandLine::AddCommand(const std::string& name, const std::string& description, Action action)
+{
+    return AddCommand(app_, name, description, std::move(action));
+}
+
 int CommandLine::Run(int argc, char** argv)
 {
     try {

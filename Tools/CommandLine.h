@@ -25,6 +25,9 @@ public:
     /// Adds a command that does `action`. The result takes the command's options.
     CLI::App& AddCommand(CLI::App& group, const std::string& name, const std::string& description, Action action);
 
+    /// The same for a command that belongs to no group.
+    CLI::App& AddCommand(const std::string& name, const std::string& description, Action action);
+
     /// Parses the arguments, runs the command and gives the exit code of the process.
     int Run(int argc, char** argv);
 
