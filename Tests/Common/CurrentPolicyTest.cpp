@@ -1,6 +1,4 @@
-#include <atomic>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "Tests/Common/ContentCheckFixture.h"
@@ -94,26 +92,6 @@ TEST_F(ContentCheck, ClearingKeepsPeriodVersionExpirationAndIpType)
     EXPECT_EQ(policy.stExpiration.nDay, 31);
     EXPECT_EQ(policy.IPType, 3);
     ExpectAnswers(true, true);
-}
-
-TEST_F(ContentCheck, CopiesSeeEachPolicyWhole)
-{
-    StoreMedia("intro.mp4", 5);
-    StoreSchedule(Xml({{{"intro", "mp4", 5}}}, kRechInfo));
-    std::atomic<bool> stop = false;
-    std::thread reader([&] {
-        while (!stop) {
-            const _VQMPolicy policy = Current();
-            EXPECT_EQ(policy.bError, policy.listSchedule.empty());
-            EXPECT_EQ(policy.bError, policy.IPAddr.empty());
-        }
-    });
-    for (int i = 0; i < 50; ++i) {
-        monitor_->CheckContents();
-        monitor_->ClearCurrentPlolicy();
-    }
-    stop = true;
-    reader.join();
 }
 
 TEST_F(ContentCheck, TheMonitorDiesWithItsPolicy)
