@@ -22,6 +22,11 @@ std::string CVQMException::GetErrorMsg() const
     return m_strErrorMsg;
 }
 
+const char* CVQMException::GetErrorText() const noexcept
+{
+    return m_strErrorMsg.c_str();
+}
+
 const char* CVQMException::GetSocketStateMsg(int state)
 {
     // As unsigned numbers the negative states lie above the table too.

@@ -25,6 +25,10 @@ public:
     /// A copy of the message.
     std::string GetErrorMsg() const;
 
+    /// The message itself, as long as this object lives. Unlike a copy it takes no memory: for
+    /// handlers, which may run because there is none.
+    const char* GetErrorText() const noexcept;
+
     /// The entry of `SocketStateString`, or null for a state that is not in the table.
     static const char* GetSocketStateMsg(int state);
 

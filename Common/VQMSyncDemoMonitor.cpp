@@ -165,7 +165,7 @@ bool CVQMSyncDemoMonitor::Create()
         CheckContents();
         m_bCreated = true;
     } catch (const CVQMException& error) {
-        VQM_LOG_ERROR("Create : error %s \n", error.GetErrorMsg().c_str());
+        VQM_LOG_ERROR("Create : error %s \n", error.GetErrorText());
     } catch (const std::exception& error) {
         VQM_LOG_ERROR("Create : error %s \n", error.what());
     } catch (...) {

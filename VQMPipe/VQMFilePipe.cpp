@@ -29,6 +29,22 @@ void Open(Stream& stream, const std::string& path, std::ios_base::openmode mode,
 
 } // namespace
 
+/// Shows `look` the record under the lock, if there is one, in the name of `GetPipeInfo`. What
+/// needs no copy of it takes no memory, and cannot fail.
+template <typename Look>
+void CVQMFilePipe::LookAtPipeInfo(void* handle, const Look& look)
+{
+    if (handle == nullptr) {
+        VQM_LOG_AS("GetPipeInfo", DLOG_DEBUG, VQM_LOG_TAG, "CVQMFilePipe::GetPipeInfo - Invalid Handle \n");
+        return;
+    }
+    boost::mutex::scoped_lock lock(m_pipeMutex);
+    const auto found = m_pipeInfoMap.find(handle);
+    if (found != m_pipeInfoMap.end()) {
+        look(found->second);
+    }
+}
+
 CVQMFilePipe::CVQMFilePipe() = default;
 
 CVQMFilePipe::~CVQMFilePipe() // NOLINT(bugprone-exception-escape): a failed lock is fatal here
@@ -66,7 +82,7 @@ void* CVQMFilePipe::CreatePipe(CVQMDataStructureObject* pRequest)
         info.nStartOffset = request.nStartOffset;
         return FOpen(info);
     } catch (const CVQMException& error) {
-        VQM_LOG_DEBUG("CVQMFilePipe::CreatePipe - error %s \n", error.GetErrorMsg().c_str());
+        VQM_LOG_DEBUG("CVQMFilePipe::CreatePipe - error %s \n", error.GetErrorText());
     } catch (const std::exception& error) {
         VQM_LOG_DEBUG("CVQMFilePipe::CreatePipe - error %s \n", error.what());
     }
@@ -119,7 +135,7 @@ void* CVQMFilePipe::Request(CVQMDataStructureObject* pRequest)
         }
         DeletePipeInfo(handle);
     } catch (const CVQMException& error) {
-        VQM_LOG_DEBUG("CVQMFilePipe::Request - error %s \n", error.GetErrorMsg().c_str());
+        VQM_LOG_DEBUG("CVQMFilePipe::Request - error %s \n", error.GetErrorText());
     } catch (const std::exception& error) {
         VQM_LOG_DEBUG("CVQMFilePipe::Request - error %s \n", error.what());
     }
@@ -151,16 +167,18 @@ uVQMINT64 CVQMFilePipe::GetFileSize(const char* pFilePath)
 
 uVQMINT64 CVQMFilePipe::GetFileSizeToRead(void* handle)
 {
-    _PipeInfo info;
-    GetPipeInfo(handle, info);
-    return info.nFileSize;
+    uVQMINT64 size = 0;
+    LookAtPipeInfo(handle, [&size](const _PipeInfo& info) { size = info.nFileSize; });
+    return size;
 }
 
 uVQMINT64 CVQMFilePipe::GetCurretFileReadByNow(void* handle)
 {
-    _PipeInfo info;
-    GetPipeInfo(handle, info);
-    return info.eRequestCommand == REQUEST_READ ? info.nReadSize : 0;
+    uVQMINT64 position = 0;
+    LookAtPipeInfo(handle, [&position](const _PipeInfo& info) {
+        position = info.eRequestCommand == REQUEST_READ ? info.nReadSize : 0;
+    });
+    return position;
 }
 
 bool CVQMFilePipe::CheckCompleteFileRead(void* handle)
@@ -169,9 +187,9 @@ bool CVQMFilePipe::CheckCompleteFileRead(void* handle)
         VQM_LOG_DEBUG("CVQMFilePipe::CheckCompleteFileRead - Invalid Handle \n");
         return false;
     }
-    _PipeInfo info;
-    GetPipeInfo(handle, info);
-    return info.nReadSize == info.nFileSize;
+    bool complete = true; // nothing is left to read of what is not open
+    LookAtPipeInfo(handle, [&complete](const _PipeInfo& info) { complete = info.nReadSize == info.nFileSize; });
+    return complete;
 }
 
 void CVQMFilePipe::InitPipeInfo(_PipeInfo& info)
@@ -212,15 +230,7 @@ void CVQMFilePipe::AddPipeInfo(void* handle, _PipeInfo& info)
 
 void CVQMFilePipe::GetPipeInfo(void* handle, _PipeInfo& info)
 {
-    if (handle == nullptr) {
-        VQM_LOG_DEBUG("CVQMFilePipe::GetPipeInfo - Invalid Handle \n");
-        return;
-    }
-    boost::mutex::scoped_lock lock(m_pipeMutex);
-    const auto found = m_pipeInfoMap.find(handle);
-    if (found != m_pipeInfoMap.end()) {
-        info = found->second;
-    }
+    LookAtPipeInfo(handle, [&info](const _PipeInfo& record) { info = record; });
 }
 
 void CVQMFilePipe::UpdatePipeInfo(void* handle, _PipeInfo& info)
@@ -540,7 +550,7 @@ void CVQMFileRequestData::SetData(_VQMFileRequest* pData)
         VQM_LOG_DEBUG("CVQMFileRequestData::SetData  - pData point is null \n");
         return;
     }
-    m_stRequest = *pData;
+    m_stRequest = _VQMFileRequest(*pData); // a copy that fails changes nothing
 }
 
 void CVQMFileRequestData::GetData(_VQMFileRequest* pData)
@@ -550,7 +560,7 @@ void CVQMFileRequestData::GetData(_VQMFileRequest* pData)
         VQM_LOG_ERROR("CVQMFileRequestData::GetData  - pData point is null \n");
         return;
     }
-    *pData = m_stRequest;
+    *pData = _VQMFileRequest(m_stRequest); // a copy that fails changes nothing
 }
 
 void CVQMFileRequestData::SetStructure(void* pStructure)

@@ -22,7 +22,7 @@
 /// leaves all others alone.
 ///
 /// Threads: any number of threads may use one pipe at a time, each with handles of its own. A
-/// single handle belongs to one thread at a time.
+/// single handle belongs to one thread at a time; how far it has come, any thread may ask.
 class CVQMFilePipe : public IVQMPipe {
 public:
     CVQMFilePipe();
@@ -122,6 +122,8 @@ protected:
     boost::mutex m_pipeMutex; ///< guards `m_pipeInfoMap`
 
 private:
+    template <typename Look>
+    void LookAtPipeInfo(void* handle, const Look& look);
     void StoreIfOpen(void* handle, _PipeInfo& info);
     void ForgetDataBuffer(void* handle);
 
