@@ -9,6 +9,13 @@ namespace {
 constexpr int kSchemaVersion = 1;
 constexpr int kIndent = 2;
 
+Json WithVersion(const Json& content)
+{
+    Json document = {{"schema_version", kSchemaVersion}};
+    document.update(content);
+    return document;
+}
+
 } // namespace
 
 std::string Utf8(const std::string& text)
@@ -19,7 +26,10 @@ std::string Utf8(const std::string& text)
 
 std::string RenderJsonDocument(const Json& content)
 {
-    Json document = {{"schema_version", kSchemaVersion}};
-    document.update(content);
-    return document.dump(kIndent, ' ', true) + "\n";
+    return WithVersion(content).dump(kIndent, ' ', true) + "\n";
+}
+
+std::string RenderJsonLine(const Json& content)
+{
+    return WithVersion(content).dump(-1, ' ', true) + "\n";
 }

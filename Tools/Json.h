@@ -13,3 +13,6 @@ std::string Utf8(const std::string& text);
 /// `content`, an object whose texts are UTF-8, as a document of its own: the version of its schema
 /// comes first. ASCII only, so that no terminal takes it for more than text.
 std::string RenderJsonDocument(const Json& content);
+
+/// The same on one line, for commands that print a document after each change.
+std::string RenderJsonLine(const Json& content);

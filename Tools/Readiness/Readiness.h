@@ -9,7 +9,7 @@
 
 #include "Common/VQMDataObject.h"
 #include "Data/VQMScheduleRecords.h"
-#include "Tools/Lint/TimeRules.h"
+#include "Tools/Schedule/Programme.h"
 
 /// Can this set play what is on its disk, and if not, why?
 ///
@@ -38,20 +38,13 @@ struct Constants {
     const std::string* ScheduleFile() const;
 };
 
-enum class Expiry {
-    kNotGiven, ///< or not readable as a date: the set holds zeros
-    kNoDay,    ///< the set holds a date that no calendar has
-    kAhead,    ///< today included
-    kPassed,
-};
-
 struct Schedule {
     std::string directory; ///< with "/" at its end
     std::string path;      ///< what the set looks for; without the constant it is the directory
     DocumentState state = DocumentState::kMissing;
     std::string problem{};
     _VQMPolicy policy{}; ///< as the library reads it; whether or not it is the set's current one
-    Expiry expiry = Expiry::kNotGiven;
+    schedule::Expiry expiry = schedule::Expiry::kNone;
 };
 
 enum class FileKind {
@@ -115,8 +108,4 @@ Constants LoadConstants(const std::string& path);
 /// Runs the library's content check afresh, with the constants that are loaded, and examines
 /// everything that it looks at.
 Report Check(const std::string& constantsPath, const lint::Day& today, const Progress& progress = nullptr);
-
-/// The day of the local clock.
-lint::Day Today();
-
 } // namespace readiness

@@ -1,0 +1,45 @@
+#include "Tools/Lint/Rejection.h"
+
+#include <utility>
+
+#include "Tools/Lint/Lint.h"
+
+namespace lint {
+
+namespace {
+
+Options OnlyWhatRejects()
+{
+    Options options;
+    for (const std::string& name : RuleNames()) {
+        options.ignored.insert(*FindRule(name));
+    }
+    options.ignored.erase(Rule::kNotWellFormed);
+    options.ignored.erase(Rule::kUnreadableEncoding);
+    options.maxFindings = 1;
+    return options;
+}
+
+std::string Describe(const Report& report)
+{
+    if (report.findings.empty()) {
+        return "the library rejects it";
+    }
+    const Finding& finding = report.findings.front();
+    return "line " + std::to_string(finding.line) + ", column " + std::to_string(finding.column) + ": " +
+           finding.message;
+}
+
+} // namespace
+
+std::string WhyRejected(const std::string& document)
+{
+    return Describe(Lint(document, OnlyWhatRejects()));
+}
+
+std::string WhyRejected(ByteSource source)
+{
+    return Describe(Lint(std::move(source), OnlyWhatRejects()));
+}
+
+} // namespace lint

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include <sys/types.h>
+
+namespace readiness {
+
+/// Whether this error of the system says that there is nothing, rather than that one cannot tell.
+bool IsAbsence(int error);
+
+/// "a directory", "a pipe"
+const char* KindName(mode_t mode);
+
+/// What to add to "is missing" where a link stands that leads nowhere; otherwise nothing.
+std::string DanglingLink(const std::string& path);
+
+} // namespace readiness
