@@ -1,8 +1,6 @@
-#include <thread>
-
 #include "Tests/VQMPipe/FilePipeTest.h"
 
-// What callbacks and data objects may do to the pipe that calls them, and pipes on many threads.
+// What callbacks and data objects may do to the pipe that calls them.
 
 namespace {
 
@@ -225,33 +223,6 @@ TEST_F(FilePipeCallback, ANestedFailureOfItsOwnHandleIsNotUndone)
     EXPECT_EQ(Step(request_), handle);
     EXPECT_FALSE(pipe_.ExistHandle(handle));
     ExpectSound();
-}
-
-TEST_F(FilePipeCallback, ThreadsMayShareAPipeWithHandlesOfTheirOwn)
-{
-    const std::string content(20000, 'x');
-    const std::string path = MakeFile("shared", content);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            for (int round = 0; round < 20; ++round) {
-                CVQMDataBufferObject destination;
-                FileRequest request = RequestFor(REQUEST_READ, path);
-                request.nReadUnitSize = 1000;
-                request.pDeSerializableData = &destination;
-                request.hPipe = Create(request);
-                while (!pipe_.CheckCompleteFileRead(request.hPipe)) {
-                    ASSERT_EQ(Step(request), request.hPipe);
-                }
-                pipe_.DisconnectPipe(request.hPipe);
-                ASSERT_EQ(TextOf(destination), content);
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(pipe_.m_pipeInfoMap.size(), 1U);
 }
 
 } // namespace
