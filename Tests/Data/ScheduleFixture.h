@@ -7,19 +7,7 @@
 
 #include "Data/VQMScheduleContainer.h"
 #include "Tests/Platform/Recorder.h"
-#include "VQMSerialize/VQMXMLSerialize.h"
-
-/// A serializer whose current event is what a test says.
-class EventSource : public CVQMXMLSerialize {
-public:
-    EventSource(int step, const char* name, const char** attributes, const char* text)
-    {
-        m_nParsingStep = step;
-        m_pElementName = name;
-        m_ppAttributes = attributes;
-        m_pText = text;
-    }
-};
+#include "Tests/VQMSerialize/EventSource.h"
 
 /// "year-month-day hour:minute:second spare".
 std::string Text(const _VQMTime& time);
