@@ -1,44 +1,15 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <string>
 
-#include <expat.h>
-#include <gmock/gmock.h>
-
-#include "Data/VQMDataConstants.h"
-#include "Tests/Platform/Recorder.h"
-#include "VQMSerialize/VQMXMLSerialize.h"
-
-namespace {
-bool refuseParser = false;
-} // namespace
-
-/// Takes the place of the parser library's, which never fails on its own.
-XML_Parser XML_ParserCreate(const XML_Char* encoding)
-{
-    return refuseParser ? nullptr : XML_ParserCreate_MM(encoding, nullptr, nullptr);
-}
+#include "Tests/Data/ConstantsFixture.h"
+#include "Tests/VQMSerialize/EventSource.h"
+#include "Tests/VQMSerialize/ParserFault.h"
 
 namespace {
 
 using recorder::Lines;
-using Cache = std::map<std::string, std::string>;
-
-struct OpenConstants : CVQMDataConstants {
-    using CVQMDataConstants::m_DataCache;
-};
-
-/// A serializer whose event is what a test says.
-struct FakeEvents : CVQMXMLSerialize {
-    FakeEvents(int step, const char* name, const char** attributes)
-    {
-        m_nParsingStep = step;
-        m_pElementName = name;
-        m_ppAttributes = attributes;
-    }
-};
 
 struct OtherSerializer : IVQMSerialize {
     bool Create() override { return true; }
@@ -52,21 +23,15 @@ struct OtherSerializer : IVQMSerialize {
 
 constexpr char kWrongAttribute[] = "pAttribute or pValue is wrong";
 
-class DataConstants : public testing::Test {
+class DataConstants : public ConstantsTest {
 protected:
     DataConstants()
     {
         std::string pattern = testing::TempDir() + "constants-XXXXXX";
         directory_ = mkdtemp(pattern.data());
-        OpenConstants::m_DataCache.clear();
-        recorder::Clear();
     }
 
-    ~DataConstants() override
-    {
-        std::filesystem::remove_all(directory_);
-        OpenConstants::m_DataCache.clear();
-    }
+    ~DataConstants() override { std::filesystem::remove_all(directory_); }
 
     std::string MakeFile(const std::string& content) const
     {
@@ -78,19 +43,10 @@ protected:
     static bool Load(const std::string& path) { return CVQMDataConstants::Initialize(path); }
     bool LoadText(const std::string& content) const { return Load(MakeFile(content)); }
 
-    static std::string Line(const std::string& function, const std::string& message)
-    {
-        return recorder::LogOf("Quillmere", "VQMDataConstants.cpp").Debug(function, message);
-    }
     static std::string PipeLine(const std::string& function, const std::string& message)
     {
         return recorder::LogOf("Quillmere", "VQMFilePipe.cpp").Debug(function, message);
     }
-    static std::string ParserLine(const std::string& message)
-    {
-        return recorder::LogOf("Quillmere", "VQMXMLSerialize.cpp").Debug("Deserialize", message);
-    }
-
     /// What opening the file logs.
     static Lines Opening(const std::string& path, std::size_t size)
     {
@@ -200,9 +156,9 @@ TEST_F(DataConstants, AParserThatCannotBeMadeFails)
 {
     const std::string xml = "<Data key='a' value='1'/>";
     const std::string path = MakeFile(xml);
-    refuseParser = true;
+    parser_fault::faults().creation = parser_fault::Creation::Null;
     EXPECT_FALSE(Load(path));
-    refuseParser = false;
+    parser_fault::faults() = {};
     EXPECT_EQ(
         recorder::Take(),
         Join(Opening(path, xml.size()),
@@ -321,7 +277,7 @@ TEST_F(DataConstants, EachEventIsDispatchedOrLogged)
         {-1, "Data", attributes, true, {Line("ReadFrom", "CVQMScheduleContainer::ReadFrom - Unknown parsing step\n")}},
     };
     for (const auto& test : cases) {
-        FakeEvents events(test.step, test.name, test.attributes);
+        EventSource events(test.step, test.name, test.attributes, nullptr);
         EXPECT_EQ(CVQMDataConstants().ReadFrom(&events), test.result) << test.step;
         EXPECT_EQ(recorder::Take(), test.lines) << test.step;
     }
