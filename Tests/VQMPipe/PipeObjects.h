@@ -1,0 +1,82 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <iterator>
+#include <string>
+
+#include "VQMPipe/VQMFilePipe.h"
+#include "VQMSerialize/VQMXMLSerialize.h"
+
+// What the pipe's tests hand to it, and look at it with.
+
+/// The pipe with its table and its steps in the open.
+struct OpenPipe : CVQMFilePipe {
+    using CVQMFilePipe::_PipeInfo;
+    using CVQMFilePipe::AddPipeInfo;
+    using CVQMFilePipe::CopyPipeInfo;
+    using CVQMFilePipe::DeletePipeInfo;
+    using CVQMFilePipe::ExistHandle;
+    using CVQMFilePipe::FOpen;
+    using CVQMFilePipe::FRead;
+    using CVQMFilePipe::FWrite;
+    using CVQMFilePipe::GetPipeInfo;
+    using CVQMFilePipe::InitPipeInfo;
+    using CVQMFilePipe::m_pipeInfoMap;
+    using CVQMFilePipe::m_pipeMutex;
+    using CVQMFilePipe::UpdatePipeInfo;
+};
+
+/// A document that a serializer fills or writes.
+struct Document : CVQMDataSerializableObject {
+    std::string text;
+
+    void GetSturcture(void* /*pStructure*/) override {}
+    void SetStructure(void* /*pStructure*/) override {}
+    bool WriteTo(IVQMSerialize* /*pSerialize*/) override { return false; }
+    bool ReadFrom(IVQMSerialize* /*pSerialize*/) override { return true; }
+};
+
+/// Writes a document as its text and reads it back, or does what a test says.
+struct PlainSerializer : IVQMSerialize {
+    std::function<bool(CVQMDataBufferObject*)> onSerialize;
+    std::function<bool(const char*)> onDeserialize;
+
+    bool Create() override { return true; }
+    void Destroy() override {}
+
+    bool Serialize(const CVQMDataSerializableObject* pObj, CVQMDataBufferObject* pBuffer) override
+    {
+        if (onSerialize) {
+            return onSerialize(pBuffer);
+        }
+        const std::string& text = static_cast<const Document*>(pObj)->text;
+        pBuffer->InsertData(text.data(), text.size());
+        return true;
+    }
+
+    bool Deserialize(const char* pData, CVQMDataSerializableObject* pObj) override
+    {
+        if (onDeserialize) {
+            return onDeserialize(pData);
+        }
+        static_cast<Document*>(pObj)->text = pData;
+        return true;
+    }
+};
+
+/// A data object that is neither a buffer nor serializable.
+struct OtherData : CVQMDataObject {};
+
+/// A request of a kind that the pipe does not take.
+struct OtherRequest : CVQMDataStructureObject {
+    void GetSturcture(void* /*pStructure*/) override {}
+    void SetStructure(void* /*pStructure*/) override {}
+};
+
+/// How many descriptors the process has open.
+inline std::size_t OpenDescriptors()
+{
+    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)));
+}
