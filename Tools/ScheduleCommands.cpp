@@ -5,5 +5,7 @@
 void AddScheduleCommands(CommandLine& line)
 {
     CLI::App& group = line.AddGroup("schedule", "Look into schedule documents");
+    AddScheduleShowCommand(line, group);
+    AddScheduleAtCommand(line, group);
     AddScheduleLintCommand(line, group);
 }

@@ -4,4 +4,6 @@
 
 /// Each command below "schedule" adds itself to the group.
 
+void AddScheduleAtCommand(CommandLine& line, CLI::App& group);
 void AddScheduleLintCommand(CommandLine& line, CLI::App& group);
+void AddScheduleShowCommand(CommandLine& line, CLI::App& group);

@@ -6,7 +6,8 @@
 #include "Data/VQMScheduleContainer.h"
 #include "Tools/Failure.h"
 #include "Tools/InputFile.h"
-#include "Tools/Lint/Lint.h"
+#include "Tools/Lint/Rejection.h"
+#include "Tools/Terminal.h"
 #include "VQMSerialize/VQMXMLSerialize.h"
 
 namespace schedule {
@@ -56,25 +57,11 @@ Document ReadDocument(const std::string& path)
     throw Failure(ExitCode::kCouldNotRun, "cannot " + what + " '" + name + "': " + why);
 }
 
-/// Why the library rejects a document, and where: the linter knows.
+/// A wide encoding shows in its first bytes, zero bytes among them.
 std::string Cause(const Document& document)
 {
-    lint::Options options;
-    for (const std::string& name : lint::RuleNames()) {
-        options.ignored.insert(*lint::FindRule(name));
-    }
-    options.ignored.erase(lint::Rule::kNotWellFormed);
-    options.ignored.erase(lint::Rule::kUnreadableEncoding);
-    options.maxFindings = 1;
-    // A wide encoding shows in its first bytes, zero bytes among them.
     const bool endsEarly = document.text.size() < document.head.size();
-    const lint::Report report = lint::Lint(endsEarly ? document.head : document.text, options);
-    if (report.findings.empty()) {
-        return "the library rejects it";
-    }
-    const lint::Finding& finding = report.findings.front();
-    return "line " + std::to_string(finding.line) + ", column " + std::to_string(finding.column) + ": " +
-           finding.message;
+    return lint::WhyRejected(endsEarly ? document.head : document.text);
 }
 
 } // namespace
@@ -101,6 +88,13 @@ PolicyFile ReadPolicyFile(const std::string& path)
     }
     container.GetSturcture(&file.policy);
     return file;
+}
+
+void ComplainOfUnreadText(const PolicyFile& file)
+{
+    if (file.textAfterNul) {
+        Complain("note: '" + file.name + "' has a zero byte and text after it, which the set never reads");
+    }
 }
 
 } // namespace schedule

@@ -7,7 +7,7 @@
 namespace schedule {
 
 /// The largest document that is read here, in bytes. Half a million items fit.
-constexpr std::size_t kMaxDocument = 134217728;
+constexpr std::size_t kMaxDocument = 67108864;
 
 /// A schedule document as the library reads it.
 struct PolicyFile {
@@ -22,5 +22,8 @@ struct PolicyFile {
 /// Throws `Failure` with the exit code "could not run" when it cannot be read, is larger than
 /// `kMaxDocument` or is rejected by the library; the text says why, and where in the document.
 PolicyFile ReadPolicyFile(const std::string& path);
+
+/// Tells a person of text that the library never reads, if there is any.
+void ComplainOfUnreadText(const PolicyFile& file);
 
 } // namespace schedule
