@@ -1,64 +1,11 @@
 #include <algorithm>
-#include <atomic>
-#include <cstdlib>
-#include <malloc.h>
-#include <new>
+#include <cstdio>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "Tests/Lint/Documents.h"
-
-namespace {
-
-std::atomic<std::size_t> liveBytes{0};
-std::atomic<std::size_t> mostBytes{0};
-
-void* Allocate(std::size_t size)
-{
-    void* const memory = std::malloc(size);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    const std::size_t live = liveBytes += malloc_usable_size(memory);
-    mostBytes = std::max(mostBytes.load(), live);
-    return memory;
-}
-
-void Release(void* memory)
-{
-    if (memory != nullptr) {
-        liveBytes -= malloc_usable_size(memory);
-        std::free(memory);
-    }
-}
-
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    return Allocate(size);
-}
-
-/// The library's own would come from a sanitizer, and not fit the `delete` below.
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
-{
-    try {
-        return Allocate(size);
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
-}
-
-void operator delete(void* memory) noexcept
-{
-    Release(memory);
-}
-
-void operator delete(void* memory, std::size_t /*size*/) noexcept
-{
-    Release(memory);
-}
+#include "Tests/Platform/AllocationFault.h"
 
 namespace {
 
@@ -120,10 +67,10 @@ private:
 
 lint::Report LintMeasured(Generator generator, std::size_t& mostMemory)
 {
-    const std::size_t before = liveBytes;
-    mostBytes = before;
+    const std::size_t before = allocation_fault::BytesInUse();
+    allocation_fault::ForgetMost();
     lint::Report report = lint::Lint(generator, TestOptions());
-    mostMemory = mostBytes - before;
+    mostMemory = allocation_fault::MostBytes() - before;
     return report;
 }
 

@@ -4,12 +4,16 @@
 #include <cstdlib>
 #include <new>
 
+#include <malloc.h>
+
 namespace {
 
 std::atomic<std::size_t> failingSize{0};
 std::atomic<std::size_t> allocationsLeft{0}; ///< the one that makes it 0 fails
 std::atomic<bool> chosenFailed{false};
 std::atomic<std::size_t> blocksInUse{0};
+std::atomic<std::size_t> bytesInUse{0};
+std::atomic<std::size_t> mostBytes{0};
 thread_local int spared = 0;
 
 bool IsTheChosenOne()
@@ -33,6 +37,10 @@ void* Allocate(std::size_t size)
         throw std::bad_alloc();
     }
     ++blocksInUse;
+    const std::size_t bytes = bytesInUse += malloc_usable_size(memory);
+    if (bytes > mostBytes) {
+        mostBytes = bytes;
+    }
     return memory;
 }
 
@@ -40,6 +48,7 @@ void Release(void* memory)
 {
     if (memory != nullptr) {
         --blocksInUse;
+        bytesInUse -= malloc_usable_size(memory);
         std::free(memory);
     }
 }
@@ -67,6 +76,21 @@ bool allocation_fault::HasFailed()
 std::size_t allocation_fault::BlocksInUse()
 {
     return blocksInUse;
+}
+
+std::size_t allocation_fault::BytesInUse()
+{
+    return bytesInUse;
+}
+
+std::size_t allocation_fault::MostBytes()
+{
+    return mostBytes;
+}
+
+void allocation_fault::ForgetMost()
+{
+    mostBytes = bytesInUse.load();
 }
 
 allocation_fault::Spared::Spared()

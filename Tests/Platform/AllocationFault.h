@@ -2,7 +2,8 @@
 
 #include <cstddef>
 
-/// Replaces the program's `operator new`: chosen allocations can be made to fail.
+/// Replaces the program's `operator new`: chosen allocations can be made to fail, and what is
+/// allocated is known.
 namespace allocation_fault {
 
 /// From now on allocations of exactly this many bytes throw; 0 ends it.
@@ -16,6 +17,11 @@ bool HasFailed();
 
 /// The blocks that are allocated now.
 std::size_t BlocksInUse();
+
+/// The bytes that are allocated now, and at most since the last `ForgetMost`.
+std::size_t BytesInUse();
+std::size_t MostBytes();
+void ForgetMost();
 
 /// While one exists, its thread's allocations neither fail nor count: for what a test does amid
 /// the work whose allocations it counts.
