@@ -1,46 +1,14 @@
 #include <string>
 
-#include <linux/capability.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include <boost/filesystem/operations.hpp>
 
 #include "Tests/Common/ContentCheckFixture.h"
+#include "Tests/Platform/WithoutOverride.h"
 
 using recorder::Lines;
 namespace fs = std::filesystem;
 
 namespace {
-
-/// Drops the rights by which an owner of the namespace passes any permission.
-class WithoutOverride {
-public:
-    WithoutOverride()
-    {
-        Get(saved_);
-        __user_cap_data_struct reduced[2] = {saved_[0], saved_[1]};
-        reduced[0].effective &= ~((1U << CAP_DAC_OVERRIDE) | (1U << CAP_DAC_READ_SEARCH));
-        Set(reduced);
-    }
-    ~WithoutOverride() { Set(saved_); }
-    WithoutOverride(const WithoutOverride&) = delete;
-    WithoutOverride& operator=(const WithoutOverride&) = delete;
-
-private:
-    static void Get(__user_cap_data_struct* data)
-    {
-        __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
-        EXPECT_EQ(syscall(SYS_capget, &header, data), 0);
-    }
-    static void Set(__user_cap_data_struct* data)
-    {
-        __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
-        EXPECT_EQ(syscall(SYS_capset, &header, data), 0);
-    }
-
-    __user_cap_data_struct saved_[2] = {};
-};
 
 /// The paths that cannot be examined, and what makes them so.
 

@@ -1,27 +1,12 @@
-#include <cstdarg>
 #include <memory>
 #include <optional>
 
-#include <dlog.h>
-
 #include "Tests/Platform/AllocationFault.h"
-#include "Tests/Platform/RecordingLog.h"
 #include "Tests/VQMPipe/FilePipeTest.h"
 #include "VQMPipe/VQMTextFile.h"
 
 // Every allocation of every operation fails in turn, until the operation gets through. Two other
 // transfers of the same pipe are under way meanwhile.
-
-/// What the record of the calls takes is not the product's.
-int dlog_print(log_priority prio, const char* tag, const char* fmt, ...)
-{
-    const allocation_fault::Spared spared;
-    va_list arguments;
-    va_start(arguments, fmt);
-    const int length = recorder::RecordLogLine(prio, tag, fmt, arguments);
-    va_end(arguments);
-    return length;
-}
 
 namespace {
 
