@@ -4,6 +4,8 @@ class CommandLine;
 
 /// Each file of commands adds its branch to the command line.
 
+void AddCheckCommand(CommandLine& line);
+void AddConstantsCommands(CommandLine& line);
 void AddRemoteCommands(CommandLine& line);
 void AddScheduleCommands(CommandLine& line);
 void AddSettingCommands(CommandLine& line);

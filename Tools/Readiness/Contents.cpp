@@ -122,7 +122,7 @@ std::map<std::string, std::string> OtherSpellings(const Contents& contents)
     for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
         const std::string name = entry->path().filename().string();
         const auto match = missing.find(LowerCase(name));
-        if (match != missing.end()) {
+        if (match != missing.end() && match->second != name) {
             found[match->second] = name;
         }
     }

@@ -1,5 +1,6 @@
 #include "Tools/Readiness/Remarks.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
 #include <system_error>
@@ -59,8 +60,10 @@ std::vector<std::string> NamesIn(const std::string& directory)
     return names;
 }
 
-std::string PerhapsMeant(const std::string& name, const std::vector<std::string>& there)
+std::string PerhapsMeant(const std::string& name, std::vector<std::string> there)
 {
+    // A link that leads nowhere is there under the very name.
+    there.erase(std::remove(there.begin(), there.end(), name), there.end());
     const std::vector<std::string> close = Suggest(name, there);
     return close.empty() ? "" : "; " + QuotedList(close) + (close.size() == 1 ? " is there" : " are there");
 }

@@ -56,7 +56,7 @@ std::string StoppedAt(const Contents& contents)
     }
     for (const ContentFile& file : contents.files) {
         if (!file.Counts()) {
-            return "; the set stops looking at " + Quoted(file.name);
+            return "; the set looks no further than " + Quoted(file.name);
         }
     }
     return "";
@@ -69,16 +69,13 @@ std::string VerdictText(const Report& report)
     if (!verdict.ran) {
         return "not checked: " + verdict.problem;
     }
-    if (verdict.Ready()) {
-        return "ready: the schedule is there, " + (contents.files.empty()
-                                                       ? "and names no file"
-                                                       : "and " + Counted(contents.files.size(), "item") + " complete");
-    }
     if (!verdict.haveSchedule) {
-        return "not ready: there is no schedule that can be read";
+        return "not ready: no schedule that can be read";
     }
-    return "not ready: the schedule is there, but only " + std::to_string(contents.counting) + " of " +
-           Counted(contents.files.size(), "item") + " complete" + StoppedAt(contents);
+    const std::string items = contents.files.empty() ? "it names no file"
+                                                     : std::to_string(contents.counting) + " of " +
+                                                           Counted(contents.files.size(), "item") + " complete";
+    return (verdict.Ready() ? "ready: schedule there, " : "not ready: schedule there, ") + items + StoppedAt(contents);
 }
 
 } // namespace

@@ -12,6 +12,9 @@ std::string RenderHuman(const Report& report);
 /// One document of Docs/schemas/check.schema.json, on one line or indented.
 std::string RenderJson(const Report& report, bool oneLine);
 
+/// One document of Docs/schemas/constants.schema.json.
+std::string RenderJson(const Constants& constants);
+
 /// "ready", or "not ready: " and why, or "not checked: " and why.
 std::string VerdictLine(const Report& report);
 

@@ -128,4 +128,16 @@ std::string RenderJson(const Report& report, bool oneLine)
     return oneLine ? RenderJsonLine(json) : RenderJsonDocument(json);
 }
 
+std::string RenderJson(const Constants& constants)
+{
+    Json entries = Json::array();
+    for (const auto& [key, value] : constants.values) {
+        entries.push_back({{"key", Utf8(key)}, {"value", Utf8(value)}});
+    }
+    return RenderJsonDocument({{"file", Utf8(constants.path)},
+                               {"state", NameOf(constants.state)},
+                               {"problem", OrNull(constants.problem)},
+                               {"constants", std::move(entries)}});
+}
+
 } // namespace readiness
