@@ -62,7 +62,10 @@ public:
         posix_spawnattr_setsigdefault(&attributes_, &signals);
         sigemptyset(&signals);
         posix_spawnattr_setsigmask(&attributes_, &signals);
-        posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
+        // A group of its own keeps a terminal's signals away. A session would too, but brings a
+        // scheduling group along, in which the program's first run waits behind all others.
+        posix_spawnattr_setpgroup(&attributes_, 0);
+        posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
 
         posix_spawn_file_actions_init(&actions_);
         posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDWR, 0);

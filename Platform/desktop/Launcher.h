@@ -7,7 +7,7 @@
 
 /// Starts applications by their desktop entries.
 ///
-/// A started program lives on its own: a session of its own, the environment as this process
+/// A started program lives on its own: a process group of its own, the environment as this process
 /// found it, no descriptor and no signal setting of ours. Its standard streams are /dev/null: it
 /// may outlive us or write without end, and our output's reader must notice neither.
 /// The entry's Terminal and DBusActivatable are not looked at.

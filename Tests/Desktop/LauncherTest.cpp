@@ -290,7 +290,7 @@ TEST_F(Launcher, IdsCannotLeaveTheFolders)
 TEST_F(Launcher, TheProgramGetsNothingOfOurs)
 {
     WriteFile(Program(), "#!/bin/sh\nexec > " + Output() +
-                             "\npwd\ncut -d' ' -f6 /proc/$$/stat\necho $$\ngrep -E '^Sig(Blk|Ign)' /proc/self/status\n"
+                             "\npwd\ncut -d' ' -f5 /proc/$$/stat\necho $$\ngrep -E '^Sig(Blk|Ign)' /proc/self/status\n"
                              "for fd in /proc/$$/fd/*; do echo ${fd##*/} $(readlink $fd); done\nenv\n");
     chmod(Program().c_str(), 0755);
     WriteEntry(Program(), "Path=/usr\n");
@@ -325,7 +325,7 @@ TEST_F(Launcher, TheProgramGetsNothingOfOurs)
 
     const std::string output = ReadFile(Output());
     const std::string self = std::to_string(pid);
-    EXPECT_THAT(output, testing::StartsWith("/usr\n" + self + "\n" + self + "\n")); // a session of its own
+    EXPECT_THAT(output, testing::StartsWith("/usr\n" + self + "\n" + self + "\n")); // a process group of its own
     EXPECT_THAT(output, HasSubstr("SigBlk:\t0000000000000000\n"));
     // glibc leaves its two internal signals ignored in every spawned process.
     const unsigned long long internalSignals = 3ULL << 31U;

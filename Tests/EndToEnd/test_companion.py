@@ -5,7 +5,7 @@ import signal
 
 import pytest
 
-from desktop import TOOL_KEYS, children_of, is_running, wait_until
+from desktop import BUILD, TOOL_KEYS, Application, children_of, is_running, wait_until
 
 MORE = TOOL_KEYS["XF86More"]
 
@@ -46,6 +46,26 @@ def test_companion_that_forks_away(desktop, keyboard, application):
     wait_until(lambda: not children_of(application.pid), "the parent is reaped")
     assert application.stop() == 0
     wait_until((desktop.home / "forked").exists, "what it left behind lives on")
+
+
+def test_companion_gets_no_signal_of_the_terminal_that_the_application_was_started_in(desktop, keyboard):
+    desktop.switch_on()
+    desktop.install_companion("exec sleep 1000\n")
+    log = desktop.root / "application.log"
+    terminal = ["script", "--quiet", "--command", f"exec {BUILD}/bin/VQMKeygrab 2>{log}", "/dev/null"]
+    application = Application(terminal, desktop.environment, desktop.root / "terminal.log")
+    desktop.programs.append(application)
+    wait_until(log.exists, "the application's log")
+    application.log = log
+    application.wait_for("_app_control() called end")
+    own = int(Application.LINE.match(application.output().splitlines()[0])["pid"])
+
+    pid = press(keyboard, application)
+    application.kill()  # a hangup for the terminal's session
+    os.killpg(own, signal.SIGINT)  # what Ctrl-C would send
+    wait_until(lambda: not is_running(own), "the application ends")
+    assert is_running(pid)
+    os.killpg(pid, signal.SIGKILL)
 
 
 def test_companion_that_writes_100_megabytes(desktop, keyboard, application):
