@@ -156,35 +156,26 @@ void CVQMDataBufferObject::InsertData(const char* pData, uVQMINT64 nSize)
     if (nSize == 0) {
         return;
     }
+    std::unique_ptr<char[]> old; // until the end: the bytes to append may lie in it
+    if (nSize > m_nCapacity - m_nSize) {
+        old = Grow(nSize);
+    }
+    std::memcpy(m_pData.get() + m_nSize, pData, static_cast<std::size_t>(nSize));
+    m_nSize += static_cast<std::size_t>(nSize);
+}
+
+/// Makes room for `nSize` bytes more. Returns the old room, with the bytes in it.
+std::unique_ptr<char[]> CVQMDataBufferObject::Grow(uVQMINT64 nSize)
+{
     if (nSize > kMaxSize - m_nSize) {
         throw std::length_error("vector::_M_emplace_back_aux");
     }
-    const auto size = static_cast<std::size_t>(nSize);
-    std::unique_ptr<char[]> old; // until the end: the bytes to append may lie in it
-    if (size > m_nCapacity - m_nSize) {
-        const std::size_t capacity = DoubleUntil(m_nCapacity, m_nSize + size);
-        old.reset(new char[capacity]); // not `make_unique`, which would fill it with zeros
-        m_pData.swap(old);
-        m_nCapacity = capacity;
-        if (m_nSize != 0) {
-            std::memcpy(m_pData.get(), old.get(), m_nSize);
-        }
+    const std::size_t capacity = DoubleUntil(m_nCapacity, m_nSize + static_cast<std::size_t>(nSize));
+    std::unique_ptr<char[]> room(new char[capacity]); // not `make_unique`, which would fill it with zeros
+    m_pData.swap(room);
+    m_nCapacity = capacity;
+    if (m_nSize != 0) {
+        std::memcpy(m_pData.get(), room.get(), m_nSize);
     }
-    std::memcpy(m_pData.get() + m_nSize, pData, size);
-    m_nSize += size;
-}
-
-const char* CVQMDataBufferObject::GetData() const
-{
-    return m_pData.get();
-}
-
-uVQMINT64 CVQMDataBufferObject::GetDataSize() const
-{
-    return m_nSize;
-}
-
-void CVQMDataBufferObject::Clear()
-{
-    m_nSize = 0;
+    return room;
 }

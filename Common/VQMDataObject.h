@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <string>
 
@@ -93,16 +94,31 @@ public:
     /// leave the buffer as it was.
     void InsertData(const char* pData, uVQMINT64 nSize);
 
+    /// Appends `nSize` bytes and a zero byte, as `InsertData` does one after the other.
+    void InsertText(const char* pText, uVQMINT64 nSize)
+    {
+        if (nSize < m_nCapacity - m_nSize) { // the usual case, for as many texts as a document has
+            std::memcpy(m_pData.get() + m_nSize, pText, static_cast<std::size_t>(nSize));
+            m_nSize += static_cast<std::size_t>(nSize);
+            m_pData[m_nSize++] = '\0';
+        } else {
+            InsertData(pText, nSize);
+            InsertData("", 1);
+        }
+    }
+
     /// The first byte, until the next `InsertData`; null while nothing has ever been stored.
-    const char* GetData() const;
+    const char* GetData() const { return m_pData.get(); }
 
     /// The number of bytes stored.
-    uVQMINT64 GetDataSize() const;
+    uVQMINT64 GetDataSize() const { return m_nSize; }
 
     /// Forgets the bytes and keeps the capacity.
-    void Clear();
+    void Clear() { m_nSize = 0; }
 
 private:
+    std::unique_ptr<char[]> Grow(uVQMINT64 nSize);
+
     std::unique_ptr<char[]> m_pData;
     std::size_t m_nSize = 0;
     std::size_t m_nCapacity = 0;

@@ -86,27 +86,29 @@ bool CVQMScheduleContainer::ReadFrom(IVQMSerialize* pSerialize)
         VQM_LOG_SCHEDULE("CVQMScheduleContainer::ReadFrom - pSerialize is null\n");
         return false;
     }
-    auto* const pXML = dynamic_cast<CVQMXMLSerialize*>(pSerialize);
+    auto* const pXML = VQMAsXMLSerialize(pSerialize);
     if (pXML == nullptr) {
         VQM_LOG_SCHEDULE("CVQMScheduleContainer::ReadFrom - pSerialize is not the parent of CVQMXMLSerialize object\n");
         return false;
     }
-    const int nStep = pXML->GetParsingStep();
-    const char* const pElement = pXML->GetParsingElementName();
-    if ((nStep == PARSING_START_ELEMENT || nStep == PARSING_END_ELEMENT) && pElement == nullptr) {
-        VQM_LOG_SCHEDULE("CVQMScheduleContainer::ReadFrom - pElement is null\n");
-        return false;
-    }
-    switch (nStep) {
+    switch (pXML->GetParsingStep()) {
     case PARSING_START_ELEMENT:
+        if (pXML->GetParsingElementName() == nullptr) {
+            VQM_LOG_SCHEDULE("CVQMScheduleContainer::ReadFrom - pElement is null\n");
+            return false;
+        }
         if (pXML->GetParsingAttributes() == nullptr) {
             VQM_LOG_SCHEDULE("CVQMScheduleContainer::ReadFrom - pAtt is null\n");
             return false;
         }
-        OnStartElement(pElement, pXML->GetParsingAttributes());
+        OnStartElement(pXML->GetParsingElementName(), pXML->GetParsingAttributes());
         return true;
     case PARSING_END_ELEMENT:
-        OnEndElement(pElement);
+        if (pXML->GetParsingElementName() == nullptr) {
+            VQM_LOG_SCHEDULE("CVQMScheduleContainer::ReadFrom - pElement is null\n");
+            return false;
+        }
+        OnEndElement(pXML->GetParsingElementName());
         return true;
     case PARSING_ELEMENT_DATA:
         if (pXML->GetParsingText() == nullptr) {
@@ -127,7 +129,9 @@ void CVQMScheduleContainer::CopyPolicyMember(_VQMPolicy* pSource, _VQMPolicy* pD
         VQM_LOG_SCHEDULE("CVQMScheduleContainer::CopyPolicyMember - Error pSource or pDest is Null \n");
         return;
     }
-    *pDest = *pSource;
+    // The copy is complete before it takes the place of what was there.
+    _VQMPolicy copy(*pSource);
+    *pDest = std::move(copy);
 }
 
 void CVQMScheduleContainer::OnStartElement(const char* pName, const char** ppAttributes)
@@ -165,14 +169,11 @@ void CVQMScheduleContainer::OnEndElement(const char* pName)
     }
     const std::string_view name = pName;
     if (name == "item") {
-        m_stSchedule.listContents.push_back(std::move(m_stContent));
-        m_stContent = _VQMContentInfo();
-        nElementState = ElementNone;
+        CloseItem();
     } else if (name == "rsp") {
         // The document's end; the policy is complete.
     } else if (name == "schedule") {
-        m_stPolicy.listSchedule.push_back(std::move(m_stSchedule));
-        m_stSchedule = _VQMSchdule();
+        CloseSchedule();
     } else if (name == "name" && nElementState == ElementName) {
         VQM_LOG_SCHEDULE("OnEndElement - name closes \n");
         nElementState = ElementNone;
@@ -190,25 +191,38 @@ void CVQMScheduleContainer::OnEndElement(const char* pName)
     }
 }
 
+void CVQMScheduleContainer::CloseItem()
+{
+    // A copy: it takes no more memory than it needs, and the next item's texts reuse this one's.
+    m_stSchedule.listContents.push_back(m_stContent);
+    m_stContent.strID.clear();
+    m_stContent.strName.clear();
+    m_stContent.nSize = 0;
+    m_stContent.strFormat.clear();
+    m_stContent.nOrder = 0;
+    nElementState = ElementNone;
+}
+
+void CVQMScheduleContainer::CloseSchedule()
+{
+    m_stPolicy.listSchedule.push_back(std::move(m_stSchedule));
+    m_stSchedule = _VQMSchdule();
+}
+
 void CVQMScheduleContainer::OnElementData(const char* pText)
 {
     if (pText == nullptr) {
         return;
     }
-    switch (nElementState) {
-    case ElementName:
+    if (nElementState == ElementNone) { // most texts: the white space between elements
+        VQM_LOG_SCHEDULE("OnElementData - Unknown Element \n");
+    } else if (nElementState == ElementName) {
         m_stContent.strName += pText;
-        break;
-    case ElementSize:
+    } else if (nElementState == ElementFormat) {
+        m_stContent.strFormat += pText;
+    } else {
         // Of a size in several pieces only the last one counts: intended.
         StrToNumber(pText, m_stContent.nSize);
-        break;
-    case ElementFormat:
-        m_stContent.strFormat += pText;
-        break;
-    default:
-        VQM_LOG_SCHEDULE("OnElementData - Unknown Element \n");
-        break;
     }
 }
 
@@ -311,10 +325,13 @@ void CVQMScheduleContainer::ParseItemElements(const char* pName, const char** pp
         const Slot slot = slots.Next();
         if (slot.IsMissing()) {
             VQM_LOG_SCHEDULE("pAttribute or pValue is wrong");
-        } else if (std::string_view(slot.name) == "id") {
+            continue;
+        }
+        const std::string_view name = slot.name;
+        if (name == "id") {
             m_stContent.strID = slot.value;
             VQM_LOG_SCHEDULE("item - id %s \n", m_stContent.strID.c_str());
-        } else if (std::string_view(slot.name) == "order") {
+        } else if (name == "order") {
             StrToNumber(slot.value, m_stContent.nOrder);
             VQM_LOG_SCHEDULE("item - order %d \n", m_stContent.nOrder);
         } else {

@@ -34,7 +34,8 @@ public:
     bool ReadFrom(IVQMSerialize* pSerialize) override;
 
     /// Copies all fields of `*pSource`, schedules and their contents included, over those of
-    /// `*pDest`. With a null pointer nothing is copied, which is logged.
+    /// `*pDest`. With a null pointer nothing is copied, which is logged. Without memory for the copy
+    /// `*pDest` stays as it was.
     void CopyPolicyMember(_VQMPolicy* pSource, _VQMPolicy* pDest);
 
     // The steps of a parse, for `ReadFrom` and for sources of events other than the serializer.
@@ -65,6 +66,9 @@ public:
     bool CheckStringHasOnlyNumber(const std::string& strNumber);
 
 private:
+    void CloseItem();
+    void CloseSchedule();
+
     /// The child of an item whose text is being read.
     enum _ElementState { ElementNone = 0, ElementName = 1, ElementSize = 2, ElementFormat = 3 };
 

@@ -12,6 +12,7 @@
 struct CVQMXMLSerialize::_Parse {
     bool bStopped = false;
     std::exception_ptr pThrown; ///< by the target
+    CVQMDataBufferObject text;  ///< the current text; its memory serves all texts of the document
 };
 
 IVQMSerialize::~IVQMSerialize() = default;
@@ -137,29 +138,39 @@ void CVQMXMLSerialize::OnElementData(void* pUserData, const char* pText, int nLe
         VQM_LOG_DEBUG("OnElementData - data is null \n");
         return;
     }
-    CVQMDataBufferObject text;
-    if (pThis->CopyText(pText, nLength, text)) {
-        pThis->m_pText = text.GetData();
-        pThis->Deliver(PARSING_ELEMENT_DATA);
+    // A text that is told while another one is being delivered must leave that one alone.
+    if (pThis->m_pParse != nullptr && pThis->m_pText == nullptr) {
+        pThis->DeliverText(pText, nLength, pThis->m_pParse->text);
+    } else {
+        pThis->DeliverOwnText(pText, nLength);
     }
 }
 
+void CVQMXMLSerialize::DeliverOwnText(const char* pText, int nLength)
+{
+    CVQMDataBufferObject text;
+    DeliverText(pText, nLength, text);
+}
+
+// The two that run for every event of a document are told to be inlined.
+
 /// Without memory for the copy there is no event, and a parse ends as it does at any other error.
-bool CVQMXMLSerialize::CopyText(const char* pText, int nLength, CVQMDataBufferObject& text)
+inline void CVQMXMLSerialize::DeliverText(const char* pText, int nLength, CVQMDataBufferObject& copy)
 {
     try {
-        text.InsertData(pText, static_cast<uVQMINT64>(nLength));
-        text.InsertData("", 1);
-        return true;
+        copy.Clear();
+        copy.InsertText(pText, static_cast<uVQMINT64>(nLength));
     } catch (const std::exception&) {
         if (m_pParse != nullptr) {
             Stop();
         }
-        return false;
+        return;
     }
+    m_pText = copy.GetData();
+    Deliver(PARSING_ELEMENT_DATA);
 }
 
-void CVQMXMLSerialize::Deliver(int nStep)
+inline void CVQMXMLSerialize::Deliver(int nStep)
 {
     m_nParsingStep = nStep;
     // A stopped parser may still have an event or two to tell.
@@ -178,7 +189,7 @@ void CVQMXMLSerialize::Deliver(int nStep)
     ForgetEvent();
 }
 
-void CVQMXMLSerialize::ForgetEvent()
+inline void CVQMXMLSerialize::ForgetEvent()
 {
     m_pElementName = nullptr;
     m_ppAttributes = nullptr;
@@ -189,24 +200,4 @@ void CVQMXMLSerialize::Stop()
 {
     m_pParse->bStopped = true;
     XML_StopParser(m_pParser, XML_FALSE);
-}
-
-int CVQMXMLSerialize::GetParsingStep()
-{
-    return m_nParsingStep;
-}
-
-const char* CVQMXMLSerialize::GetParsingElementName() const
-{
-    return m_pElementName;
-}
-
-const char** CVQMXMLSerialize::GetParsingAttributes()
-{
-    return m_ppAttributes;
-}
-
-const char* CVQMXMLSerialize::GetParsingText() const
-{
-    return m_pText;
 }

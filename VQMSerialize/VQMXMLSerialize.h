@@ -1,5 +1,7 @@
 #pragma once
 
+#include <typeinfo>
+
 #include "Common/VQMDataObject.h"
 
 struct XML_ParserStruct; // expat's parser
@@ -63,18 +65,18 @@ public:
     bool Deserialize(const char* pData, CVQMDataSerializableObject* pObj) override;
 
     /// The current step, or the last one between two steps.
-    int GetParsingStep();
+    int GetParsingStep() { return m_nParsingStep; }
 
     // What belongs to the current step, else null; valid until `ReadFrom` returns.
 
     /// The element's name, during a start or an end.
-    const char* GetParsingElementName() const;
+    const char* GetParsingElementName() const { return m_pElementName; }
 
     /// Names and values in turns, ended by a null name; during a start.
-    const char** GetParsingAttributes();
+    const char** GetParsingAttributes() { return m_ppAttributes; }
 
     /// One piece of text as the parser splits it; white space between elements is text too.
-    const char* GetParsingText() const;
+    const char* GetParsingText() const { return m_pText; }
 
     ~CVQMXMLSerialize() override;
 
@@ -97,10 +99,21 @@ private:
     struct _Parse;
 
     bool Parse(int nLength);
-    bool CopyText(const char* pText, int nLength, CVQMDataBufferObject& text);
+    void DeliverOwnText(const char* pText, int nLength);
+    void DeliverText(const char* pText, int nLength, CVQMDataBufferObject& copy);
     void Deliver(int nStep);
     void ForgetEvent();
     void Stop();
 
     _Parse* m_pParse = nullptr; ///< set while the parser runs
 };
+
+/// A `dynamic_cast`: null when the serializer is of another class, or null.
+inline CVQMXMLSerialize* VQMAsXMLSerialize(IVQMSerialize* pSerialize)
+{
+    // Targets ask with every event, and nearly always it is this very class: a comparison tells.
+    if (pSerialize != nullptr && &typeid(*pSerialize) == &typeid(CVQMXMLSerialize)) {
+        return static_cast<CVQMXMLSerialize*>(pSerialize);
+    }
+    return dynamic_cast<CVQMXMLSerialize*>(pSerialize);
+}

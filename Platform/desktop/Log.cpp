@@ -22,8 +22,14 @@ namespace desktop {
 
 namespace {
 
-constexpr int kThresholdUnread = -1;
+/// No line is below it.
+constexpr int kThresholdUnread = std::numeric_limits<int>::min();
 std::atomic<int> threshold{kThresholdUnread};
+
+bool IsBelowThreshold(int priority)
+{
+    return priority < threshold.load(std::memory_order_relaxed);
+}
 
 struct NamedLevel {
     const char* name;
@@ -36,8 +42,8 @@ constexpr NamedLevel kLevels[] = {
     {"debug", DLOG_DEBUG}, {"info", DLOG_INFO}, {"warn", DLOG_WARN}, {"error", DLOG_ERROR}, {"silent", kNothing},
 };
 
-/// The first line of the process reads the environment; later ones find the result.
-int ReadThreshold()
+/// For the process's first line; later ones find the result.
+void ReadThreshold()
 {
     const char* wanted = std::getenv("DLOG_LEVEL");
     int level = DLOG_DEBUG;
@@ -53,16 +59,6 @@ int ReadThreshold()
         PLATFORM_LOG(DLOG_WARN, "DLOG_LEVEL is \"%s\"; expected debug, info, warn, error or silent: taking debug",
                      wanted);
     }
-    return level;
-}
-
-bool PassesThreshold(int priority)
-{
-    int level = threshold.load(std::memory_order_relaxed);
-    if (level == kThresholdUnread) {
-        level = ReadThreshold();
-    }
-    return priority >= level;
 }
 
 char Letter(int priority)
@@ -191,35 +187,48 @@ private:
     std::size_t size_ = 0; ///< of the message
 };
 
+/// Kept out of `dlog_print`, where a dropped line's way is short.
+[[gnu::noinline]] __attribute__((format(printf, 3, 0))) int Print(int priority, const char* tag, const char* format,
+                                                                  va_list arguments)
+{
+    if (threshold.load(std::memory_order_relaxed) == kThresholdUnread) {
+        ReadThreshold();
+        if (IsBelowThreshold(priority)) {
+            return 0;
+        }
+    }
+    const int savedErrno = errno;
+    int result = -1;
+    try {
+        Line line(priority, tag != nullptr ? tag : "");
+        va_list again;
+        va_copy(again, arguments);
+        errno = savedErrno; // the format may hold a %m
+        if (!line.Format(format, arguments)) {
+            errno = savedErrno;
+            line.FormatWhole(format, again);
+        }
+        va_end(again);
+        result = line.Write();
+    } catch (const std::bad_alloc&) {
+        result = -1; // the line is lost, the program is not
+    }
+    errno = savedErrno;
+    return result;
+}
+
 } // namespace
 
 } // namespace desktop
 
 int dlog_print(log_priority prio, const char* tag, const char* fmt, ...)
 {
-    const int savedErrno = errno;
-    if (!desktop::PassesThreshold(prio)) {
-        errno = savedErrno;
+    if (desktop::IsBelowThreshold(prio)) {
         return 0;
     }
-    int result = -1;
-    try {
-        desktop::Line line(prio, tag != nullptr ? tag : "");
-        va_list arguments;
-        va_start(arguments, fmt);
-        errno = savedErrno; // the format may hold a %m
-        const bool complete = line.Format(fmt, arguments);
-        va_end(arguments);
-        if (!complete) {
-            va_start(arguments, fmt);
-            errno = savedErrno;
-            line.FormatWhole(fmt, arguments);
-            va_end(arguments);
-        }
-        result = line.Write();
-    } catch (const std::bad_alloc&) {
-        result = -1; // the line is lost, the program is not
-    }
-    errno = savedErrno;
+    va_list arguments;
+    va_start(arguments, fmt);
+    const int result = desktop::Print(prio, tag, fmt, arguments);
+    va_end(arguments);
     return result;
 }

@@ -65,7 +65,7 @@ TEST(XMLSerializeMemory, ExhaustionAtAnyPointLeavesEverythingUsable)
         allocation_fault::FailNth(n);
         switch (Read(container)) {
         case Outcome::Read: {
-            EXPECT_GT(failed, 5);
+            EXPECT_GT(failed, 0);
             EXPECT_GT(thrown, 5);
             _VQMPolicy policy;
             container.GetSturcture(&policy);
