@@ -253,8 +253,11 @@ bool CVQMSyncDemoMonitor::ParseStoredSchedule(std::string path, _VQMPolicy* targ
 
 void CVQMSyncDemoMonitor::GetCurrentPolicy(_VQMPolicy& out)
 {
+    // The copy is complete before it takes the place of what was there.
     boost::mutex::scoped_lock lock(m_policyMutex);
-    out = m_stCurrentPolicy;
+    _VQMPolicy copy(m_stCurrentPolicy);
+    lock.unlock();
+    out = std::move(copy);
 }
 
 void CVQMSyncDemoMonitor::ClearCurrentPlolicy()

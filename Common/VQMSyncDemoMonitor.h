@@ -68,10 +68,11 @@ public:
     /// Reads and parses one schedule file. The policy goes to `target`, which the caller owns; with
     /// null it becomes the current policy, contents unchecked. False when `path` is empty, cannot
     /// be read or does not parse: the target stays as it was. The answers of `CheckHaveSchedule`
-    /// and `CheckHaveContents` stay.
+    /// and `CheckHaveContents` stay. Throws `std::bad_alloc`; the target stays then as well.
     bool ParseStoredSchedule(std::string path, _VQMPolicy* target);
 
-    /// Copies the current policy to `out`. `bError` is true until a check has stored one.
+    /// Copies the current policy to `out`. `bError` is true until a check has stored one. Throws
+    /// `std::bad_alloc`; `out` stays as it was then.
     void GetCurrentPolicy(_VQMPolicy& out);
 
     /// Resets the current policy in part: check period, version, expiration and IP type stay as

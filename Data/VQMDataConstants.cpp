@@ -147,7 +147,8 @@ void CVQMDataConstants::OnStartElement(const char* name, const char** attributes
         } else if (std::strcmp(attribute, kKeyAttribute) == 0) {
             key = value;
         } else if (std::strcmp(attribute, kValueAttribute) == 0) {
-            m_DataCache[key] = value;
+            // The text is there before its key is.
+            m_DataCache[key] = std::string(value);
         } else {
             VQM_LOG_DEBUG("OnStartElement - Unknown attribute\n");
         }

@@ -20,6 +20,7 @@ public:
     /// Reads the file at `filePath` and adds its values to those that are there; a key that is
     /// there already takes the new value. False, logged at debug priority, when the path is empty
     /// or the file cannot be read or is not well-formed; what was read before a parse error stays.
+    /// Throws `std::bad_alloc` when a value cannot be kept; those that are kept are whole.
     static bool Initialize(std::string filePath);
 
     // Look-ups. While no value was ever loaded, the output stays as it is. After that a key that

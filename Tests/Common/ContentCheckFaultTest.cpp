@@ -10,6 +10,7 @@
 
 #include "Common/VQMException.h"
 #include "Tests/Common/ContentCheckFixture.h"
+#include "Tests/Platform/Descriptors.h"
 #include "Tests/Platform/AllocationFault.h"
 #include "Tests/Platform/ProcessLimits.h"
 #include "Tests/Platform/WithoutOverride.h"
@@ -57,12 +58,6 @@ protected:
     }
 
     static std::string ParseError() { return ParserLine("  PraseError !!!!\n"); }
-
-    static std::size_t OpenDescriptors()
-    {
-        const fs::directory_iterator descriptors("/proc/self/fd");
-        return static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)));
-    }
 };
 
 TEST_F(ContentCheckFault, AScheduleWithoutASizeExistsAndDoesNotParse)

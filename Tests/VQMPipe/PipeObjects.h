@@ -5,6 +5,7 @@
 #include <iterator>
 #include <string>
 
+#include "Tests/Platform/Descriptors.h"
 #include "VQMPipe/VQMFilePipe.h"
 #include "VQMSerialize/VQMXMLSerialize.h"
 
@@ -73,10 +74,3 @@ struct OtherRequest : CVQMDataStructureObject {
     void GetSturcture(void* /*pStructure*/) override {}
     void SetStructure(void* /*pStructure*/) override {}
 };
-
-/// How many descriptors the process has open.
-inline std::size_t OpenDescriptors()
-{
-    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)));
-}
