@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kDelay{1000};
 constexpr std::chrono::milliseconds kInterval{100};
+constexpr std::size_t kNarrowestBar = 4;
 constexpr std::size_t kWidestBar = 40;
 constexpr std::size_t kUsualColumns = 80;
 
@@ -39,7 +40,7 @@ void ProgressBar::Show(std::size_t done, std::size_t total, const std::string& w
     std::string line;
     // The bar takes what the text leaves; a line that is full would begin another.
     const std::size_t room = columns_ > text.size() + 3 ? columns_ - text.size() - 3 : 0;
-    if (const std::size_t width = std::min(room, kWidestBar); width > 0) {
+    if (const std::size_t width = std::min(room, kWidestBar); width >= kNarrowestBar) {
         const auto full = static_cast<std::size_t>(static_cast<unsigned long long>(width) * done / total);
         line = "[" + std::string(full, '#') + std::string(width - full, '.') + "]";
     }

@@ -24,7 +24,9 @@ DocumentFile Examine(const std::string& path)
     }
     if (!S_ISREG(status.st_mode)) {
         const bool waits = S_ISFIFO(status.st_mode);
-        return {DocumentState::kUnreadable, "is " + std::string(KindName(status.st_mode)), waits};
+        return {DocumentState::kUnreadable,
+                std::string("is ") + KindName(status.st_mode) + (waits ? ", where reading waits for a writer" : ""),
+                waits};
     }
     if (status.st_size > INT_MAX) {
         return {DocumentState::kUnreadable,

@@ -1,0 +1,30 @@
+"""A set's directories with the sample in them, in a sandbox of a test's own."""
+
+import os
+import subprocess
+from pathlib import Path
+
+from conftest import APP_ID, BUILD
+
+ROOT = Path(__file__).parents[2]
+RES = f"/opt/usr/apps/{APP_ID}/res"
+RECH = f"/opt/usr/apps/{APP_ID}/RECH"
+MEDIA = "/opt/data/demo_movie"
+
+
+class Shop:
+    def __init__(self, home):
+        self.environment = {**home.environment, "VQM_APP_ID": APP_ID, "DLOG_LEVEL": "error", "TZ": "UTC",
+                            "PATH": f"{BUILD / 'bin'}:{ROOT / 'Scripts'}:{os.environ['PATH']}",
+                            "out": str(home.folder), "res": RES, "rech": RECH, "media": MEDIA}
+
+    def command(self, script, *options):
+        return [ROOT / "Scripts/sandbox", *options, "sh", "-c", script]
+
+    def run(self, script, *options, **streams):
+        streams = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **streams}
+        return subprocess.run(self.command(script, *options), env=self.environment, timeout=120, **streams)
+
+    def start(self, script, *options):
+        return subprocess.Popen(self.command(script, *options), env=self.environment, stdin=subprocess.PIPE,
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)

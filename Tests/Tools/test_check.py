@@ -1,0 +1,398 @@
+"""vqmctl check, in a sandbox with the sample set: constants, a schedule of three items, and their files."""
+
+import fcntl
+import json
+import os
+import pty
+import re
+import signal
+import struct
+import subprocess
+import termios
+
+import jsonschema
+import pytest
+from conftest import BUILD
+from shop import MEDIA, RECH, RES, ROOT, Shop
+
+SCHEDULE = f"{RECH}/schedule.xml"
+READY = "ready: schedule there, 3 of 3 items complete\n"
+NO_SCHEDULE = "not ready: no schedule that can be read\n"
+# As the person at the set, who may not read everything.
+PLAIN_USER = "setpriv --inh-caps=-dac_override,-dac_read_search --bounding-set=-dac_override,-dac_read_search"
+
+
+@pytest.fixture
+def shop(home):
+    return Shop(home)
+
+
+def check_json(text):
+    schema = json.loads((ROOT / "Docs/schemas/check.schema.json").read_text())
+    jsonschema.Draft202012Validator.check_schema(schema)
+    assert text.isascii()
+    document = json.loads(text)
+    jsonschema.Draft202012Validator(schema).validate(document)
+    return document
+
+
+def without_sizes_of_the_disk(text):
+    return re.sub(r"[0-9.]+ [kMGTP]?B(ytes)? free", "SPACE free", text)
+
+
+def test_a_ready_set(shop):
+    result = shop.run("vqmctl check")
+    assert (result.returncode, result.stderr) == (0, b"")
+    assert without_sizes_of_the_disk(result.stdout.decode()) == (
+        f"constants: {RES}/constants.xml (ScheduleFile is 'schedule.xml')\n"
+        f"schedule:  {SCHEDULE} (2 periods, 3 items, expires on 2030-12-31)\n"
+        f"media:     {MEDIA}/ (3 of 3 items complete, 0 bytes to copy, SPACE free)\n" + READY)
+
+
+def test_a_ready_set_as_json(shop):
+    result = shop.run("vqmctl check --json")
+    assert (result.returncode, result.stderr) == (0, b"")
+    document = check_json(result.stdout)
+    assert document["contents"].pop("bytes_free") > 0
+    files = document["contents"].pop("files")
+    assert document == {
+        "schema_version": 1,
+        "verdict": {"ready": True, "ran": True, "problem": None, "schedule": True, "contents": True},
+        "constants": {"path": f"{RES}/constants.xml", "state": "loaded", "problem": None,
+                      "schedule_file": "schedule.xml"},
+        "schedule": {"directory": f"{RECH}/", "path": SCHEDULE, "state": "loaded", "problem": None, "periods": 2,
+                     "items": 3, "item_count": 3, "bytes": 1075843072, "total_size": 1075843072, "state_is_ok": True,
+                     "expiration": "2030-12-31", "expiry": "to-come"},
+        "contents": {"directory": f"{MEDIA}/", "directory_present": True, "complete": 3, "bytes_to_copy": 0},
+        "remarks": [],
+    }
+    assert files[2] == {"period": 2, "name": "evening.mp4", "path": f"{MEDIA}/evening.mp4", "kind": "file",
+                        "announced": 1073740800, "size": 1073740800, "counts": True, "readable": True,
+                        "problem": None}
+    assert [file["name"] for file in files] == ["intro.mp4", "logo.jpg", "evening.mp4"]
+
+
+def item(name, size=5, form="mp4"):
+    return f"<item id='{name}' order='1'><name>{name}</name><size>{size}</size><format>{form}</format></item>"
+
+
+def schedule(items, project="", state="ok"):
+    return (f"<rsp state='{state}'>{project}<schedule start_time='09:00:00' end_time='18:30:00'>{items}</schedule>"
+            "</rsp>")
+
+
+def store(document):
+    """A shell's words that make a document the schedule."""
+    assert '"' not in document
+    return f'printf %s "{document}" >$rech/schedule.xml'
+
+
+def lines(*remarks):
+    return "".join(f"{remark}\n" for remark in remarks)
+
+
+KEYLESS = "[no-schedule-file]"
+DIRECTORY = (f"problem: without a name for the schedule the set looks for the directory '{RECH}/' itself, which is no "
+             "schedule [schedule-is-directory]")
+CONSTANTS = f"the constants file '{RES}/constants.xml'"
+UNNAMED = "; without it the set knows no name of a schedule"
+FIVE = "truncate -s 5 $media/a.mp4; "
+
+FAULTS = {
+    "no constants": ("rm $res/constants.xml", 1, lines(
+        f"problem: {CONSTANTS} is missing{UNNAMED} [constants-missing]", DIRECTORY) + NO_SCHEDULE),
+    "no constants, no directory": ("rm -r $res $rech", 1, lines(
+        f"problem: {CONSTANTS} is missing{UNNAMED} [constants-missing]",
+        DIRECTORY.replace("is no schedule", "is missing")) + NO_SCHEDULE),
+    "constants are a directory": ("rm $res/constants.xml; mkdir $res/constants.xml", 1, lines(
+        f"problem: {CONSTANTS} is a directory{UNNAMED} [constants-unreadable]", DIRECTORY) + NO_SCHEDULE),
+    "constants are unreadable": ("chmod 0 $res/constants.xml", 1, lines(
+        f"problem: {CONSTANTS} cannot be read: Permission denied{UNNAMED} [constants-unreadable]",
+        DIRECTORY) + NO_SCHEDULE),
+    "constants are empty": (": >$res/constants.xml", 1, lines(
+        f"problem: {CONSTANTS} cannot be parsed: line 1, column 1: the document is empty; only what stands before that "
+        "place counts [constants-not-well-formed]",
+        f"problem: {CONSTANTS} has no constant ScheduleFile {KEYLESS}", DIRECTORY) + NO_SCHEDULE),
+    "constants broken behind the name": ("echo '<' >>$res/constants.xml", 0, lines(
+        f"note: {CONSTANTS} cannot be parsed: line 5, column 2: not well-formed: not well-formed (invalid token); only "
+        "what stands before that place counts [constants-not-well-formed]") + READY),
+    "a misspelt constant": ("sed -i s/ScheduleFile/SchedulFile/ $res/constants.xml", 1, lines(
+        f"problem: {CONSTANTS} has no constant ScheduleFile; 'SchedulFile' is there {KEYLESS}",
+        DIRECTORY) + NO_SCHEDULE),
+    "a value before its key": ("echo '<c><Data value=\"s.xml\" key=\"ScheduleFile\"/></c>' >$res/constants.xml", 1, lines(
+        f"problem: {CONSTANTS} has no constant ScheduleFile; it has a value without a name: key must stand before value "
+        f"{KEYLESS}", DIRECTORY) + NO_SCHEDULE),
+    "an empty constant": ("sed -i s/schedule.xml// $res/constants.xml", 1, lines(
+        "problem: the constant ScheduleFile is empty; expected the file name of the schedule [schedule-file-empty]",
+        DIRECTORY) + NO_SCHEDULE),
+    "no schedule": ("mv $rech/schedule.xml $rech/shedule.xml", 1, lines(
+        f"problem: the schedule '{SCHEDULE}' is missing; 'shedule.xml' is there [schedule-missing]") + NO_SCHEDULE),
+    "the schedule is a dangling link": ("ln -sf gone $rech/schedule.xml", 1, lines(
+        f"problem: the schedule '{SCHEDULE}' is missing: it is a link to 'gone', which is not there "
+        "[schedule-missing]") + NO_SCHEDULE),
+    "the schedule is a directory": ("rm $rech/schedule.xml; mkdir $rech/schedule.xml", 1, lines(
+        f"problem: the schedule '{SCHEDULE}' is a directory [schedule-unreadable]") + NO_SCHEDULE),
+    "the schedule is unreadable": ("chmod 0 $rech/schedule.xml", 1, lines(
+        f"problem: the schedule '{SCHEDULE}' cannot be read: Permission denied [schedule-unreadable]") + NO_SCHEDULE),
+    "the schedule is empty": (": >$rech/schedule.xml", 1, lines(
+        f"problem: the schedule '{SCHEDULE}' cannot be parsed: line 1, column 1: the document is empty "
+        "[schedule-not-well-formed]") + NO_SCHEDULE),
+    "the schedule is cut short": ("truncate -s 200 $rech/schedule.xml", 1, lines(
+        f"problem: the schedule '{SCHEDULE}' cannot be parsed: line 5, column 3: not well-formed: unclosed token; 'rsp' "
+        "of line 2 is open [schedule-not-well-formed]") + NO_SCHEDULE),
+    "the schedule is noise": ("printf '\\377\\001\\002' >$rech/schedule.xml", 1, lines(
+        f"problem: the schedule '{SCHEDULE}' cannot be parsed: line 1, column 1: not well-formed: not well-formed "
+        "(invalid token) [schedule-not-well-formed]") + NO_SCHEDULE),
+    "the schedule is UTF-16": ("iconv -t UTF-16 $rech/schedule.xml >$res/u; mv $res/u $rech/schedule.xml", 1, lines(
+        f"problem: the schedule '{SCHEDULE}' cannot be parsed: line 1, column 1: the document is encoded in units wider "
+        "than a byte [schedule-not-well-formed]") + NO_SCHEDULE),
+    "no media directory": ("rm -r $media", 1, lines(
+        f"problem: the media directory '{MEDIA}/' is missing [media-directory-missing]",
+        "problem: 'intro.mp4' is missing; the schedule announces 1048576 bytes [file-missing]",
+        "problem: 'logo.jpg' is missing; the schedule announces 1053696 bytes [file-missing]",
+        "problem: 'evening.mp4' is missing; the schedule announces 1073740800 bytes [file-missing]") +
+        "not ready: schedule there, 0 of 3 items complete; the set looks no further than 'intro.mp4'\n"),
+    "another case, and half a file": ("mv $media/logo.jpg $media/Logo.JPG; truncate -s 536870400 $media/evening.mp4", 1,
+        lines("problem: 'logo.jpg' is missing; the schedule announces 1053696 bytes; 'Logo.JPG' is there, but upper and "
+              "lower case count [file-missing]",
+              "problem: 'evening.mp4' has 536870400 bytes; the schedule announces 1073740800 [file-size]") +
+        "not ready: schedule there, 1 of 3 items complete; the set looks no further than 'logo.jpg'\n"),
+    "a file that is too long": ("echo >>$media/intro.mp4", 1, lines(
+        "problem: 'intro.mp4' has 1048577 bytes; the schedule announces 1048576 [file-size]") +
+        "not ready: schedule there, 2 of 3 items complete\n"),
+    "a dangling link": ("ln -sf /mnt/gone $media/intro.mp4", 1, lines(
+        "problem: 'intro.mp4' is missing: it is a link to '/mnt/gone', which is not there; the schedule announces "
+        "1048576 bytes [file-missing]") +
+        "not ready: schedule there, 2 of 3 items complete\n"),
+    "a link that goes in circles": ("ln -sf intro.mp4 $media/intro.mp4", 1, lines(
+        "problem: 'intro.mp4' cannot be examined: Too many levels of symbolic links; it counts as 0 bytes, the schedule "
+        "announces 1048576 [file-not-examined]") +
+        "not ready: schedule there, 2 of 3 items complete\n"),
+    "a directory for a file": ("rm $media/intro.mp4; mkdir $media/intro.mp4", 1, lines(
+        "problem: 'intro.mp4' is a directory; the schedule announces 1048576 bytes [file-of-another-kind]") +
+        "not ready: schedule there, 2 of 3 items complete\n"),
+    "a pipe for a file": ("rm $media/intro.mp4; mkfifo $media/intro.mp4", 1, lines(
+        "problem: 'intro.mp4' is a pipe; the schedule announces 1048576 bytes [file-of-another-kind]") +
+        "not ready: schedule there, 2 of 3 items complete\n"),
+    "a name that is too long": (store(schedule(item("n" * 300))), 1, lines(
+        f"problem: '{'n' * 300}.mp4' cannot be examined: File name too long; it counts as 0 bytes, the schedule "
+        "announces 5 [file-not-examined]") + "not ready: schedule there, 0 of 1 item complete\n"),
+    "a name with a line break": (store(schedule(item("in\ntro"))), 1, lines(
+        "problem: 'in\\x0atro.mp4' is missing; the schedule announces 5 bytes [file-missing]") +
+        "not ready: schedule there, 0 of 1 item complete\n"),
+    "the same file twice": (store(schedule(item("a") + item("a"))), 1, lines(
+        "problem: 'a.mp4' is missing; the schedule announces 5 bytes [file-missing]") +
+        "not ready: schedule there, 0 of 2 items complete; the set looks no further than 'a.mp4'\n"),
+    "more than the disk has room for": (store(schedule(item("a", 2**63) + item("b", 2**63))), 1, lines(
+        "problem: 'a.mp4' is missing; the schedule announces 9223372036854775808 bytes [file-missing]",
+        "problem: 'b.mp4' is missing; the schedule announces 9223372036854775808 bytes [file-missing]",
+        "note: 18.4 EB are to be copied, and the disk has room for ROOM [disk-full]") +
+        "not ready: schedule there, 0 of 2 items complete; the set looks no further than 'a.mp4'\n"),
+    "an absent file of no bytes": (store(schedule(item("a", 0))), 0, lines(
+        "note: 'a.mp4' is announced with 0 bytes: it counts as present, although it is missing [size-0]") +
+        "ready: schedule there, 1 of 1 item complete\n"),
+    "a pipe for a file of no bytes": ("mkfifo $media/a.mp4; " + store(schedule(item("a", 0))), 0, lines(
+        "note: 'a.mp4' is a pipe; it counts, for its size is the announced one [file-of-another-kind]") +
+        "ready: schedule there, 1 of 1 item complete\n"),
+    "a file that cannot be read": ("chmod 0 $media/intro.mp4", 0, lines(
+        "note: 'intro.mp4' has its size, but cannot be read here: Permission denied; the check does not try to "
+        "[file-unreadable]") + READY),
+    "expired": (FIVE + store(schedule(item("a"), "<project expiration='2020-12-31'/>")), 0, lines(
+        "note: the schedule has expired on 2020-12-31; the check does not look at the date [expired]") +
+        "ready: schedule there, 1 of 1 item complete\n"),
+    "an expiration that is no day": (FIVE + store(schedule(item("a"), "<project expiration='2020-13-31'/>")), 0, lines(
+        "note: the schedule expires on 2020-13-31, which is no day; the check does not look at it [expiration-no-day]") +
+        "ready: schedule there, 1 of 1 item complete\n"),
+    "a state that is not ok": (FIVE + store(schedule(item("a"), state="fail")), 0, lines(
+        "note: the schedule's state is not \"ok\"; the check does not ask for it [state-not-ok]") +
+        "ready: schedule there, 1 of 1 item complete\n"),
+    "other totals": (FIVE + store(schedule(item("a"), "<project item_count='2' total_size='6'/>")), 0, lines(
+        "note: item_count is 2, but there are 1 items; the check goes by the items [item-count]",
+        "note: total_size is 6, but the items' sizes add up to 5; the check goes by the items [total-size]") +
+        "ready: schedule there, 1 of 1 item complete\n"),
+    "no items": (store(schedule("")), 0, lines(
+        "note: the schedule names no file: nothing is missing, and nothing plays [no-files]") +
+        "ready: schedule there, it names no file\n"),
+}
+
+
+@pytest.mark.parametrize("fault", FAULTS)
+def test_each_fault_is_explained_and_the_verdict_is_the_librarys(shop, fault):
+    prepare, code, expected = FAULTS[fault]
+    result = shop.run(f"""{prepare}
+        {PLAIN_USER} {BUILD}/bin/vqmctl check; echo code $?
+        {PLAIN_USER} {BUILD}/bin/vqmctl check --json >$out/json; echo code $?
+        DLOG_LEVEL=silent {PLAIN_USER} {BUILD}/bin/example_content_check >$out/library; echo code $?""")
+    shown = re.sub(r"room for [0-9.]+ [kMGTPE]?B", "room for ROOM", result.stdout.decode())
+    assert result.stderr == b""
+    head, _, rest = shown.partition("media: ")
+    assert rest.partition("\n")[2] == expected + 3 * f"code {code}\n"
+    remarks = check_json((shop_out(shop) / "json").read_bytes())["remarks"]
+    assert [(remark["rule"], remark["decides"]) for remark in remarks] == [
+        (line.rpartition("[")[2][:-1], line.startswith("problem"))
+        for line in expected.splitlines() if line.endswith("]")]
+
+
+def shop_out(shop):
+    return type(ROOT)(shop.environment["out"])
+
+
+@pytest.mark.parametrize("prepare, problem", [
+    ("rm $rech/schedule.xml; mkfifo $rech/schedule.xml",
+     f"the schedule '{SCHEDULE}' is a pipe, where reading waits for a writer"),
+    ("truncate -s 3G $rech/schedule.xml",
+     f"the schedule '{SCHEDULE}' is larger than the 2147483647 bytes that can be parsed"),
+    ("chmod 0 $rech", f"the schedule '{SCHEDULE}' cannot be examined: Permission denied"),
+])
+def test_a_check_that_cannot_run_is_no_verdict(shop, prepare, problem):
+    result = shop.run(f"""{prepare}
+        export DLOG_LEVEL=silent
+        {PLAIN_USER} {BUILD}/bin/vqmctl check; echo code $?
+        {PLAIN_USER} {BUILD}/bin/vqmctl check --json >$out/json; echo code $?""")
+    assert result.stderr == b""
+    assert result.stdout.decode().partition("media: ")[2].partition("\n")[2] == (
+        f"problem: the check did not run: {problem} [not-checked]\nnot checked: {problem}\ncode 3\ncode 3\n")
+    verdict = check_json((shop_out(shop) / "json").read_bytes())["verdict"]
+    assert verdict == {"ready": False, "ran": False, "problem": problem, "schedule": False, "contents": False}
+
+
+def test_constants_in_a_pipe_are_not_waited_for(shop):
+    result = shop.run("rm $res/constants.xml; mkfifo $res/constants.xml; exec vqmctl check")
+    assert result.returncode == 1
+    assert (f"problem: {CONSTANTS} is a pipe, where reading waits for a writer{UNNAMED} [constants-unreadable]\n".encode()
+            in result.stdout)
+
+
+def test_the_constants_may_lie_elsewhere(shop):
+    result = shop.run(r"""name=$out/$(printf 'odd\377\033')
+        mv $res/constants.xml "$name"
+        vqmctl check --constants "$name" && vqmctl check --json --constants - <"$name" """)
+    assert (result.returncode, result.stderr) == (0, b"")
+    assert f"constants: {shop.environment['out']}/odd\\xff\\x1b (ScheduleFile is".encode() in result.stdout
+    assert check_json(result.stdout[result.stdout.index(b"{"):])["constants"]["path"] == "<stdin>"
+
+
+def test_a_hundred_thousand_files(shop):
+    result = shop.run(f"""python3 - <<'END'
+import os
+os.truncate(os.open('{MEDIA}/0.mp4', os.O_CREAT | os.O_WRONLY), 5)
+for number in range(1, 100000):
+    os.link('{MEDIA}/0.mp4', f'{MEDIA}/{{number}}.mp4')
+os.unlink('{MEDIA}/99999.mp4')
+with open('{SCHEDULE}', 'w') as file:
+    file.write("<rsp state='ok'><schedule start_time='09:00:00' end_time='18:30:00'>")
+    for number in range(100000):
+        file.write(f"<item id='{{number}}' order='1'><name>{{number}}</name><size>5</size><format>mp4</format></item>")
+    file.write("</schedule></rsp>")
+END
+        exec vqmctl check""")
+    assert result.returncode == 1
+    assert result.stdout.endswith(
+        b"problem: '99999.mp4' is missing; the schedule announces 5 bytes [file-missing]\n"
+        b"not ready: schedule there, 99999 of 100000 items complete\n")
+
+
+@pytest.mark.parametrize("options", ["", "--json"])
+def test_a_reader_that_has_gone_leaves_no_trace(shop, options):
+    read, write = os.pipe()
+    os.close(read)
+    for prepare, code in (("true", 0), ("rm $media/intro.mp4", 1)):
+        result = shop.run(f"{prepare}; exec vqmctl check {options}", stdout=write)
+        assert (result.returncode, result.stderr) == (code, b"")
+    os.close(write)
+
+
+def test_a_full_disk_is_told(shop):
+    with open("/dev/full", "wb") as full:
+        result = shop.run("exec vqmctl check", stdout=full)
+    assert (result.returncode, result.stderr) == (3, b"vqmctl: cannot write to stdout: No space left on device\n")
+
+
+def test_a_quick_check_draws_nothing_on_a_terminal(shop):
+    controller, terminal = pty.openpty()
+    fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 80, 0, 0))
+    assert shop.run("exec vqmctl check", stderr=terminal).returncode == 0
+    os.set_blocking(controller, False)
+    with pytest.raises(BlockingIOError):
+        os.read(controller, 100)
+    os.close(terminal)
+    os.close(controller)
+
+
+@pytest.mark.parametrize("arguments, line", [
+    (["--watch", "--constants", "-"], "--watch needs a file to watch; expected --constants FILE instead of '-'"),
+    (["now"], "unexpected argument 'now'; see 'vqmctl check --help'"),
+])
+def test_the_command_line_is_checked(home, arguments, line):
+    result = home.vqmctl("check", *arguments)
+    assert (result.returncode, result.stdout, result.stderr) == (2, "", f"vqmctl: {line}\n")
+
+
+class Watched:
+    """A watch in a sandbox whose shell does what it is told."""
+
+    def __init__(self, shop, options="--json"):
+        self.shell = shop.start(f"vqmctl check --watch {options} & exec sh -s $!")
+
+    def do(self, command):
+        self.shell.stdin.write(command + "\n")
+        self.shell.stdin.flush()
+
+    def remarks(self):
+        document = check_json(self.shell.stdout.readline())
+        return document["verdict"]["ready"], [remark["rule"] for remark in document["remarks"]]
+
+    def end(self, signal_name="TERM"):
+        self.do(f"kill -{signal_name} $1; while kill -0 $1; do sleep 0.05; done 2>$out/ignored; exit")
+        output, complaints = self.shell.communicate(timeout=60)
+        assert complaints == ""
+        return output
+
+
+def test_watch_prints_each_changed_verdict(shop):
+    watched = Watched(shop)
+    assert watched.remarks() == (True, [])
+    for change, expected in [
+        ("rm $media/logo.jpg", (False, ["file-missing"])),
+        ("truncate -s 5 $media/logo.jpg", (False, ["file-size"])),
+        ("truncate -s 6 $media/logo.jpg; sleep 0.5; truncate -s 1053696 $media/logo.jpg", (True, [])),
+        ("mv $res $res.away", (False, ["constants-missing", "schedule-is-directory"])),
+        ("mv $res.away $res", (True, [])),
+        ("mv $media /opt/away", (False, ["media-directory-missing"] + 3 * ["file-missing"])),
+        ("mv /opt/away $media", (True, [])),
+        ("mv $rech/schedule.xml $rech/s", (False, ["schedule-missing"])),
+        ("mv $rech/s $rech/schedule.xml", (True, [])),
+        ("chmod 1 $media; touch $media; rm -r $rech", (False, ["schedule-missing"])),
+    ]:
+        watched.do(change)
+        assert watched.remarks() == expected
+    assert watched.end() == ""
+
+
+def test_watch_shows_whole_reports_to_people(shop):
+    watched = Watched(shop, "")
+    first = [watched.shell.stdout.readline() for _ in range(4)]
+    assert first[3] == READY
+    watched.do("rm $media/logo.jpg")
+    second = [watched.shell.stdout.readline() for _ in range(6)]
+    assert second[0] == "\n"
+    assert second[4].startswith("problem: 'logo.jpg' is missing")
+    assert second[5] == "not ready: schedule there, 2 of 3 items complete\n"
+    assert watched.end("INT") == ""
+
+
+def test_watch_ends_with_its_reader_and_tells_the_last_verdict(shop):
+    watch = shop.start("rm $media/logo.jpg; exec vqmctl check --watch --json")
+    check_json(watch.stdout.readline())
+    watch.stdout.close()
+    assert watch.wait(timeout=60) == 1
+    assert watch.stderr.read() == ""
+    watch.stdin.close()
+
+
+def test_watch_ends_on_ctrl_c(shop):
+    watch = shop.start("exec vqmctl check --watch --json")
+    assert check_json(watch.stdout.readline())["verdict"]["ready"]
+    watch.send_signal(signal.SIGINT)
+    assert watch.wait(timeout=60) == 0
+    assert watch.stderr.read() == ""
