@@ -9,3 +9,4 @@ void AddConstantsCommands(CommandLine& line);
 void AddRemoteCommands(CommandLine& line);
 void AddScheduleCommands(CommandLine& line);
 void AddSettingCommands(CommandLine& line);
+void AddStatusCommand(CommandLine& line);

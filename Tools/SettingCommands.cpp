@@ -10,11 +10,10 @@
 #include "Tools/Commands.h"
 #include "Tools/Failure.h"
 #include "Tools/MainLoop.h"
+#include "Tools/SettingKey.h"
 #include "Tools/Terminal.h"
 
 namespace {
-
-constexpr char kSettingKey[] = "db/menu/syncdemo/state";
 
 const char* StateName(bool enabled)
 {

@@ -12,6 +12,7 @@ int main(int argc, char** argv)
     AddSettingCommands(line);
     AddRemoteCommands(line);
     AddScheduleCommands(line);
+    AddStatusCommand(line);
     AddCheckCommand(line);
     AddConstantsCommands(line);
     return line.Run(argc, argv);

@@ -15,6 +15,19 @@ BusMessage NotificationDaemon::Request(const char* interface, const char* method
     return BusMessage(dbus_message_new_method_call(uniqueName_.c_str(), kNotificationsPath, interface, method));
 }
 
+std::string NotificationDaemon::ProductName()
+{
+    const BusMessage request = Request(kNotificationsName, "GetServerInformation");
+    BusMessage reply;
+    const char* name = nullptr;
+    // The daemon's maker and versions follow.
+    if (bus_.Call(request.get(), reply) != BusAnswer::kDone ||
+        dbus_message_get_args(reply.get(), nullptr, DBUS_TYPE_STRING, &name, DBUS_TYPE_INVALID) == FALSE) {
+        return "";
+    }
+    return name;
+}
+
 BusAnswer NotificationDaemon::Inhibit(const char* applicationId, const char* reason, std::uint32_t& cookie)
 {
     const BusMessage request = Request(kNotificationsName, "Inhibit");

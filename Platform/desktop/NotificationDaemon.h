@@ -17,6 +17,9 @@ public:
 
     const std::string& UniqueName() const { return uniqueName_; }
 
+    /// What the daemon calls itself, such as "dunst". Empty: it does not tell.
+    std::string ProductName();
+
     /// The desktop's own way to hold notifications back; `cookie` ends it, and so does the end of
     /// the connection.
     BusAnswer Inhibit(const char* applicationId, const char* reason, std::uint32_t& cookie);

@@ -1,6 +1,7 @@
 import pytest
 
 from desktop import TOOL_KEYS, Keyboard, new_desktop
+from notifications import start_bus
 
 
 @pytest.fixture
@@ -24,3 +25,10 @@ def keyboard(desktop):
     created = Keyboard(desktop)
     created.add(*TOOL_KEYS.values())
     return created
+
+
+@pytest.fixture
+def bus(desktop):
+    """The desktop with a session bus of its own."""
+    start_bus(desktop)
+    return desktop

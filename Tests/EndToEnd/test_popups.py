@@ -7,34 +7,7 @@ import time
 import pytest
 
 from desktop import wait_until
-
-
-@pytest.fixture
-def bus(desktop):
-    """A session bus of the desktop's own."""
-    address = f"unix:path={desktop.runtime}/bus"
-    desktop.run(
-        ["dbus-daemon", "--session", "--nofork", "--nopidfile", f"--address={address}"], name="bus"
-    )
-    wait_until((desktop.runtime / "bus").exists, "the bus listens")
-    desktop.environment["DBUS_SESSION_BUS_ADDRESS"] = address
-    return desktop
-
-
-def start_dunst(desktop, name="dunst"):
-    daemon = desktop.run(["dunst", "-conf", "/dev/null"], name=name)
-    wait_until(lambda: has_daemon(desktop), "dunst owns its name")
-    return daemon
-
-
-def has_daemon(desktop):
-    """Asks the bus, which starts nothing for this question."""
-    completed = subprocess.run(
-        ["dbus-send", "--session", "--print-reply=literal", "--dest=org.freedesktop.DBus", "/org/freedesktop/DBus",
-         "org.freedesktop.DBus.NameHasOwner", "string:org.freedesktop.Notifications"],
-        env=desktop.environment, capture_output=True, text=True, check=True, timeout=10,
-    )
-    return "true" in completed.stdout
+from notifications import has_daemon, set_paused, start_dunst
 
 
 def paused(desktop):
@@ -81,7 +54,7 @@ def test_restarted_daemon_is_asked_again(bus):
 
 def test_what_the_user_had_paused_stays_paused(bus):
     start_dunst(bus)
-    subprocess.run(["dunstctl", "set-paused", "true"], env=bus.environment, check=True)
+    set_paused(bus, True)
     application = bus.start_application()
     assert paused(bus)
     assert application.stop() == 0
@@ -91,7 +64,7 @@ def test_what_the_user_had_paused_stays_paused(bus):
 @pytest.mark.parametrize("before", [False, True])
 def test_after_a_kill_the_next_run_restores_what_was(bus, before):
     start_dunst(bus)
-    subprocess.run(["dunstctl", "set-paused", str(before).lower()], env=bus.environment, check=True)
+    set_paused(bus, before)
     first = bus.start_application("first")
     first.stop(signal.SIGKILL)
     assert paused(bus)

@@ -1,0 +1,320 @@
+"""`vqmctl status`, on real displays, buses and files."""
+
+import contextlib
+import datetime
+import json
+import os
+import signal
+import socket
+import subprocess
+from pathlib import Path
+
+import jsonschema
+import pytest
+from Xlib import X
+
+from desktop import APP_ID, BUILD, PATIENCE, SETTING_KEY, TOOL_KEYS, Keyboard, new_desktop, wait_until
+from notifications import set_paused, start_dunst
+
+ROOT = Path(__file__).parents[2]
+VQMCTL = BUILD / "bin/vqmctl"
+SCHEMA = json.loads((ROOT / "Docs/schemas/status.schema.json").read_text())
+SAMPLE = ROOT / "Packaging/sample"
+RECH = f"/opt/usr/apps/{APP_ID}/RECH"
+MEDIA = "/opt/data/demo_movie"
+CONSTANTS = f"/opt/usr/apps/{APP_ID}/res/constants.xml"
+
+
+def noon():
+    """A time zone in which it is some minutes past noon, so that the sample's first period plays."""
+    return f"NOON{datetime.datetime.now(datetime.timezone.utc).hour - 12:+d}"
+
+
+def run(desktop, *arguments, prepare=":", binary=False, **environment):
+    """The command where the product finds a sample set, after a shell command has changed that."""
+    variables = {**desktop.environment, "VQM_APP_ID": APP_ID, "TZ": noon(), **environment}
+    return subprocess.run(
+        [ROOT / "Scripts/sandbox", "sh", "-c", f'{prepare}\nexec "$0" status "$@"', VQMCTL, *arguments],
+        env={name: value for name, value in variables.items() if value is not None},
+        stdin=subprocess.DEVNULL, capture_output=True, text=not binary, timeout=2 * PATIENCE,
+    )
+
+
+def status(desktop, *arguments, **options):
+    """The JSON document, which is checked, as is the exit code."""
+    completed = run(desktop, *arguments, "--json", **options)
+    assert completed.stderr == ""
+    document = json.loads(completed.stdout)
+    jsonschema.Draft202012Validator(SCHEMA).validate(document)
+    assert completed.returncode == (0 if document["verdict"]["ready"] else 1)
+    return document
+
+
+def reasons(document):
+    return [reason["id"] for reason in document["verdict"]["reasons"]]
+
+
+@pytest.fixture(scope="module")
+def running():
+    """A desktop on which all is well: the setting is on, the application holds the tool keys."""
+    desktop = new_desktop()
+    Keyboard(desktop).add(*TOOL_KEYS.values())
+    desktop.switch_on()
+    desktop.application = desktop.start_application()
+    yield desktop
+    desktop.close()
+
+
+def test_the_schema_is_one():
+    jsonschema.Draft202012Validator.check_schema(SCHEMA)
+
+
+def test_a_set_in_order(running):
+    document = status(running)
+    assert document["verdict"] == {"ready": True, "reasons": []}
+    assert document["setting"] == {
+        "enabled": True, "file": str(running.settings / SETTING_KEY), "stored": "1", "as_meant": True, "problem": None}
+    application = document["application"]
+    assert (application["state"], application["display"], application["pid"]) == (
+        "running", running.display_name, running.application.pid)
+    assert application["tool_keys"] == [{"key": name, "state": "held"} for name in TOOL_KEYS]
+    assert set(TOOL_KEYS) <= set(application["held_keys"])
+    assert application["failed_keys"] == []
+    assert (document["contents"]["complete"], document["contents"]["total"]) == (3, 3)
+    assert document["clock"]["tz"].startswith("NOON")
+    programme = document["programme"]
+    assert [file["name"] for period in programme["plays"] for file in period["files"]] == ["intro.mp4", "logo.jpg"]
+    assert programme["next"]["time"] == "18:30:00"
+    assert [file["name"] for period in programme["plays_next"] for file in period["files"]] == ["evening.mp4"]
+
+
+def test_the_screen_of_a_set_in_order(running):
+    completed = run(running)
+    assert (completed.returncode, completed.stderr) == (0, "")
+    lines = completed.stdout.splitlines()
+    keys = len(status(running)["application"]["held_keys"])
+    clock = [line for line in lines if line.startswith("Clock")]
+    assert [line for line in lines if line not in clock] == [
+        f"Setting      on; stored in {running.settings / SETTING_KEY}",
+        f"Application  {APP_ID} runs on display '{running.display_name}' as process {running.application.pid}"
+        f" and holds {keys} keys",
+        "             XF86SimpleMenu is held",
+        "             XF86More is held",
+        "Popups       unknown: no session bus",
+        f"Constants    {CONSTANTS}; names 'schedule.xml'",
+        f"Schedules    {RECH}/",
+        f"Schedule     {RECH}/schedule.xml; parsed; expiration 2030-12-31",
+        f"Media        {MEDIA}/",
+        "Contents     3 of 3 contents there",
+        "Now          09:00:00 to 18:30:00: intro.mp4, logo.jpg",
+        "Next         18:30:00: evening.mp4",
+        "",
+        "Nothing stands in the way.",
+    ]
+    assert len(clock) == 1
+
+
+@pytest.mark.parametrize("prepare, expected, text", [
+    (f"truncate -s 500000 {MEDIA}/intro.mp4", ["file-size"],
+     "'intro.mp4' has 500000 bytes; the schedule announces 1048576"),
+    (f"rm {MEDIA}/*", ["file-missing"], "(and 2 more: 'vqmctl check' names them)"),
+    (f"rm {RECH}/schedule.xml", ["schedule-missing"], f"'{RECH}/schedule.xml' is missing"),
+    (f"truncate -s 100 {RECH}/schedule.xml", ["schedule-not-well-formed"], f"'{RECH}/schedule.xml'"),
+    (f"rm {RECH}/schedule.xml; mkdir {RECH}/schedule.xml", ["schedule-unreadable"], "is a directory"),
+    (f"rm {CONSTANTS}", ["constants-missing", "schedule-is-directory"], f"'{CONSTANTS}' is missing"),
+    (f"sed -i s/2030/2020/ {RECH}/schedule.xml", ["expired"], "2020-12-31"),
+    (f"sed -i s/09:00:00/13:30:00/ {RECH}/schedule.xml", ["nothing-scheduled"], "nothing is scheduled now"),
+    (f"printf '<rsp/>' >{RECH}/schedule.xml", ["nothing-scheduled"], "the schedule has no periods"),
+])
+def test_what_is_wrong_with_the_content_stands_in_the_way(running, prepare, expected, text):
+    document = status(running, prepare=prepare)
+    assert reasons(document) == expected
+    assert text in document["verdict"]["reasons"][0]["text"]
+    screen = run(running, prepare=prepare)
+    assert screen.returncode == 1
+    shown = "- " + document["verdict"]["reasons"][0]["text"]
+    assert shown in screen.stdout.splitlines()
+
+
+def test_the_constants_file_can_be_given(running):
+    other = running.root / os.fsdecode(b"other\xff.xml")
+    other.write_text('<C><Data key="ScheduleFile" value="evening.xml"/></C>')
+    document = status(running, "--constants", other)
+    assert document["constants"]["path"].endswith("other\\xff.xml")
+    assert reasons(document) == ["schedule-missing"]
+    assert status(running, "--constants", other, prepare=f"mv {RECH}/schedule.xml {RECH}/evening.xml")[
+        "verdict"]["ready"]
+
+
+@pytest.mark.parametrize("stored, expected, shown", [
+    ("0", ["setting-off"], "off; stored in {}"),
+    ("7", ["setting-off"], "off; {} holds '7', expected 0 or 1"),
+    (" 1", [], "on; {} holds ' 1', expected 0 or 1"),
+    (bytes(range(256)), ["setting-off"], "off; {} holds '\\x00\\x01\\x02"),
+    (None, ["setting-off"], "off; nothing is stored in {}"),
+    ("directory", ["setting-unreadable"], "off; {}: not a plain file"),
+    ("link", ["setting-unreadable"], "off; {}: Too many levels of symbolic links"),
+    ("file above", ["setting-unreadable"], "off; {}: Not a directory"),
+])
+def test_whatever_is_stored_as_the_setting_is_told(running, tmp_path, stored, expected, shown):
+    path = tmp_path / "tvsettings" / SETTING_KEY
+    if stored == "file above":
+        path.parent.parent.mkdir(parents=True)
+        path.parent.write_text("")
+    else:
+        path.parent.mkdir(parents=True)
+    if stored == "directory":
+        path.mkdir()
+    elif stored == "link":
+        path.symlink_to("elsewhere")
+    elif stored not in (None, "file above"):
+        path.write_bytes(stored if isinstance(stored, bytes) else stored.encode())
+    document = status(running, XDG_CONFIG_HOME=str(tmp_path))
+    assert reasons(document) == expected
+    assert document["setting"]["enabled"] is (stored == " 1")
+    screen = run(running, XDG_CONFIG_HOME=str(tmp_path)).stdout
+    assert screen.startswith("Setting      " + shown.format(path))
+
+
+def test_without_a_home_the_setting_has_no_place(running):
+    document = status(running, HOME=None, XDG_CONFIG_HOME=None)
+    assert reasons(document) == ["setting-unreadable"]
+    assert document["setting"]["problem"] == "no settings folder: neither XDG_CONFIG_HOME nor HOME holds an absolute path"
+
+
+@pytest.mark.parametrize("display, state, text", [
+    (None, "no-display", "unknown: DISPLAY is not set"),
+    ("", "no-display", "unknown: DISPLAY is not set"),
+    (":4711", "display-unreachable", "unknown: cannot open display ':4711'"),
+    ("\udcff\n", "display-unreachable", "unknown: cannot open display '\\xff\\x0a'"),
+])
+def test_without_a_display_only_the_application_is_unknown(running, display, state, text):
+    document = status(running, DISPLAY=display)
+    assert document["application"]["state"] == state
+    assert reasons(document) == ["application-unknown"]
+    screen = run(running, DISPLAY=display).stdout
+    assert f"Application  {text}\n" in screen
+    assert f"- whether the application runs is {text}\n" in screen
+
+
+def test_a_display_that_never_answers_is_given_up(running):
+    with socket.create_server(("127.0.0.1", 0)) as server:
+        display = f"127.0.0.1:{server.getsockname()[1] - 6000}"
+        document = status(running, DISPLAY=display)
+    assert document["application"] == {"id": APP_ID, "state": "display-silent", "display": display}
+    assert reasons(document) == ["application-unknown"]
+
+
+def test_a_display_without_the_application(desktop):
+    desktop.switch_on()
+    document = status(desktop)
+    assert document["application"] == {"id": APP_ID, "state": "not-running", "display": desktop.display_name}
+    assert reasons(document) == ["application-not-running"]
+
+
+@pytest.mark.parametrize("modifiers, state, expected", [
+    (X.AnyModifier, "taken", ["tool-key-taken"]),
+    (X.ControlMask, "partly-held", []),
+])
+def test_a_grab_that_failed_is_named_by_its_key(desktop, keyboard, modifiers, state, expected):
+    other = desktop.connect()
+    other.screen().root.grab_key(
+        keyboard.keycode(TOOL_KEYS["XF86More"]), modifiers, True, X.GrabModeAsync, X.GrabModeAsync)
+    other.sync()
+    desktop.switch_on()
+    desktop.start_application()
+    document = status(desktop)
+    assert document["application"]["tool_keys"] == [
+        {"key": "XF86SimpleMenu", "state": "held"}, {"key": "XF86More", "state": state}]
+    assert document["application"]["failed_keys"] == ["XF86More"]
+    assert reasons(document) == expected
+    assert ("- XF86More is taken by another program\n" in run(desktop).stdout) is (state == "taken")
+
+
+def test_keys_that_the_keyboard_lacks_do_not_stand_in_the_way(desktop):
+    desktop.switch_on()
+    desktop.start_application()
+    document = status(desktop)
+    assert [key["state"] for key in document["application"]["tool_keys"]] == 2 * ["not-on-keyboard"]
+    assert reasons(document) == []
+
+
+def popups(desktop):
+    found = status(desktop)["popups"]
+    return found["state"], found["service"], found["pid"]
+
+
+def test_popups_from_the_bus_without_a_daemon_to_the_application_that_was_killed(bus):
+    assert popups(bus) == ("not-held-back", None, None)
+    dunst = start_dunst(bus)
+    assert popups(bus) == ("not-held-back", "dunst", None)
+    set_paused(bus, True)
+    assert popups(bus) == ("held-back-by-others", "dunst", None)
+    set_paused(bus, False)
+    application = bus.start_application()
+    assert popups(bus) == ("held-back", "dunst", application.pid)
+    assert f"Popups       held back by dunst for process {application.pid}\n" in run(bus).stdout
+    dunst.process.send_signal(signal.SIGSTOP)
+    try:
+        assert status(bus)["popups"]["problem"].endswith(" does not answer")
+    finally:
+        dunst.process.send_signal(signal.SIGCONT)
+    application.stop(signal.SIGKILL)
+    assert popups(bus) == ("left-held-back", "dunst", application.pid)
+
+
+@contextlib.contextmanager
+def silent_bus(folder):
+    """A socket that takes connections and never answers."""
+    with socket.socket(socket.AF_UNIX) as server:
+        server.bind(str(folder / "silent"))
+        server.listen()
+        yield f"unix:path={folder / 'silent'}"
+
+
+def test_a_bus_that_never_answers_is_given_up(running, tmp_path):
+    with silent_bus(tmp_path) as address:
+        document = status(running, DBUS_SESSION_BUS_ADDRESS=address)
+    assert document["popups"] == {
+        "state": "unknown", "service": None, "pid": None, "problem": "the session bus does not answer"}
+    assert document["verdict"]["ready"]
+
+
+def test_no_bus_is_started(running):
+    document = status(running, DBUS_SESSION_BUS_ADDRESS="autolaunch:")
+    assert document["popups"]["problem"] == "no session bus"
+
+
+@pytest.mark.parametrize("form", [[], ["--json"]])
+def test_a_reader_that_has_gone_leaves_no_trace(running, form):
+    read, write = os.pipe()
+    os.close(read)
+    completed = subprocess.run([VQMCTL, "status", *form], env={**running.environment, "DISPLAY": ""},
+                               stdout=write, stderr=subprocess.PIPE, timeout=PATIENCE)
+    os.close(write)
+    assert (completed.returncode, completed.stderr) == (1, b"")
+
+
+def test_a_full_disk_and_a_wrong_word_have_their_exit_codes(running):
+    with open("/dev/full", "wb") as full:
+        completed = subprocess.run([VQMCTL, "status"], env={**running.environment, "DISPLAY": ""}, stdout=full,
+                                   stderr=subprocess.PIPE, timeout=PATIENCE)
+    assert (completed.returncode, completed.stderr) == (3, b"vqmctl: cannot write to stdout: No space left on device\n")
+    completed = running.vqmctl("status", "now", check=False)
+    assert (completed.returncode, completed.stderr) == (
+        2, "vqmctl: unexpected argument 'now'; see 'vqmctl status --help'\n")
+
+
+def test_nothing_is_left_behind(running):
+    """The copies that ask servers end themselves."""
+    with socket.create_server(("127.0.0.1", 0)) as server:
+        process = subprocess.Popen(
+            [VQMCTL, "status"], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
+            env={**running.environment, "DISPLAY": f"127.0.0.1:{server.getsockname()[1] - 6000}"})
+        connection, _ = server.accept()
+        process.kill()
+        process.wait()
+        with connection:
+            connection.settimeout(PATIENCE)
+            while connection.recv(4096):  # what it said before it was killed
+                pass

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace status {
+
+/// What an X display tells about the application.
+struct DisplayAnswer {
+    bool connected = false;
+    pid_t pid = 0; ///< of the application; 0: it does not run there
+    std::vector<std::string> heldKeys;
+    std::vector<std::string> failedKeys; ///< held by another program, wholly or in one combination
+    std::vector<std::string> toolKeys;   ///< those of the tool keys that this keyboard has
+};
+
+/// Asks the display that DISPLAY names. May wait for ever.
+DisplayAnswer AskDisplay();
+
+} // namespace status
