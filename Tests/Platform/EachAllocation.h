@@ -50,7 +50,8 @@ Outcomes ForEachFault(Fail fail, HasFailed hasFailed, Round round)
             const Outcome outcome = OutcomeOf(operation);
             failed = hasFailed();
             fail(0);
-            EXPECT_EQ(outcome == Outcome::Done, !failed) << "no fault goes unnoticed, and nothing else fails";
+            // With a fault it may be done all the same: some memory is only for speed.
+            EXPECT_TRUE(outcome == Outcome::Done || failed) << "nothing else fails";
             outcomes.refused += outcome == Outcome::Refused ? 1 : 0;
             outcomes.thrown += outcome == Outcome::Thrown ? 1 : 0;
             return outcome;
