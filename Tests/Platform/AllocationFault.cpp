@@ -124,6 +124,11 @@ void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
     }
 }
 
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept
+{
+    return operator new(size, tag);
+}
+
 void operator delete(void* memory) noexcept
 {
     Release(memory);

@@ -122,20 +122,22 @@ protected:
         allocation_fault::FailNth(0);
 
         const Lines lines = recorder::Take();
-        if (failed) {
-            EXPECT_EQ(result, nullptr);
+        const bool cutShort = failed && result == nullptr; // else it did without that memory
+        if (cutShort) {
             ExpectCutShort(lines, whole, operation);
         } else {
             EXPECT_EQ(result != nullptr, operation.succeeds);
+            EXPECT_EQ(lines, whole.value_or(lines));
             lines_ = lines;
         }
+        cutShort_ += cutShort ? 1 : 0;
         if (operation.verify) {
-            operation.verify(!failed);
+            operation.verify(!cutShort);
         }
         ExpectBystandersUnchanged();
         // A file that a failed request had opened itself is the pipe's until its end.
-        EXPECT_LE(pipe_.m_pipeInfoMap.size(), records + (operation.create && failed ? 0 : 1));
-        if (opened != nullptr && failed && operation.succeeds) {
+        EXPECT_LE(pipe_.m_pipeInfoMap.size(), records + (operation.create && cutShort ? 0 : 1));
+        if (opened != nullptr && cutShort && operation.succeeds) {
             EXPECT_TRUE(pipe_.ExistHandle(opened)) << "left to the caller";
         }
         for (auto entry = pipe_.m_pipeInfoMap.begin(); entry != pipe_.m_pipeInfoMap.end();) {
@@ -169,6 +171,7 @@ protected:
         SCOPED_TRACE(operation.name);
         EXPECT_FALSE(RunWithFault(operation, kNever, {}));
         const Lines whole = std::exchange(lines_, {});
+        cutShort_ = 0;
         const std::size_t descriptors = OpenDescriptors();
         const std::size_t blocks = allocation_fault::BlocksInUse();
         std::size_t n = 1;
@@ -183,7 +186,7 @@ protected:
                 return; // the first says enough
             }
         }
-        EXPECT_GT(n, 2U) << "too little failed to say anything";
+        EXPECT_GT(cutShort_, 0) << "nothing failed, and so nothing is shown";
     }
 
     PlainSerializer serializer_;
@@ -192,7 +195,8 @@ protected:
     FileRequest reader_;
     FileRequest writer_;
     std::map<void*, Remembered> bystanders_;
-    Lines lines_;
+    Lines lines_;      ///< what the last operation that got through has logged
+    int cutShort_ = 0; ///< how many did not
 };
 
 TEST_F(FilePipeMemory, OpeningFailsWholly)
@@ -614,7 +618,6 @@ TEST_F(FilePipeMemory, ATextFileIsReadWholeOrSaysThatItIsNot)
         const allocation_fault::Spared spared;
         const std::string read = TextOf(text);
         if (result == VQMTextFileResult::Complete) {
-            EXPECT_FALSE(failed);
             EXPECT_EQ(read, content + '\0');
         } else {
             EXPECT_EQ(content.compare(0, read.size(), read), 0) << "what was read so far, without a zero byte";
@@ -627,7 +630,7 @@ TEST_F(FilePipeMemory, ATextFileIsReadWholeOrSaysThatItIsNot)
     }
     EXPECT_GT(results[VQMTextFileResult::NotOpened], 2);
     EXPECT_GT(results[VQMTextFileResult::NotRead], 5);
-    EXPECT_EQ(results[VQMTextFileResult::Complete], 1);
+    EXPECT_GE(results[VQMTextFileResult::Complete], 1);
     EXPECT_GT(thrown, 1);
     results.clear();
     EXPECT_EQ(allocation_fault::BlocksInUse(), blocks);
