@@ -38,7 +38,7 @@ void LogSettings(const char* function, const _VQMPolicy& policy)
 {
     constexpr char kSeparator[] = "#########################################################";
     VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "%s", kSeparator);
-    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - IsMaster %d\n", policy.IsMaster ? 1 : 0);
+    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - IsMaster %d\n", policy.IsMaster);
     VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - NumOfPlayer %d\n", policy.NumOfPlayer);
     VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - IPAddrOfMaster %s\n", policy.IPAddrOfMaster.c_str());
     VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - IPType %d\n", policy.IPType);

@@ -13,8 +13,8 @@
 ///
 /// Threads: the singleton may be fetched and destroyed from any thread. The setting operations
 /// take no lock and belong to the main loop's thread, where change callbacks arrive. Checks run on
-/// one thread at a time; any thread may copy or clear the current policy meanwhile, and sees each
-/// policy whole.
+/// one thread at a time; any thread may parse a schedule, and copy or clear the current policy
+/// meanwhile, and sees each policy whole. No operation holds two locks at once.
 class CVQMSyncDemoMonitor {
 public:
     /// The monitor, created on first use. It stays valid until `DestroyInstance`; the caller never

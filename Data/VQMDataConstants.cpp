@@ -34,15 +34,14 @@ bool CVQMDataConstants::Initialize(std::string filePath)
     }
 
     CVQMDataBufferObject document;
-    switch (VQMReadTextFile(filePath, kReadUnit, document)) {
-    case VQMTextFileResult::NotOpened:
+    const VQMTextFileResult result = VQMReadTextFile(filePath, kReadUnit, document);
+    if (result == VQMTextFileResult::NotOpened) {
         VQM_LOG_DEBUG("CVQMDataConstants::Initialize - PIPEHANDLE handle is INVALID_HANDLE\n");
         return false;
-    case VQMTextFileResult::NotRead:
+    }
+    if (result == VQMTextFileResult::NotRead) {
         VQM_LOG_DEBUG("CVQMDataConstants::Initialize - xml file read fail\n");
         return false;
-    case VQMTextFileResult::Complete:
-        break;
     }
 
     CVQMDataConstants constants;
@@ -91,7 +90,7 @@ bool CVQMDataConstants::WriteTo(IVQMSerialize* /*pSerialize*/)
 
 bool CVQMDataConstants::ReadFrom(IVQMSerialize* pSerialize)
 {
-    auto* serializer = dynamic_cast<CVQMXMLSerialize*>(pSerialize);
+    auto* serializer = VQMAsXMLSerialize(pSerialize);
     if (serializer == nullptr) {
         return false;
     }

@@ -29,3 +29,13 @@ if(VQM_SANITIZE)
     add_compile_options(-fsanitize=${VQM_SANITIZE} -fno-sanitize=vptr -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${VQM_SANITIZE})
 endif()
+
+# Counts which branches of the product run (clang); Scripts/coverage reads the counts. Written as they
+# are counted: programs that are killed or abort leave theirs too.
+option(VQM_COVERAGE "Count the branches that run" OFF)
+if(VQM_COVERAGE)
+    set(VQM_COVERAGE_PROFILES ${CMAKE_BINARY_DIR}/profiles)
+    add_compile_options(-fprofile-instr-generate=${VQM_COVERAGE_PROFILES}/%p%c.profraw -fcoverage-mapping
+        -mllvm -runtime-counter-relocation)
+    add_link_options(-fprofile-instr-generate)
+endif()

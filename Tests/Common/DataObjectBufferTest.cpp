@@ -118,6 +118,22 @@ TEST(DataBuffer, MoreThanAnObjectCanHaveIsALengthError)
     }
 }
 
+TEST(DataBuffer, DoublesToTheLargestSizeAndNotBeyond)
+{
+    constexpr auto kLargest = static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max());
+    allocation_fault::FailSize(kLargest); // no machine has that much
+    CVQMDataBufferObject buffer;
+    try {
+        buffer.InsertData("x", kLargest / 2 + 2);
+        ADD_FAILURE();
+    } catch (const std::bad_array_new_length&) {
+        ADD_FAILURE() << "more was asked for than an object can have";
+    } catch (const std::bad_alloc&) {
+        EXPECT_EQ(buffer.GetDataSize(), 0U);
+    }
+    allocation_fault::FailSize(0);
+}
+
 TEST(DataBuffer, CopiesAreSeparate)
 {
     CVQMDataBufferObject buffer;

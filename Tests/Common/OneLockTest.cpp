@@ -268,6 +268,25 @@ TEST_F(OneLock, IsGivenUpBeforeOtherPeoplesCodeRuns)
              EXPECT_EQ(Step(request), request.hPipe);
              EXPECT_EQ(released_, released + 1) << "with the record that was replaced";
          }},
+        {"DisconnectPipe",
+         [this] {
+             void* const handle = Create(Watching(REQUEST_READ));
+             data_.Init();
+             const int released = released_;
+             pipe_->DisconnectPipe(handle);
+             EXPECT_EQ(released_, released + 1);
+         }},
+        {"AddPipeInfo",
+         [this] {
+             OpenPipe::_PipeInfo info;
+             info.fnCallback = Watching(REQUEST_READ).fnCallback;
+             pipe_->AddPipeInfo(this, info);
+             info.fnCallback = nullptr;
+             const int released = released_;
+             pipe_->AddPipeInfo(this, info);
+             EXPECT_EQ(released_, released + 1) << "with the record that was replaced";
+             pipe_->DeletePipeInfo(this);
+         }},
         {"destructor",
          [this] {
              data_.Init();

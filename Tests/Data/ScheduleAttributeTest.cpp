@@ -207,6 +207,24 @@ TEST_F(ScheduleAttributes, ANullNameEndsTheList)
     EXPECT_THAT(Changes(Policy()), IsEmpty());
 }
 
+TEST_F(ScheduleAttributes, NoListIsAnEmptyOne)
+{
+    const struct {
+        void (CVQMScheduleContainer::*parse)(const char**);
+        const char* name;
+        std::size_t slots;
+    } cases[] = {
+        {&CVQMScheduleContainer::ParsePolicyAttribute, "ParsePolicyAttribute", 5},
+        {&CVQMScheduleContainer::ParseProjectAttribute, "ParseProjectAttribute", 5},
+        {&CVQMScheduleContainer::ParseScheduleAttribute, "ParseScheduleAttribute", 2},
+        {&CVQMScheduleContainer::ParseRECHInfoElements, "ParseRECHInfoElements", 10},
+    };
+    for (const auto& test : cases) {
+        (container.*test.parse)(nullptr);
+        EXPECT_EQ(recorder::Take(), ScheduleLines(test.name, std::vector<std::string>(test.slots, kMissingAttribute)));
+    }
+}
+
 TEST_F(ScheduleAttributes, NamesAreExactAndTheElementsOwn)
 {
     const struct {

@@ -170,6 +170,35 @@ TEST_F(FilePipeCallback, ADocumentMayDisconnectWhileItIsReadOrWritten)
     ExpectSound();
 }
 
+TEST_F(FilePipeCallback, ADocumentThatFailsMayHaveDisconnected)
+{
+    PlainSerializer serializer;
+    Document document;
+    void* handle = nullptr;
+    serializer.onDeserialize = [&](const char*) {
+        pipe_.DisconnectPipe(handle);
+        return false;
+    };
+    serializer.onSerialize = [&](CVQMDataBufferObject*) {
+        pipe_.DisconnectPipe(handle);
+        return false;
+    };
+    request_.pSerializer = &serializer;
+    request_.pDeSerializableData = &document;
+    request_.nReadUnitSize = 0;
+    handle = Opened(request_);
+    EXPECT_EQ(Step(request_), nullptr);
+    EXPECT_EQ(recorder::Take(), Lines{Debug("FRead", "CVQMFilePipe::FRead - Deserialize Fail \n")});
+
+    FileRequest write = RequestFor(REQUEST_WRITE, Path("written"));
+    write.pSerializer = &serializer;
+    write.pSerializableData = &document;
+    handle = Opened(write);
+    EXPECT_EQ(Step(write), nullptr);
+    EXPECT_EQ(recorder::Take(), Lines{Debug("FWrite", "CVQMFilePipe::FWrite - Fail to serialize\n")});
+    ExpectSound();
+}
+
 TEST_F(FilePipeCallback, MayMakeRequestsAndOpenPipes)
 {
     std::vector<void*> opened;

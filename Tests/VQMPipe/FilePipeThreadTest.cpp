@@ -1,4 +1,5 @@
 #include <atomic>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -172,6 +173,35 @@ TEST_F(FilePipeThreads, FailuresOfOneLeaveTheOthersAlone)
     });
     EXPECT_TRUE(pipe_.m_pipeInfoMap.empty());
     EXPECT_EQ(OpenDescriptors(), descriptors);
+}
+
+TEST_F(FilePipeThreads, HandlesMayBeAskedForWhileOthersComeAndGo)
+{
+    const std::string path = MakeFile("file", "0123456789");
+    FileRequest kept = RequestFor(REQUEST_READ, path);
+    Opened(kept);
+    static int lowest = 0;
+    std::atomic<int> asking = 2;
+    const auto open = [&] {
+        while (asking != 0) {
+            pipe_.DisconnectPipe(Create(RequestFor(REQUEST_READ, path)));
+        }
+    };
+    const auto ask = [&](const std::function<void()>& question) {
+        for (int round = 0; round < 200; ++round) {
+            question();
+            std::this_thread::yield();
+        }
+        --asking;
+    };
+    const auto whether = [&] {
+        EXPECT_TRUE(pipe_.ExistHandle(kept.hPipe));
+        EXPECT_FALSE(pipe_.ExistHandle(&lowest)) << "looked for on the one side";
+        EXPECT_FALSE(pipe_.ExistHandle(&kept)) << "and on the other";
+    };
+    const auto howMuch = [&] { EXPECT_EQ(pipe_.GetFileSizeToRead(kept.hPipe), 10U); };
+    RunTogether({open, open, [&] { ask(whether); }, [&] { ask(howMuch); }});
+    EXPECT_EQ(pipe_.m_pipeInfoMap.size(), 1U);
 }
 
 TEST_F(FilePipeThreads, AHandleMayMoveFromThreadToThread)
