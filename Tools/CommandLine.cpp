@@ -1,6 +1,7 @@
 #include "Tools/CommandLine.h"
 
 #include <cstdlib>
+#include <new>
 #include <utility>
 
 #include "Tools/Failure.h"
@@ -111,6 +112,9 @@ int CommandLine::Run(int argc, char** argv)
     } catch (const Failure& failure) {
         Complain(failure.what());
         return static_cast<int>(failure.Code());
+    } catch (const std::bad_alloc&) {
+        Complain("not enough memory");
+        return static_cast<int>(ExitCode::kCouldNotRun);
     } catch (const std::exception& exception) {
         Complain(exception.what());
         return static_cast<int>(ExitCode::kCouldNotRun);

@@ -81,7 +81,7 @@ std::string DescribeTimes(const _VQMSchdule& period)
 
 std::string DescribeExpiration(const _VQMPolicy& policy, const lint::Day& today)
 {
-    const std::string date = DayText(ExpirationOf(policy));
+    std::string date = DayText(ExpirationOf(policy));
     switch (ExpiryOn(policy, today)) {
     case Expiry::kNone:
         return "none";
