@@ -7,6 +7,7 @@
 #include <cassert>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <limits>
@@ -20,6 +21,9 @@ constexpr std::size_t kMaxNumberText = 253;
 
 /// The largest size an object can have.
 constexpr std::size_t kMaxSize = std::numeric_limits<std::ptrdiff_t>::max();
+
+/// The most for which room is made before it comes: that it does is a claim, by a file's size for example.
+constexpr uVQMINT64 kMaxRest = 1ULL << 30U;
 
 /// Fails like an `assert` in `function`: the function's text is fixed, while what compilers make
 /// of it differs.
@@ -44,6 +48,23 @@ Unsigned ScanDigits(const char* pStr)
         number = number * 10U + static_cast<Unsigned>(*pStr - '0');
     }
     return number;
+}
+
+struct DigitRun {
+    std::uint64_t number;
+    const char* pEnd;
+};
+
+/// The first digits, at most so many that a double holds their number exactly. Up to there
+/// arithmetic on integers gives the same number as arithmetic on doubles, and sooner.
+DigitRun ScanExactDigits(const char* pStr)
+{
+    constexpr int kExactDigits = 15;
+    DigitRun run = {0, pStr};
+    for (int i = 0; i < kExactDigits && IsDigit(*run.pEnd); ++i, ++run.pEnd) {
+        run.number = run.number * 10U + static_cast<std::uint64_t>(*run.pEnd - '0');
+    }
+    return run;
 }
 
 /// A product rounded on its own: stored, so that no compiler fuses it with an addition that
@@ -94,15 +115,24 @@ void CVQMDataObject::StrToNumber(const char* pStr, double& number)
     if (negative) {
         ++pStr;
     }
-    double integer = 0.0;
-    for (; IsDigit(*pStr); ++pStr) {
+    const DigitRun whole = ScanExactDigits(pStr);
+    auto integer = static_cast<double>(whole.number);
+    for (pStr = whole.pEnd; IsDigit(*pStr); ++pStr) {
         // Fused on every target, also on those that have to call a function for it.
         integer = std::fma(integer, 10.0, *pStr - '0');
     }
     double fraction = 0.0;
     double scale = 1.0;
     while (*pStr == '.') {
-        for (++pStr; IsDigit(*pStr); ++pStr) {
+        ++pStr;
+        if (fraction == 0.0) {
+            const DigitRun digits = ScanExactDigits(pStr);
+            fraction = static_cast<double>(digits.number);
+            for (; pStr != digits.pEnd; ++pStr) {
+                scale *= 0.1;
+            }
+        }
+        for (; IsDigit(*pStr); ++pStr) {
             scale *= 0.1;
             fraction = Product(fraction, 10.0) + (*pStr - '0');
         }
@@ -153,24 +183,33 @@ CVQMDataBufferObject& CVQMDataBufferObject::operator=(const CVQMDataBufferObject
 
 void CVQMDataBufferObject::InsertData(const char* pData, uVQMINT64 nSize)
 {
+    InsertPart(pData, nSize, 0);
+}
+
+void CVQMDataBufferObject::InsertPart(const char* pData, uVQMINT64 nSize, uVQMINT64 nRest)
+{
     if (nSize == 0) {
         return;
     }
     std::unique_ptr<char[]> old; // until the end: the bytes to append may lie in it
     if (nSize > m_nCapacity - m_nSize) {
-        old = Grow(nSize);
+        old = Grow(nSize, nRest);
     }
     std::memcpy(m_pData.get() + m_nSize, pData, static_cast<std::size_t>(nSize));
     m_nSize += static_cast<std::size_t>(nSize);
 }
 
 /// Makes room for `nSize` bytes more. Returns the old room, with the bytes in it.
-std::unique_ptr<char[]> CVQMDataBufferObject::Grow(uVQMINT64 nSize)
+std::unique_ptr<char[]> CVQMDataBufferObject::Grow(uVQMINT64 nSize, uVQMINT64 nRest)
 {
     if (nSize > kMaxSize - m_nSize) {
         throw std::length_error("vector::_M_emplace_back_aux");
     }
-    const std::size_t capacity = DoubleUntil(m_nCapacity, m_nSize + static_cast<std::size_t>(nSize));
+    const std::size_t size = m_nSize + static_cast<std::size_t>(nSize);
+    std::size_t capacity = DoubleUntil(m_nCapacity, size);
+    if (nRest <= kMaxRest) {
+        capacity = std::max(capacity, size + static_cast<std::size_t>(nRest));
+    }
     std::unique_ptr<char[]> room(new char[capacity]); // not `make_unique`, which would fill it with zeros
     m_pData.swap(room);
     m_nCapacity = capacity;

@@ -107,6 +107,10 @@ public:
         }
     }
 
+    /// `InsertData` for a part of something of which `nRest` bytes are yet to come: a full buffer
+    /// makes room for them too, at once, unless they are very many.
+    void InsertPart(const char* pData, uVQMINT64 nSize, uVQMINT64 nRest);
+
     /// The first byte, until the next `InsertData`; null while nothing has ever been stored.
     const char* GetData() const { return m_pData.get(); }
 
@@ -117,7 +121,7 @@ public:
     void Clear() { m_nSize = 0; }
 
 private:
-    std::unique_ptr<char[]> Grow(uVQMINT64 nSize);
+    std::unique_ptr<char[]> Grow(uVQMINT64 nSize, uVQMINT64 nRest);
 
     std::unique_ptr<char[]> m_pData;
     std::size_t m_nSize = 0;

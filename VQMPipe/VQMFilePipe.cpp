@@ -469,7 +469,7 @@ bool CVQMFilePipe::TakeDocumentBytes(void* handle, _PipeInfo& info, const char* 
     if (info.pDataBuffer == nullptr) {
         CreateDataBuffer(info);
     }
-    info.pDataBuffer->InsertData(bytes, size);
+    info.pDataBuffer->InsertPart(bytes, size, info.nFileSize - info.nReadSize + 1);
     if (info.nReadSize != info.nFileSize) {
         StoreIfOpen(handle, info);
         return true;
@@ -502,7 +502,8 @@ bool CVQMFilePipe::TakeRawBytes(void* handle, _PipeInfo& info, char* bytes, uVQM
 {
     auto* destination = dynamic_cast<CVQMDataBufferObject*>(info.pDeSerializableData);
     if (destination != nullptr) {
-        destination->InsertData(bytes, size);
+        // A reader of text puts a zero byte behind it.
+        destination->InsertPart(bytes, size, info.nFileSize - info.nReadSize + 1);
     }
     if (info.fnCallback) {
         info.fnCallback(info.nRequestID, bytes, size, this, handle);

@@ -91,6 +91,55 @@ TEST(DataBuffer, CapacityIsWhatDoublingReaches)
     }
 }
 
+TEST(DataBuffer, APartMakesRoomForTheRestToo)
+{
+    constexpr uVQMINT64 kVeryMany = (1ULL << 30U) + 1;
+    const struct {
+        std::size_t first;
+        std::size_t part;
+        uVQMINT64 rest;
+        std::size_t capacity;
+    } cases[] = {{0, 3, 0, 4}, {0, 3, 97, 100}, {4, 3, 0, 8}, {4, 3, 93, 100}, {64, 1, 10, 128}, {0, 3, kVeryMany, 4}};
+    for (const auto& expected : cases) {
+        CVQMDataBufferObject buffer;
+        Insert(buffer, std::string(expected.first, 'a'));
+        const std::string part(expected.part, 'b');
+        {
+            const FailingSize failing(expected.capacity);
+            EXPECT_THROW(buffer.InsertPart(part.data(), part.size(), expected.rest), std::bad_alloc)
+                << expected.capacity;
+            EXPECT_EQ(Content(buffer), std::string(expected.first, 'a'));
+        }
+        buffer.InsertPart(part.data(), part.size(), expected.rest);
+        EXPECT_EQ(Content(buffer), std::string(expected.first, 'a') + part);
+    }
+}
+
+TEST(DataBuffer, APartThatFitsMovesNothing)
+{
+    CVQMDataBufferObject buffer;
+    buffer.InsertPart("ab", 2, 2);
+    const char* const data = buffer.GetData();
+    buffer.InsertPart("cd", 2, 1000);
+    EXPECT_EQ(buffer.GetData(), data);
+    EXPECT_EQ(Content(buffer), "abcd");
+}
+
+TEST(DataBuffer, ATextHasAZeroByteBehindIt)
+{
+    CVQMDataBufferObject buffer;
+    std::string expected;
+    for (const char* text : {"", "abc", "defgh", "", "i"}) { // into a full buffer, and where there is room
+        buffer.InsertText(text, std::string(text).size());
+        expected += text;
+        expected += '\0';
+        EXPECT_EQ(Content(buffer), expected);
+    }
+    buffer.Clear();
+    buffer.InsertText("jkl", 3);
+    EXPECT_EQ(Content(buffer), std::string("jkl\0", 4));
+}
+
 TEST(DataBuffer, TakesItsOwnBytes)
 {
     CVQMDataBufferObject buffer;
