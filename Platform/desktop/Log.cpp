@@ -3,6 +3,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -10,6 +11,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <pthread.h>
 #include <string>
 #include <string_view>
 #include <unistd.h>
@@ -61,6 +63,19 @@ void ReadThreshold()
     }
 }
 
+/// This process's id, kept: asking for it is a system call. Forgotten in a forked child.
+int OwnProcess()
+{
+    static std::atomic<int> kept{0};
+    static const int watched = pthread_atfork(nullptr, nullptr, [] { kept = 0; });
+    int process = kept.load(std::memory_order_relaxed);
+    if (process == 0 || watched != 0) {
+        process = static_cast<int>(getpid());
+        kept = process;
+    }
+    return process;
+}
+
 char Letter(int priority)
 {
     constexpr std::string_view kLetters = "??VDIWEF";
@@ -90,9 +105,10 @@ class Line {
 public:
     Line(int priority, const char* tag) : priority_(priority), tag_(tag)
     {
-        const int length = std::snprintf(usual_.data(), usual_.size(), "%c/%.*s(%5d): ", Letter(priority), kLongestTag,
-                                         tag, static_cast<int>(getpid()));
-        head_ = static_cast<std::size_t>(length);
+        const char start[] = {Letter(priority), '/'};
+        AppendToHead(std::string_view(start, sizeof start));
+        AppendToHead(std::string_view(tag, strnlen(tag, kLongestTag)));
+        AppendProcess();
     }
 
     /// False: the message is longer than most, and `FormatWhole` must follow.
@@ -117,7 +133,7 @@ public:
     int Write()
     {
         DropLineEnd();
-        if (NeedsEscape(Message()) || NeedsEscape(Head()) || StandardErrorHasColours()) {
+        if (NeedsEscape(std::string_view(Data(), head_ + size_)) || StandardErrorHasColours()) {
             return WriteRemade();
         }
         if (StandardErrorIsJournal() && WriteToJournal(priority_, tag_, Message())) {
@@ -129,7 +145,28 @@ public:
 
 private:
     static constexpr std::size_t kUsualLine = 512;
-    static constexpr int kLongestTag = 100;
+    static constexpr std::size_t kLongestTag = 100;
+
+    /// "( 1234): "
+    void AppendProcess()
+    {
+        constexpr std::size_t kWidth = 5;
+        char digits[16];
+        const char* const end = std::to_chars(digits, digits + sizeof digits, OwnProcess()).ptr;
+        const std::string_view number(digits, static_cast<std::size_t>(end - digits));
+        AppendToHead("(");
+        for (std::size_t i = number.size(); i < kWidth; ++i) {
+            AppendToHead(" ");
+        }
+        AppendToHead(number);
+        AppendToHead("): ");
+    }
+
+    void AppendToHead(std::string_view part)
+    {
+        std::memcpy(usual_.data() + head_, part.data(), part.size());
+        head_ += part.size();
+    }
 
     char* Data() { return whole_ != nullptr ? whole_.get() : usual_.data(); }
     std::string_view Head() { return {Data(), head_}; }

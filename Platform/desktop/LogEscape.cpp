@@ -46,6 +46,15 @@ void AppendEscape(std::string& out, unsigned char c)
 
 bool NeedsEscape(std::string_view text)
 {
+    // Nearly every line is free of these bytes, which a loop without a way out finds soonest.
+    bool suspect = false;
+    for (const char character : text) {
+        const auto c = static_cast<unsigned char>(character);
+        suspect |= c < 0x20 || c == kDelete || c == kC1Lead;
+    }
+    if (!suspect) {
+        return false;
+    }
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (IsControl(static_cast<unsigned char>(text[i])) || IsC1(text, i)) {
             return true;

@@ -19,11 +19,16 @@ namespace {
 /// How long a full stderr may hold the program up before its line is dropped.
 constexpr int kFullOutputMilliseconds = 100;
 
-/// Keeps SIGPIPE from ending the program while it writes.
+/// Keeps SIGPIPE from ending the program while it writes. Where stderr can be positioned it is
+/// neither pipe nor socket, and the signal cannot come: asking is cheaper than keeping it off.
+/// Asked anew for each line, since a program may put something else in the place of its stderr.
 class BrokenPipeShield {
 public:
-    BrokenPipeShield()
+    BrokenPipeShield() : needed_(lseek(STDERR_FILENO, 0, SEEK_CUR) == -1)
     {
+        if (!needed_) {
+            return;
+        }
         sigemptyset(&brokenPipe_);
         sigaddset(&brokenPipe_, SIGPIPE);
         pthread_sigmask(SIG_BLOCK, &brokenPipe_, &before_);
@@ -32,6 +37,9 @@ public:
     BrokenPipeShield& operator=(const BrokenPipeShield&) = delete;
     ~BrokenPipeShield()
     {
+        if (!needed_) {
+            return;
+        }
         if (broken_ && sigismember(&before_, SIGPIPE) == 0) {
             const timespec now{};
             while (sigtimedwait(&brokenPipe_, nullptr, &now) == -1 && errno == EINTR) {
@@ -42,6 +50,7 @@ public:
     void SawBrokenPipe() { broken_ = true; }
 
 private:
+    const bool needed_;
     sigset_t brokenPipe_{};
     sigset_t before_{};
     bool broken_ = false;

@@ -251,6 +251,43 @@ TEST(Log, AReaderThatWentAwayDoesNotEndTheProgram)
     EXPECT_EQ(process.Wait(), 0);
 }
 
+TEST(Log, AReaderThatWentAwayLaterDoesNotEndTheProgramEither)
+{
+    fixtures::Process process([] {
+        const int file = open("/dev/null", O_WRONLY);
+        dup2(file, STDERR_FILENO);
+        dlog_print(DLOG_DEBUG, "T", "into a file");
+        int ends[2];
+        if (pipe(ends) != 0) {
+            _exit(2);
+        }
+        dup2(ends[1], STDERR_FILENO);
+        close(ends[0]);
+        _exit(dlog_print(DLOG_DEBUG, "T", "lost") < 0 ? 0 : 1);
+    });
+    EXPECT_EQ(process.Wait(), 0);
+}
+
+TEST(Log, AForkedChildHasItsOwnId)
+{
+    const Writes writes([] {
+        dlog_print(DLOG_DEBUG, "T", "parent");
+        const pid_t child = fork();
+        if (child == 0) {
+            dlog_print(DLOG_DEBUG, "T", "%5d", static_cast<int>(getpid()));
+            _exit(0);
+        }
+        waitpid(child, nullptr, 0);
+        dlog_print(DLOG_DEBUG, "T", "parent");
+    });
+    ASSERT_EQ(writes.All().size(), 3U);
+    EXPECT_EQ(writes.All()[0], "D/T(PID): parent\n");
+    EXPECT_EQ(writes.All()[2], "D/T(PID): parent\n");
+    const std::string ofChild = writes.All()[1];
+    const std::string number = ofChild.substr(ofChild.find(": ") + 2, ofChild.size() - ofChild.find(": ") - 3);
+    EXPECT_EQ(ofChild, "D/T(" + number + "): " + number + "\n");
+}
+
 TEST(Log, AFullOutputThatDoesNotBlockCostsTheLineOnly)
 {
     fixtures::Process process([] {
