@@ -1,15 +1,27 @@
-"""A set's directories with the sample in them, in a sandbox of a test's own."""
+"""A set's directories with the sample in them, in a sandbox of a test's own; and what --json prints."""
 
+import json
 import os
 import subprocess
 from pathlib import Path
 
+import jsonschema
 from conftest import APP_ID, BUILD
 
 ROOT = Path(__file__).parents[2]
 RES = f"/opt/usr/apps/{APP_ID}/res"
 RECH = f"/opt/usr/apps/{APP_ID}/RECH"
 MEDIA = "/opt/data/demo_movie"
+
+
+def validated(schema, output):
+    """The document that a command has printed, which is one of this schema of Docs."""
+    schema = json.loads((ROOT / f"Docs/schemas/{schema}.schema.json").read_text())
+    jsonschema.Draft202012Validator.check_schema(schema)
+    assert output.isascii()
+    document = json.loads(output)
+    jsonschema.Draft202012Validator(schema).validate(document)
+    return document
 
 
 class Shop:

@@ -1,19 +1,16 @@
 """vqmctl check, in a sandbox with the sample set: constants, a schedule of three items, and their files."""
 
 import fcntl
-import json
 import os
 import pty
 import re
 import signal
 import struct
-import subprocess
 import termios
 
-import jsonschema
 import pytest
 from conftest import BUILD
-from shop import MEDIA, RECH, RES, ROOT, Shop
+from shop import MEDIA, RECH, RES, Shop, validated
 
 SCHEDULE = f"{RECH}/schedule.xml"
 READY = "ready: schedule there, 3 of 3 items complete\n"
@@ -27,13 +24,8 @@ def shop(home):
     return Shop(home)
 
 
-def check_json(text):
-    schema = json.loads((ROOT / "Docs/schemas/check.schema.json").read_text())
-    jsonschema.Draft202012Validator.check_schema(schema)
-    assert text.isascii()
-    document = json.loads(text)
-    jsonschema.Draft202012Validator(schema).validate(document)
-    return document
+def check_json(output):
+    return validated("check", output)
 
 
 def without_sizes_of_the_disk(text):
@@ -217,7 +209,7 @@ FAULTS = {
 
 
 @pytest.mark.parametrize("fault", FAULTS)
-def test_each_fault_is_explained_and_the_verdict_is_the_librarys(shop, fault):
+def test_each_fault_is_explained_and_the_verdict_is_the_librarys(shop, tmp_path, fault):
     prepare, code, expected = FAULTS[fault]
     result = shop.run(f"""{prepare}
         {PLAIN_USER} {BUILD}/bin/vqmctl check; echo code $?
@@ -225,16 +217,11 @@ def test_each_fault_is_explained_and_the_verdict_is_the_librarys(shop, fault):
         DLOG_LEVEL=silent {PLAIN_USER} {BUILD}/bin/example_content_check >$out/library; echo code $?""")
     shown = re.sub(r"room for [0-9.]+ [kMGTPE]?B", "room for ROOM", result.stdout.decode())
     assert result.stderr == b""
-    head, _, rest = shown.partition("media: ")
-    assert rest.partition("\n")[2] == expected + 3 * f"code {code}\n"
-    remarks = check_json((shop_out(shop) / "json").read_bytes())["remarks"]
+    assert shown.partition("media: ")[2].partition("\n")[2] == expected + 3 * f"code {code}\n"
+    remarks = check_json((tmp_path / "json").read_bytes())["remarks"]
     assert [(remark["rule"], remark["decides"]) for remark in remarks] == [
         (line.rpartition("[")[2][:-1], line.startswith("problem"))
         for line in expected.splitlines() if line.endswith("]")]
-
-
-def shop_out(shop):
-    return type(ROOT)(shop.environment["out"])
 
 
 @pytest.mark.parametrize("prepare, problem", [
@@ -244,7 +231,7 @@ def shop_out(shop):
      f"the schedule '{SCHEDULE}' is larger than the 2147483647 bytes that can be parsed"),
     ("chmod 0 $rech", f"the schedule '{SCHEDULE}' cannot be examined: Permission denied"),
 ])
-def test_a_check_that_cannot_run_is_no_verdict(shop, prepare, problem):
+def test_a_check_that_cannot_run_is_no_verdict(shop, tmp_path, prepare, problem):
     result = shop.run(f"""{prepare}
         export DLOG_LEVEL=silent
         {PLAIN_USER} {BUILD}/bin/vqmctl check; echo code $?
@@ -252,7 +239,7 @@ def test_a_check_that_cannot_run_is_no_verdict(shop, prepare, problem):
     assert result.stderr == b""
     assert result.stdout.decode().partition("media: ")[2].partition("\n")[2] == (
         f"problem: the check did not run: {problem} [not-checked]\nnot checked: {problem}\ncode 3\ncode 3\n")
-    verdict = check_json((shop_out(shop) / "json").read_bytes())["verdict"]
+    verdict = check_json((tmp_path / "json").read_bytes())["verdict"]
     assert verdict == {"ready": False, "ran": False, "problem": problem, "schedule": False, "contents": False}
 
 
@@ -270,6 +257,16 @@ def test_the_constants_may_lie_elsewhere(shop):
     assert (result.returncode, result.stderr) == (0, b"")
     assert f"constants: {shop.environment['out']}/odd\\xff\\x1b (ScheduleFile is".encode() in result.stdout
     assert check_json(result.stdout[result.stdout.index(b"{"):])["constants"]["path"] == "<stdin>"
+
+
+@pytest.mark.parametrize("items, announced, to_copy", [
+    (item("a", 10) + item("b", 7) + item("a", 10), 27, 14),
+    (item("b", 1), 1, 0),
+    (item("a", 2**64 - 1) + item("c", 2**64 - 1), 2**64 - 1, 2**64 - 1),
+])
+def test_to_be_copied_is_what_is_not_there_each_file_once(shop, items, announced, to_copy):
+    document = check_json(shop.run(f"truncate -s 3 $media/b.mp4; {store(schedule(items))}; vqmctl check --json").stdout)
+    assert (document["schedule"]["bytes"], document["contents"]["bytes_to_copy"]) == (announced, to_copy)
 
 
 def test_a_hundred_thousand_files(shop):

@@ -1,16 +1,14 @@
 """vqmctl constants, as a user and a script meet it."""
 
-import json
 import os
 import re
 import subprocess
 from pathlib import Path
 
-import jsonschema
 import pytest
 from conftest import BUILD
+from shop import ROOT, validated
 
-DOCS = Path(__file__).parents[2] / "Docs"
 GOOD = '<c><Data key="ScheduleFile" value="schedule.xml"/><Data key="Retries" value="3"/><Data key="Empty" value=""/></c>'
 BROKEN = '<c>\n<Data key="ScheduleFile" value="schedule.xml"/>\n<Data key="Retries" value="3"></c>'
 
@@ -30,12 +28,7 @@ def constants(home, tmp_path):
 
 
 def check_json(output):
-    schema = json.loads((DOCS / "schemas/constants.schema.json").read_text())
-    jsonschema.Draft202012Validator.check_schema(schema)
-    assert output.isascii()
-    document = json.loads(output)
-    jsonschema.Draft202012Validator(schema).validate(document)
-    return document
+    return validated("constants", output)
 
 
 def test_list_prints_all_by_key(constants):
@@ -165,7 +158,7 @@ def test_the_command_line_is_checked(constants):
 
 
 def test_the_page_about_the_format_shows_what_list_prints(constants):
-    page = (DOCS / "constants-format.md").read_text()
+    page = (ROOT / "Docs/constants-format.md").read_text()
     examples = re.findall(r"```xml\n(.*?)```\n\ngives\n\n```text\n(.*?)```", page, re.DOTALL)
     assert len(examples) >= 3
     for document, expected in examples:

@@ -1,7 +1,6 @@
 """Docs/troubleshooting.md: each of its commands runs, and prints what the page shows."""
 
 import re
-import sys
 
 import pytest
 from conftest import APP_ID

@@ -1,7 +1,5 @@
 #include "Tools/Lint/Rejection.h"
 
-#include <utility>
-
 #include "Tools/Lint/Lint.h"
 
 namespace lint {
@@ -37,9 +35,9 @@ std::string WhyRejected(const std::string& document)
     return Describe(Lint(document, OnlyWhatRejects()));
 }
 
-std::string WhyRejected(ByteSource source)
+std::string WhyRejected(const ByteSource& source)
 {
-    return Describe(Lint(std::move(source), OnlyWhatRejects()));
+    return Describe(Lint(source, OnlyWhatRejects()));
 }
 
 } // namespace lint

@@ -9,6 +9,6 @@ namespace lint {
 // Why the library's parser rejects a document, whatever its elements mean: "line 3, column 5: ..."
 
 std::string WhyRejected(const std::string& document);
-std::string WhyRejected(ByteSource source);
+std::string WhyRejected(const ByteSource& source);
 
 } // namespace lint

@@ -42,7 +42,7 @@ DocumentFile Examine(const std::string& path)
 
 DocumentFile WhyNotParsed(const std::string& path)
 {
-    const DocumentFile examined = Examine(path);
+    DocumentFile examined = Examine(path);
     if (examined.state != DocumentState::kLoaded) {
         return examined;
     }

@@ -15,6 +15,9 @@ std::string RenderJson(const Report& report, bool oneLine);
 /// One document of Docs/schemas/constants.schema.json.
 std::string RenderJson(const Constants& constants);
 
+/// "not-well-formed" and so on, for programs.
+const char* NameOf(DocumentState state);
+
 /// "ready", or "not ready: " and why, or "not checked: " and why.
 std::string VerdictLine(const Report& report);
 

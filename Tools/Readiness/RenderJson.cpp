@@ -6,21 +6,6 @@ namespace readiness {
 
 namespace {
 
-const char* NameOf(DocumentState state)
-{
-    switch (state) {
-    case DocumentState::kMissing:
-        return "missing";
-    case DocumentState::kUnreadable:
-        return "unreadable";
-    case DocumentState::kNotWellFormed:
-        return "not-well-formed";
-    case DocumentState::kLoaded:
-        break;
-    }
-    return "loaded";
-}
-
 const char* NameOf(FileKind kind)
 {
     switch (kind) {
@@ -117,6 +102,21 @@ Json RemarksJson(const std::vector<Remark>& remarks)
 }
 
 } // namespace
+
+const char* NameOf(DocumentState state)
+{
+    switch (state) {
+    case DocumentState::kMissing:
+        return "missing";
+    case DocumentState::kUnreadable:
+        return "unreadable";
+    case DocumentState::kNotWellFormed:
+        return "not-well-formed";
+    case DocumentState::kLoaded:
+        break;
+    }
+    return "loaded";
+}
 
 std::string RenderJson(const Report& report, bool oneLine)
 {
