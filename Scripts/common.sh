@@ -64,6 +64,19 @@ build_preset() {
     }
 }
 
+# Installs what the benchmarks need and builds these targets of them for release, in $build.
+build_benchmarks() {
+    install_packages build run benchmark
+    build=$root/build/benchmark
+    say "Building (release, with the benchmarks)"
+    mkdir -p "$build"
+    (cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DVQM_BUILD_TESTS=OFF -DVQM_BUILD_BENCHMARKS=ON &&
+        ninja -C "$build" "$@") >"$build/build.log" 2>&1 || {
+        tail -n 20 "$build/build.log" >&2
+        fail "the build failed; the whole story is in $build/build.log"
+    }
+}
+
 # Runs a stage and says how long it took: stage NAME COMMAND...
 stage() {
     local name=$1 start=$SECONDS

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+/// The file name, without its extension, of an item. No two are the same.
+std::string ItemName(std::size_t item);
+
+/// Each item has a line of its own, as the format's documentation shows it, or each element has.
+enum class Layout { LineForItem, LineForElement };
+
+/// A schedule document: periods of 1,000 items, about 200 bytes for each item, every item announced
+/// with `itemSize` bytes.
+std::string ScheduleDocument(std::size_t items, std::size_t itemSize, Layout layout);
