@@ -121,6 +121,7 @@ def test_the_screen_of_a_set_in_order(running):
     (f"rm {RECH}/schedule.xml", ["schedule-missing"], f"'{RECH}/schedule.xml' is missing"),
     (f"truncate -s 100 {RECH}/schedule.xml", ["schedule-not-well-formed"], f"'{RECH}/schedule.xml'"),
     (f"rm {RECH}/schedule.xml; mkdir {RECH}/schedule.xml", ["schedule-unreadable"], "is a directory"),
+    (f"rm {RECH}/schedule.xml; mkfifo {RECH}/schedule.xml", ["not-checked"], "is a pipe"),
     (f"rm {CONSTANTS}", ["constants-missing", "schedule-is-directory"], f"'{CONSTANTS}' is missing"),
     (f"sed -i s/2030/2020/ {RECH}/schedule.xml", ["expired"], "2020-12-31"),
     (f"sed -i s/09:00:00/13:30:00/ {RECH}/schedule.xml", ["nothing-scheduled"], "nothing is scheduled now"),
@@ -201,14 +202,14 @@ def test_a_display_that_never_answers_is_given_up(running):
     with socket.create_server(("127.0.0.1", 0)) as server:
         display = f"127.0.0.1:{server.getsockname()[1] - 6000}"
         document = status(running, DISPLAY=display)
-    assert document["application"] == {"id": APP_ID, "state": "display-silent", "display": display}
+    assert document["application"] == {"id": APP_ID, "state": "display-silent", "display": display, "problem": None}
     assert reasons(document) == ["application-unknown"]
 
 
 def test_a_display_without_the_application(desktop):
     desktop.switch_on()
     document = status(desktop)
-    assert document["application"] == {"id": APP_ID, "state": "not-running", "display": desktop.display_name}
+    assert document["application"] == {"id": APP_ID, "state": "not-running", "display": desktop.display_name, "problem": None}
     assert reasons(document) == ["application-not-running"]
 
 
@@ -278,6 +279,18 @@ def test_a_bus_that_never_answers_is_given_up(running, tmp_path):
     assert document["popups"] == {
         "state": "unknown", "service": None, "pid": None, "problem": "the session bus does not answer"}
     assert document["verdict"]["ready"]
+
+
+def test_without_means_to_ask_servers_the_rest_is_told(running, tmp_path):
+    """One descriptor is enough for files, and none to talk to another process."""
+    with silent_bus(tmp_path) as address:
+        document = status(running, prepare="ulimit -n 4", DBUS_SESSION_BUS_ADDRESS=address)
+    assert document["application"]["state"] == "display-not-asked"
+    assert document["application"]["problem"] == "Too many open files"
+    assert document["popups"]["problem"] == "cannot ask the session bus: Too many open files"
+    assert reasons(document) == ["application-unknown"]
+    assert document["verdict"]["reasons"][0]["text"] == (
+        f"whether the application runs is unknown: cannot ask display '{running.display_name}': Too many open files")
 
 
 def test_no_bus_is_started(running):

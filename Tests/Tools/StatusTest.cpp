@@ -10,10 +10,7 @@ namespace {
 
 using namespace status;
 using readiness::DocumentState;
-using testing::AllOf;
-using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
 
 constexpr char kMenu[] = "XF86SimpleMenu";
 constexpr char kMore[] = "XF86More";

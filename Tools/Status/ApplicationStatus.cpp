@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <system_error>
 
 #include "Platform/desktop/KeyTable.h"
 #include "Tools/Json.h"
@@ -104,8 +105,16 @@ ApplicationStatus CollectApplication()
     if (display == nullptr || *display == '\0') {
         return {};
     }
-    const std::optional<std::string> text = AskWithin(kPatience, [] { return ToText(AskDisplay()); });
-    return ApplicationFrom(display, text ? std::optional(FromText(*text)) : std::nullopt);
+    try {
+        const std::optional<std::string> text = AskWithin(kPatience, [] { return ToText(AskDisplay()); });
+        return ApplicationFrom(display, text ? std::optional(FromText(*text)) : std::nullopt);
+    } catch (const std::system_error& error) {
+        ApplicationStatus application;
+        application.state = ApplicationStatus::State::kNotAsked;
+        application.display = display;
+        application.problem = error.code().message();
+        return application;
+    }
 }
 
 } // namespace status

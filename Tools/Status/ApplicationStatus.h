@@ -30,13 +30,15 @@ struct ApplicationStatus {
     enum class State {
         kNoDisplay,   ///< DISPLAY is not set
         kUnreachable, ///< there is no such display, or it refuses us
-        kSilent,      ///< it takes the connection and does not answer
+        kSilent,      ///< it does not answer
+        kNotAsked,    ///< for lack of means; `problem` says of which
         kNotRunning,
         kRunning,
     };
 
     State state = State::kNoDisplay;
     std::string display; ///< what DISPLAY holds; not escaped
+    std::string problem;
     pid_t pid = 0;
     std::vector<std::string> heldKeys;
     std::vector<std::string> failedKeys;

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <system_error>
 
 #include "Platform/desktop/SessionBus.h"
 #include "Tools/Json.h"
@@ -133,8 +134,12 @@ PopupStatus CollectPopups()
         return Unknown("no session bus");
     }
     const std::optional<PopupNote> note = ReadNote();
-    const std::optional<std::string> text = AskWithin(kPatience, [] { return ToText(AskSessionBus()); });
-    return PopupsFrom(note, text ? std::optional(FromText(*text)) : std::nullopt);
+    try {
+        const std::optional<std::string> text = AskWithin(kPatience, [] { return ToText(AskSessionBus()); });
+        return PopupsFrom(note, text ? std::optional(FromText(*text)) : std::nullopt);
+    } catch (const std::system_error& error) {
+        return Unknown("cannot ask the session bus: " + error.code().message());
+    }
 }
 
 } // namespace status

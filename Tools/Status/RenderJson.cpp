@@ -1,6 +1,7 @@
 #include "Tools/Status/Render.h"
 
 #include "Tools/Json.h"
+#include "Tools/Readiness/Render.h"
 #include "Tools/Schedule/ProgrammeText.h"
 
 namespace status {
@@ -32,6 +33,8 @@ std::string NameOf(ApplicationStatus::State state)
         return "display-unreachable";
     case State::kSilent:
         return "display-silent";
+    case State::kNotAsked:
+        return "display-not-asked";
     case State::kNotRunning:
         return "not-running";
     case State::kRunning:
@@ -45,7 +48,8 @@ Json ApplicationJson(const Report& report)
     const ApplicationStatus& application = report.application;
     Json json = {{"id", report.applicationId},
                  {"state", NameOf(application.state)},
-                 {"display", TextOrNull(application.display)}};
+                 {"display", TextOrNull(application.display)},
+                 {"problem", TextOrNull(application.problem)}};
     if (application.state == ApplicationStatus::State::kRunning) {
         json["pid"] = application.pid;
         json["tool_keys"] = Json::array();
@@ -64,22 +68,6 @@ Json PopupsJson(const PopupStatus& popups)
             {"service", TextOrNull(popups.service)},
             {"pid", popups.pid > 0 ? Json(popups.pid) : Json(nullptr)},
             {"problem", TextOrNull(popups.why)}};
-}
-
-std::string NameOf(readiness::DocumentState state)
-{
-    using readiness::DocumentState;
-    switch (state) {
-    case DocumentState::kMissing:
-        return "missing";
-    case DocumentState::kUnreadable:
-        return "unreadable";
-    case DocumentState::kNotWellFormed:
-        return "not-well-formed";
-    case DocumentState::kLoaded:
-        break;
-    }
-    return "loaded";
 }
 
 Json ConstantsJson(const readiness::Constants& constants)

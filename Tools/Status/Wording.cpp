@@ -64,6 +64,8 @@ std::string ApplicationText(const Report& report)
         return "unknown: cannot open " + display;
     case State::kSilent:
         return "unknown: " + display + " does not answer";
+    case State::kNotAsked:
+        return "unknown: cannot ask " + display + ": " + application.problem;
     case State::kNotRunning:
         return report.applicationId + " does not run on " + display;
     case State::kRunning:
