@@ -1,6 +1,5 @@
-#include <functional>
-#include <new>
 #include <string>
+#include <vector>
 
 #include <dlog.h>
 #include <gtest/gtest.h>
@@ -86,6 +85,16 @@ protected:
         return policy;
     }
 
+    /// An empty one where there is none.
+    _VQMContentInfo FirstItem()
+    {
+        const _VQMPolicy policy = Policy();
+        if (policy.listSchedule.empty() || policy.listSchedule.front().listContents.empty()) {
+            return {};
+        }
+        return policy.listSchedule.front().listContents.front();
+    }
+
     CVQMScheduleContainer container;
     std::size_t memory = 0;
 };
@@ -98,10 +107,7 @@ TEST_F(LargeDocument, OneLongTextComesWhole)
     const std::string document = begin + std::string(kSize - 100, 'x') + "</name></item></schedule>";
     EXPECT_TRUE(ParseSchedule(document));
     EXPECT_LT(memory, 7 * kSize + kSmall);
-    const _VQMPolicy policy = Policy();
-    ASSERT_EQ(policy.listSchedule.size(), 1U);
-    ASSERT_EQ(policy.listSchedule.front().listContents.size(), 1U);
-    const std::string& name = policy.listSchedule.front().listContents.front().strName;
+    const std::string name = FirstItem().strName;
     EXPECT_EQ(name.size(), kSize - 100);
     EXPECT_EQ(document.compare(begin.size(), name.size(), name), 0);
 }
@@ -173,8 +179,13 @@ TEST_F(LargeDocument, EntitiesThatMultiplyAreStopped)
         {"quadratic", quadratic, Repeated("&e;", 20000)},
     };
     constexpr std::size_t kLimit = 80 * kMegabyte;
+    // Each of them is 8 MiB of single characters.
+    std::vector<const char*> elements = {"name"};
+    if (kSize == 100 * kMegabyte) {
+        elements.insert(elements.end(), {"format", "size", "rsp"});
+    }
     for (const auto& bomb : bombs) {
-        for (const char* element : {"name", "format", "size", "rsp"}) {
+        for (const char* element : elements) {
             CVQMScheduleContainer own;
             EXPECT_FALSE(Parse(bomb.prolog + '<' + element + '>' + bomb.uses + "</" + element + '>', own));
             EXPECT_LT(memory, kLimit) << bomb.what << ' ' << element;
@@ -201,8 +212,8 @@ TEST_F(LargeDocument, AChainOfEntitiesIsFollowedToItsEnd)
     const std::string last = "&e" + std::to_string(kLength - 1) + ';';
     EXPECT_TRUE(
         ParseSchedule(prolog + "]><schedule><item id='" + last + "'><name>" + last + "</name></item></schedule>"));
-    EXPECT_EQ(Policy().listSchedule.front().listContents.front().strName, "x");
-    EXPECT_EQ(Policy().listSchedule.front().listContents.front().strID, "x");
+    EXPECT_EQ(FirstItem().strName, "x");
+    EXPECT_EQ(FirstItem().strID, "x");
     EXPECT_TRUE(ParseConstants(prolog + "]><Data key='" + last + "' value='" + last + "'>" + last + "</Data>"));
     EXPECT_EQ(OpenConstants::m_DataCache["x"], "x");
 }
@@ -235,7 +246,7 @@ TEST_F(LargeDocument, OfManyAttributesTheFirstOnesCount)
     }
     EXPECT_TRUE(ParseSchedule("<schedule><item id='first'" + attributes + "/></schedule>"));
     EXPECT_EQ(logLines, 5U) << "two of a schedule, two of an item, and the end";
-    EXPECT_EQ(Policy().listSchedule.front().listContents.front().strID, "first");
+    EXPECT_EQ(FirstItem().strID, "first");
     attributes.resize(attributes.find(" a1000="));
     EXPECT_TRUE(ParseConstants("<Data key='k' value='v'" + attributes + "/>"));
     EXPECT_EQ(OpenConstants::m_DataCache["k"], "v");

@@ -67,5 +67,12 @@ protected:
         return policy;
     }
 
+    /// The last line of `Changes`: the last item, if there is one.
+    std::string LastChange()
+    {
+        const recorder::Lines changes = Changes(Policy());
+        return changes.empty() ? "" : changes.back();
+    }
+
     CVQMScheduleContainer container;
 };

@@ -80,7 +80,7 @@ protected:
         container = CVQMScheduleContainer();
         Tell(element, pieces);
         ASSERT_EQ(Policy().listSchedule.size(), 1U);
-        EXPECT_EQ(Changes(Policy()).back(), Item(element, taking, pieces)) << element << ' ' << pieces.size();
+        EXPECT_EQ(LastChange(), Item(element, taking, pieces)) << element << ' ' << pieces.size();
         const Lines lines = Take();
         const auto ignored =
             std::count(lines.begin(), lines.end(), ScheduleLine("OnElementData", "OnElementData - Unknown Element \n"));
@@ -150,7 +150,7 @@ TEST_F(ScheduleSplit, TheParsersOwnCutsGiveTheSame)
                 EXPECT_TRUE(
                     Parse(prolog + "<schedule><item>" + open + cut.content(text, at) + close + "</item></schedule>"));
                 EXPECT_EQ(Take(), expected) << cut.what << ' ' << element << ' ' << at;
-                EXPECT_EQ(Changes(Policy()).back(), Item(element, taking, pieces)) << cut.what << ' ' << at;
+                EXPECT_EQ(LastChange(), Item(element, taking, pieces)) << cut.what << ' ' << at;
             }
         }
     }
@@ -175,7 +175,7 @@ TEST_F(ScheduleSplit, AnElementInsideATextTakesOverOrIsPassedBy)
     for (const auto& expected : cases) {
         container = CVQMScheduleContainer();
         EXPECT_TRUE(Parse("<schedule><item>" + std::string(expected.item) + "</item></schedule>"));
-        EXPECT_EQ(Changes(Policy()).back(), expected.result) << expected.item;
+        EXPECT_EQ(LastChange(), expected.result) << expected.item;
     }
 }
 
@@ -192,7 +192,7 @@ TEST_F(ScheduleSplit, ALongTextInAnotherEncodingComesInThePartsOfTheParsersBuffe
         container = CVQMScheduleContainer();
         EXPECT_TRUE(
             Parse(latin1 + "<schedule><item><name>" + text + "</name><format>" + text + "</format></item></schedule>"));
-        EXPECT_EQ(Changes(Policy()).back(), "item |" + utf8 + '.' + utf8 + "|0|" + utf8 + "|0") << length;
+        EXPECT_EQ(LastChange(), "item |" + utf8 + '.' + utf8 + "|0|" + utf8 + "|0") << length;
 
         // Leading zeros make a long number of a small one.
         const std::string digits = std::string(length - 3, '0') + "123";
@@ -200,10 +200,10 @@ TEST_F(ScheduleSplit, ALongTextInAnotherEncodingComesInThePartsOfTheParsersBuffe
         const std::string inParts = std::to_string(Number(digits.substr(length - last)));
         container = CVQMScheduleContainer();
         EXPECT_TRUE(Parse(latin1 + "<schedule><item><size>" + digits + "</size></item></schedule>"));
-        EXPECT_EQ(Changes(Policy()).back(), "item ||" + inParts + "||0") << length;
+        EXPECT_EQ(LastChange(), "item ||" + inParts + "||0") << length;
         container = CVQMScheduleContainer();
         EXPECT_TRUE(Parse("<schedule><item><size>" + digits + "</size></item></schedule>"));
-        EXPECT_EQ(Changes(Policy()).back(), "item ||123||0") << length << " in UTF-8, whole";
+        EXPECT_EQ(LastChange(), "item ||123||0") << length << " in UTF-8, whole";
     }
 }
 
