@@ -10,8 +10,8 @@
 
 #include "Common/VQMException.h"
 #include "Tests/Common/ContentCheckFixture.h"
-#include "Tests/Platform/Descriptors.h"
 #include "Tests/Platform/AllocationFault.h"
+#include "Tests/Platform/Descriptors.h"
 #include "Tests/Platform/ProcessLimits.h"
 #include "Tests/Platform/WithoutOverride.h"
 

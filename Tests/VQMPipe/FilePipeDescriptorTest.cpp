@@ -26,19 +26,15 @@ TEST_F(FilePipe, WithoutDescriptorsNothingOpensAndWhatIsOpenGoesOn)
     Opened(writer);
     Opened(appender);
 
-    const std::map<int, std::string> errors = {{REQUEST_WRITE, StreamFailure()},
-                                               {REQUEST_READ, "ifstream open Error : " + path},
-                                               {REQUEST_APPEND, "ofstream open Error : " + path}};
     const std::size_t before = OpenDescriptors();
     {
         const NoDescriptors none;
-        for (const auto& [command, error] : errors) {
+        for (const int command : {REQUEST_WRITE, REQUEST_READ, REQUEST_APPEND}) {
             recorder::Clear();
             EXPECT_EQ(Create(RequestFor(command, path)), nullptr);
-            EXPECT_EQ(recorder::Take().back(),
-                      Debug("CreatePipe", "CVQMFilePipe::CreatePipe - error " + error + " \n"));
+            EXPECT_EQ(recorder::Take().back(), CreateError(OpenError(command, path)));
             EXPECT_EQ(Step(RequestFor(command, path)), nullptr);
-            EXPECT_EQ(recorder::Take().back(), RequestError(error));
+            EXPECT_EQ(recorder::Take().back(), RequestError(OpenError(command, path)));
         }
         EXPECT_EQ(pipe_.m_pipeInfoMap.size(), 3U);
         EXPECT_EQ(pipe_.GetFileSize(path.c_str()), 10U) << "the file is as it was, and measured";

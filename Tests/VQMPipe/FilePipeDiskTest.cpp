@@ -103,12 +103,10 @@ TEST_F(FilePipeDisk, WithoutRoomForAnotherFileNoneIsMade)
         std::ofstream(disk_ + name).close();
     }
     const std::string path = disk_ + "d";
-    EXPECT_EQ(Create(RequestFor(REQUEST_WRITE, path)), nullptr);
-    EXPECT_EQ(recorder::Take().back(),
-              Debug("CreatePipe", "CVQMFilePipe::CreatePipe - error " + StreamFailure() + " \n"));
-    EXPECT_EQ(Create(RequestFor(REQUEST_APPEND, path)), nullptr);
-    EXPECT_EQ(recorder::Take().back(),
-              Debug("CreatePipe", "CVQMFilePipe::CreatePipe - error ofstream open Error : " + path + " \n"));
+    for (const int command : {REQUEST_WRITE, REQUEST_APPEND}) {
+        EXPECT_EQ(Create(RequestFor(command, path)), nullptr);
+        EXPECT_EQ(recorder::Take().back(), CreateError(OpenError(command, path)));
+    }
     EXPECT_NE(Create(RequestFor(REQUEST_WRITE, disk_ + "a")), nullptr) << "one that is there";
     pipe_.DisconnectPipe(pipe_.m_pipeInfoMap.begin()->first);
     EXPECT_FALSE(fs::exists(path));
@@ -120,12 +118,12 @@ TEST_F(FilePipeDisk, AReadOnlyDiskIsReadAndNothingElse)
     ASSERT_EQ(mount(nullptr, disk_.c_str(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr), 0);
     const std::size_t before = OpenDescriptors();
     for (const std::string& target : {path, disk_ + "new"}) {
-        recorder::Clear();
-        EXPECT_EQ(Create(RequestFor(REQUEST_WRITE, target)), nullptr);
-        EXPECT_EQ(recorder::Take().back(),
-                  Debug("CreatePipe", "CVQMFilePipe::CreatePipe - error " + StreamFailure() + " \n"));
-        EXPECT_EQ(Step(RequestFor(REQUEST_APPEND, target)), nullptr);
-        EXPECT_EQ(recorder::Take().back(), RequestError("ofstream open Error : " + target));
+        for (const int command : {REQUEST_WRITE, REQUEST_APPEND}) {
+            EXPECT_EQ(Create(RequestFor(command, target)), nullptr);
+            EXPECT_EQ(recorder::Take().back(), CreateError(OpenError(command, target)));
+            EXPECT_EQ(Step(RequestFor(command, target)), nullptr);
+            EXPECT_EQ(recorder::Take().back(), RequestError(OpenError(command, target)));
+        }
     }
     EXPECT_EQ(OpenDescriptors(), before);
     EXPECT_TRUE(pipe_.m_pipeInfoMap.empty());

@@ -12,19 +12,6 @@ namespace fs = std::filesystem;
 
 class FilePipeFault : public FilePipe {
 protected:
-    /// What opening fails with, one line per command.
-    static std::string OpenError(int command, const std::string& path)
-    {
-        switch (command) {
-        case REQUEST_WRITE:
-            return StreamFailure();
-        case REQUEST_READ:
-            return "ifstream open Error : " + path;
-        default:
-            return "ofstream open Error : " + path;
-        }
-    }
-
     /// Both ways of opening fail, say why, and leave nothing behind.
     void ExpectNotOpened(int command, const std::string& path)
     {
@@ -32,8 +19,7 @@ protected:
         const std::size_t before = OpenDescriptors();
         recorder::Clear();
         EXPECT_EQ(Create(RequestFor(command, path)), nullptr);
-        EXPECT_EQ(recorder::Take().back(),
-                  Debug("CreatePipe", "CVQMFilePipe::CreatePipe - error " + OpenError(command, path) + " \n"));
+        EXPECT_EQ(recorder::Take().back(), CreateError(OpenError(command, path)));
         EXPECT_EQ(Step(RequestFor(command, path)), nullptr);
         EXPECT_EQ(recorder::Take().back(), RequestError(OpenError(command, path)));
         EXPECT_EQ(OpenDescriptors(), before);

@@ -122,10 +122,7 @@ TEST_F(FilePipeFifo, ASignalEndsTheWaitingLikeAnyFailure)
         returned = true;
         signaller.join();
         EXPECT_EQ(handle, nullptr);
-        const std::string error = command == REQUEST_WRITE  ? StreamFailure()
-                                  : command == REQUEST_READ ? "ifstream open Error : " + path_
-                                                            : "ofstream open Error : " + path_;
-        EXPECT_EQ(recorder::Take().back(), Debug("CreatePipe", "CVQMFilePipe::CreatePipe - error " + error + " \n"));
+        EXPECT_EQ(recorder::Take().back(), CreateError(OpenError(command, path_)));
         EXPECT_TRUE(pipe_.m_pipeInfoMap.empty());
     }
 }

@@ -117,6 +117,24 @@ protected:
         return {};
     }
 
+    /// What a path that cannot be opened fails with.
+    static std::string OpenError(int command, const std::string& path)
+    {
+        switch (command) {
+        case REQUEST_WRITE:
+            return StreamFailure();
+        case REQUEST_READ:
+            return "ifstream open Error : " + path;
+        default:
+            return "ofstream open Error : " + path;
+        }
+    }
+
+    static std::string CreateError(const std::string& message)
+    {
+        return Debug("CreatePipe", "CVQMFilePipe::CreatePipe - error " + message + " \n");
+    }
+
     std::string directory_;
     OpenPipe pipe_;
 };
