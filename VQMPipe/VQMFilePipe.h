@@ -31,7 +31,8 @@ public:
     ~CVQMFilePipe() override; // NOLINT(bugprone-exception-escape): a failed lock is fatal here
 
     /// Opens the file that a `CVQMFileRequestData` describes; its handle field is not looked at.
-    /// A reader starts at `nStartOffset`, which must lie inside the file.
+    /// A reader starts at `nStartOffset`, which must lie inside the file. A FIFO opens once its
+    /// other side does; it measures 0, as devices do, and so nothing of it is read.
     /// Null: not a `CVQMFileRequestData`, no path, or the file cannot be opened as wanted.
     void* CreatePipe(CVQMDataStructureObject* pRequest) override;
 
