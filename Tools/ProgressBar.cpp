@@ -36,7 +36,10 @@ void ProgressBar::Show(std::size_t done, std::size_t total, const std::string& w
         return;
     }
     next_ = now + kInterval;
-    const std::string text = " " + std::to_string(done) + " of " + std::to_string(total) + " " + what;
+    const std::string whole = std::to_string(total);
+    std::string part = std::to_string(done);
+    part.insert(0, whole.size() - std::min(part.size(), whole.size()), ' '); // so that the bar keeps its width
+    const std::string text = " " + part + " of " + whole + " " + what;
     std::string line;
     // The bar takes what the text leaves; a line that is full would begin another.
     const std::size_t room = columns_ > text.size() + 3 ? columns_ - text.size() - 3 : 0;

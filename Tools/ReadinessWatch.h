@@ -16,9 +16,8 @@
 /// as behind a link or on a network disk, and midnight, it sees within a minute.
 class ReadinessWatch {
 public:
-    /// Makes a report; gives false to end the watch after a report.
     using Checker = std::function<readiness::Report()>;
-    using Printer = std::function<bool(const readiness::Report& report)>;
+    using Printer = std::function<bool(const readiness::Report& report)>; ///< false: nobody reads any more
 
     ReadinessWatch(Checker check, Printer print);
     ~ReadinessWatch();

@@ -61,6 +61,12 @@ TEST_F(ProgressBarTest, ANarrowTerminalGetsOneLineThatIsNotFull)
     EXPECT_EQ(Line(1, 1, 2), "\r");
 }
 
+TEST_F(ProgressBarTest, TheBarKeepsItsWidthWhileTheNumberGrows)
+{
+    EXPECT_EQ(Line(30, 9, 100), "\r[..........]   9 of 100 files");
+    EXPECT_EQ(Line(30, 99, 100), "\r[#########.]  99 of 100 files");
+}
+
 TEST_F(ProgressBarTest, NumbersDoNotOverflow)
 {
     EXPECT_EQ(Line(80, 4000000000U, 4100000000U), "\r[" + std::string(39, '#') + ".] 4000000000 of 4100000000 files");

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "Tools/Readiness/Remarks.h"
 #include "Tools/Readiness/Words.h"
 
 namespace {
@@ -21,6 +22,42 @@ TEST(ReadinessWords, NamesAreListedAsInASentence)
     EXPECT_EQ(readiness::QuotedList({"a"}), "'a'");
     EXPECT_EQ(readiness::QuotedList({"a", "b"}), "'a' and 'b'");
     EXPECT_EQ(readiness::QuotedList({"a", "b", "c"}), "'a', 'b' and 'c'");
+}
+
+TEST(ReadinessRemarks, WhatChangedAfterTheCheckIsNoReasonForItsVerdict)
+{
+    readiness::Report report;
+    report.constants = {"constants.xml", readiness::DocumentState::kLoaded, "", {{"ScheduleFile", "s.xml"}}};
+    report.verdict = {true, "", true, true};
+    report.schedule.directory = "/d/";
+    report.schedule.path = "/d/s.xml";
+    report.schedule.state = readiness::DocumentState::kLoaded;
+    report.schedule.policy.bError = false;
+    report.contents.directoryPresent = true;
+    readiness::ContentFile gone;
+    gone.name = "a.mp4";
+    gone.announced = 5;
+    gone.problem = "is missing";
+    report.contents.files = {gone};
+
+    const auto remarks = [&report] {
+        std::vector<std::pair<std::string, bool>> told;
+        for (const readiness::Remark& remark : readiness::Explain(report)) {
+            told.emplace_back(remark.rule, remark.decides);
+        }
+        return told;
+    };
+    using testing::ElementsAre;
+    using testing::Pair;
+    EXPECT_THAT(remarks(), ElementsAre(Pair("file-missing", false), Pair("changed-meanwhile", false)));
+    report.verdict.haveContents = false;
+    EXPECT_THAT(remarks(), ElementsAre(Pair("file-missing", true)));
+    report.contents.counting = 1;
+    report.contents.files.front().size = 5;
+    report.contents.files.front().readable = true;
+    EXPECT_THAT(remarks(), ElementsAre(Pair("changed-meanwhile", false)));
+    report.verdict.haveSchedule = false;
+    EXPECT_THAT(remarks(), ElementsAre(Pair("changed-meanwhile", false)));
 }
 
 } // namespace
