@@ -2,11 +2,11 @@
 //
 //   LibraryWork NAME SIZE REPETITIONS
 //
-// "ns" is the median of the repetitions, "instructions" the mean, null where the processor's
-// counter cannot be read; both for one unit of the work. "peak" is the process's own, in bytes.
+// "ns" is the median of the repetitions, "cpu" that of the process's own processor time in ns,
+// "instructions" the mean, null where the processor's counter cannot be read; all for one unit of
+// the work. "peak" is the process's most memory, in bytes.
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -14,6 +14,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <time.h>
 #include <vector>
 
 #include "Benchmarks/Library/InstructionCounter.h"
@@ -79,31 +80,43 @@ unsigned long long PeakBytes()
 
 struct Cost {
     double nanoseconds;
+    double cpu;
     std::optional<double> instructions;
 };
+
+double Now(clockid_t clock)
+{
+    timespec now{};
+    clock_gettime(clock, &now);
+    return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
+}
 
 Cost CostOf(const std::function<void()>& work)
 {
     const InstructionCounter counter;
-    const auto start = std::chrono::steady_clock::now();
+    const double start = Now(CLOCK_MONOTONIC);
+    const double cpuStart = Now(CLOCK_PROCESS_CPUTIME_ID);
     work();
-    const std::chrono::duration<double, std::nano> time = std::chrono::steady_clock::now() - start;
-    return {time.count(), counter.Read()};
+    const double cpu = Now(CLOCK_PROCESS_CPUTIME_ID) - cpuStart;
+    return {Now(CLOCK_MONOTONIC) - start, cpu, counter.Read()};
 }
 
 void Measure(const Work& work, int repetitions)
 {
     std::vector<double> times;
+    std::vector<double> cpuTimes;
     double instructions = 0;
     bool counted = true;
     for (int i = 0; i < repetitions; ++i) {
         const Cost whole = CostOf(work.run);
-        const Cost without = work.without ? CostOf(work.without) : Cost{0, 0};
+        const Cost without = work.without ? CostOf(work.without) : Cost{0, 0, 0};
         times.push_back(whole.nanoseconds - without.nanoseconds);
+        cpuTimes.push_back(whole.cpu - without.cpu);
         counted = counted && whole.instructions && without.instructions;
         instructions += whole.instructions.value_or(0) - without.instructions.value_or(0);
     }
-    std::printf("{\"ns\": %.3f, \"instructions\": ", Median(times) / work.units);
+    std::printf("{\"ns\": %.3f, \"cpu\": %.3f, \"instructions\": ", Median(times) / work.units,
+                Median(cpuTimes) / work.units);
     if (counted) {
         std::printf("%.1f", instructions / repetitions / work.units);
     } else {
