@@ -10,6 +10,7 @@ int dlog_print(log_priority /*prio*/, const char* /*tag*/, const char* fmt, ...)
     char text[1024];
     va_list arguments;
     va_start(arguments, fmt);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it is initialized
     const int length = std::vsnprintf(text, sizeof text, fmt, arguments);
     va_end(arguments);
     return length;
