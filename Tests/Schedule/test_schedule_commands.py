@@ -359,6 +359,12 @@ def test_what_is_huge_or_endless_ends_soon(tool, command):
     assert result.stderr == b"vqmctl: cannot read '<stdin>': more than 67108864 bytes; expected a schedule document\n"
 
 
+def test_lint_of_what_has_no_end_ends_too(tool):
+    result = tool("lint", "--format", "oneline", "/dev/zero")
+    assert result.returncode == 1
+    assert result.stdout.startswith(b"/dev/zero:1:1: error: the document is empty; ")
+
+
 @pytest.mark.parametrize("command", COMMANDS)
 def test_a_pipe_waits_for_its_writer_only_if_there_is_one(tool, command):
     os.mkfifo(tool.folder / "pipe")

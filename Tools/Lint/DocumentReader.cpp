@@ -11,6 +11,9 @@ namespace {
 constexpr std::size_t kHeadSize = 4;
 constexpr std::size_t kReadUnit = 65536;
 
+/// What has this much nothing in it may have no end, as devices do.
+constexpr std::uint64_t kMaxSearched = 67108864;
+
 bool HasText(std::string_view bytes)
 {
     return bytes.find_first_not_of(std::string_view("\0 \t\r\n", 5)) != std::string_view::npos;
@@ -46,7 +49,10 @@ bool DocumentReader::HasTextAfterNul()
     if (!endedAtNul_) {
         return false;
     }
-    while (!HasText(rest_)) {
+    for (std::uint64_t searched = rest_.size(); !HasText(rest_); searched += rest_.size()) {
+        if (searched > kMaxSearched) {
+            return false;
+        }
         rest_.resize(kReadUnit);
         const std::size_t count = source_(rest_.data(), rest_.size());
         rest_.resize(count);

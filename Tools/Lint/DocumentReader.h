@@ -26,7 +26,8 @@ public:
     /// Whether a zero byte ended the document. Known at the end.
     bool EndedAtNul() const { return endedAtNul_; }
 
-    /// Whether anything but zero bytes and white space follows the zero byte; reads on to know.
+    /// Whether anything but zero bytes and white space follows the zero byte; reads on to know,
+    /// up to 64 MiB.
     bool HasTextAfterNul();
 
 private:

@@ -13,10 +13,10 @@ std::string TwoDigits(long long number)
     return (number >= 0 && number < 10 ? "0" : "") + std::to_string(number);
 }
 
-/// Two digits up to `limit`.
+/// Of two characters: a number up to `limit`.
 std::optional<int> ParsePart(const std::string& digits, int limit)
 {
-    if (digits.size() != 2 || digits.find_first_not_of("0123456789") != std::string::npos) {
+    if (digits.find_first_not_of("0123456789") != std::string::npos) {
         return std::nullopt;
     }
     const int number = (digits[0] - '0') * 10 + (digits[1] - '0');
