@@ -60,7 +60,8 @@ TEST_F(FilePipeMemory, APipeEndsWithoutMemory)
         std::optional<CVQMFilePipe> pipe(std::in_place);
         for (const int command : {REQUEST_WRITE, REQUEST_READ, REQUEST_APPEND}) {
             for (const bool serialized : {false, true}) {
-                FileRequest request = RequestFor(command, MakeFile("file" + std::to_string(command), "0123456789"));
+                const std::string name = (serialized ? "text " : "bytes ") + std::to_string(command);
+                FileRequest request = RequestFor(command, MakeFile(name, "0123456789"));
                 request.nReadUnitSize = 4;
                 request.pSerializer = serialized ? &serializer_ : nullptr;
                 request.pSerializableData = serialized ? static_cast<CVQMDataObject*>(&document) : &buffer;
@@ -73,7 +74,10 @@ TEST_F(FilePipeMemory, APipeEndsWithoutMemory)
         }
         recorder::Clear();
         ExpectNoAllocation("end", [&] { pipe.reset(); });
-        EXPECT_EQ(ContentOf(Path("file2")), "0123456789not written yeta text that takes memory");
+        EXPECT_EQ(ContentOf(Path("bytes 0")), "not written yet");
+        EXPECT_EQ(ContentOf(Path("text 0")), "a text that takes memory");
+        EXPECT_EQ(ContentOf(Path("bytes 2")), "0123456789not written yet");
+        EXPECT_EQ(ContentOf(Path("text 2")), "0123456789a text that takes memory");
     }
     EXPECT_EQ(OpenDescriptors(), descriptors);
     EXPECT_EQ(allocation_fault::BlocksInUse(), blocks);
