@@ -12,6 +12,7 @@ std::string Format(const char* format, va_list arguments)
 {
     va_list copy;
     va_copy(copy, arguments);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it is a copy of the caller's
     const int length = std::vsnprintf(nullptr, 0, format, copy);
     va_end(copy);
     if (length < 0) {

@@ -27,7 +27,7 @@ protected:
     }
 
     /// Reads to the end in steps of the request's unit.
-    std::string ReadToEnd(FileRequest& request)
+    std::string ReadToEnd(FileRequest request)
     {
         CVQMDataBufferObject destination;
         request.pDeSerializableData = &destination;
