@@ -239,7 +239,7 @@ TEST_F(LargeDocument, DeepNestingIsReadLikeAnyOther)
 
 TEST_F(LargeDocument, OfManyAttributesTheFirstOnesCount)
 {
-    const std::size_t count = VQM_TEST_MEGABYTES * 10000;
+    const std::size_t count = std::size_t{10000} * VQM_TEST_MEGABYTES;
     std::string attributes;
     for (std::size_t i = 0; i < count; ++i) {
         attributes += " a" + std::to_string(i) + "=''";
