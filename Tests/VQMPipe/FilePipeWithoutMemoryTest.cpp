@@ -172,6 +172,7 @@ TEST_F(FilePipeMemory, ATextFileIsReadWholeOrSaysThatItIsNot)
     std::map<VQMTextFileResult, int> results;
     int thrown = 0;
     bool failed = true;
+    SCOPED_TRACE("allocation"); // the first trace of a thread takes memory for good
     const std::size_t blocks = allocation_fault::BlocksInUse();
     for (std::size_t n = 1; failed; ++n) {
         SCOPED_TRACE(n);
