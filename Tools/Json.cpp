@@ -24,6 +24,11 @@ std::string Utf8(const std::string& text)
     return isUtf8 ? text : EscapedForTerminal(text);
 }
 
+Json TextOrNull(const std::string& text)
+{
+    return text.empty() ? Json(nullptr) : Json(Utf8(text));
+}
+
 std::string RenderJsonDocument(const Json& content)
 {
     return WithVersion(content).dump(kIndent, ' ', true) + "\n";

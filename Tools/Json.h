@@ -10,6 +10,9 @@ using Json = nlohmann::ordered_json;
 /// Any text as one that JSON can hold: if it is no UTF-8, its odd bytes become "\xNN".
 std::string Utf8(const std::string& text);
 
+/// The same as a value; an empty text, which stands for an absent one, is null.
+Json TextOrNull(const std::string& text);
+
 /// `content`, an object whose texts are UTF-8, as a document of its own: the version of its schema
 /// comes first. ASCII only, so that no terminal takes it for more than text.
 std::string RenderJsonDocument(const Json& content);

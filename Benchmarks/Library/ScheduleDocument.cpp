@@ -4,7 +4,6 @@
 
 namespace {
 
-constexpr std::size_t kItemsOfAPeriod = 1000;
 constexpr std::size_t kMinutesOfADay = 24UL * 60;
 constexpr std::size_t kBytesOfAnItem = 210;
 
@@ -24,7 +23,7 @@ std::string ItemName(std::size_t item)
     return text;
 }
 
-std::string ScheduleDocument(std::size_t items, std::size_t itemSize, Layout layout)
+std::string ScheduleDocument(std::size_t items, std::size_t itemSize, Layout layout, std::size_t itemsOfAPeriod)
 {
     const char* const childLine = layout == Layout::LineForElement ? "\n      " : "";
     const char* const endLine = layout == Layout::LineForElement ? "\n    " : "";
@@ -36,8 +35,8 @@ std::string ScheduleDocument(std::size_t items, std::size_t itemSize, Layout lay
     text += std::to_string(items) + "\" total_size=\"" + std::to_string(items * itemSize);
     text += "\" expiration=\"2030-12-31\"/>\n";
     for (std::size_t item = 0; item < items; ++item) {
-        if (item % kItemsOfAPeriod == 0) {
-            const std::size_t minute = item / kItemsOfAPeriod % kMinutesOfADay;
+        if (item % itemsOfAPeriod == 0) {
+            const std::size_t minute = item / itemsOfAPeriod % kMinutesOfADay;
             text += "  <schedule start_time=\"" + Time(minute) + "\" end_time=\"" + Time(minute + 1) + "\">\n";
         }
         text += "    <item id=\"A" + std::to_string(item) + "\" order=\"" + std::to_string(item) + "\">";
@@ -49,7 +48,7 @@ std::string ScheduleDocument(std::size_t items, std::size_t itemSize, Layout lay
         text += "<format>mp4</format>";
         text += endLine;
         text += "</item>\n";
-        if (item % kItemsOfAPeriod == kItemsOfAPeriod - 1 || item == items - 1) {
+        if (item % itemsOfAPeriod == itemsOfAPeriod - 1 || item == items - 1) {
             text += "  </schedule>\n";
         }
     }

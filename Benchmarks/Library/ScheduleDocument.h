@@ -9,6 +9,9 @@ std::string ItemName(std::size_t item);
 /// Each item has a line of its own, as the format's documentation shows it, or each element has.
 enum class Layout { LineForItem, LineForElement };
 
-/// A schedule document: periods of 1,000 items, about 200 bytes for each item, every item announced
-/// with `itemSize` bytes.
-std::string ScheduleDocument(std::size_t items, std::size_t itemSize, Layout layout);
+/// As many as a shop may show in a period.
+constexpr std::size_t kItemsOfAPeriod = 1000;
+
+/// A schedule document: about 200 bytes for each item, every item announced with `itemSize` bytes.
+std::string ScheduleDocument(std::size_t items, std::size_t itemSize, Layout layout,
+                             std::size_t itemsOfAPeriod = kItemsOfAPeriod);

@@ -23,6 +23,13 @@ Work ParseWithExpat(std::size_t size, Layout layout);
 Work ParseWithPugixml(std::size_t size, Layout layout);
 Work ParseWithLibxml2(std::size_t size, Layout layout);
 
+// The linter over a schedule document of `size` items, in periods of 1,000 or in a single one, and
+// the library's own parse of the same document.
+Work LintPeriods(std::size_t size);
+Work LintOnePeriod(std::size_t size);
+Work ParsePeriods(std::size_t size);
+Work ParseOnePeriod(std::size_t size);
+
 // A file of `size` bytes into a buffer, in units as the product's reader uses.
 Work ReadWithProduct(std::size_t size);
 Work ReadWithSystemCalls(std::size_t size);

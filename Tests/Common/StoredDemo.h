@@ -11,17 +11,13 @@
 
 #include "Common/VQMConfig.h"
 #include "Common/VQMSyncDemoMonitor.h"
-#include "Data/VQMDataConstants.h"
+#include "Tests/Data/OpenConstants.h"
 
 // A schedule and its media in the directories that are compiled in. Its tests run in
 // Scripts/sandbox, where these lie on a file system of the program's own.
 
 inline const std::string kScheduleDirectory = VQM_APPS_DIR "/" VQM_APP_ID "/RECH/";
 inline const std::string kMediaDirectory = VQM_MEDIA_DIR "/";
-
-struct OpenConstants : CVQMDataConstants {
-    using CVQMDataConstants::m_DataCache;
-};
 
 struct Content {
     std::string name;

@@ -6,12 +6,9 @@
 #include <gmock/gmock.h>
 
 #include "Data/VQMDataConstants.h"
+#include "Tests/Data/OpenConstants.h"
 #include "Tests/Platform/Recorder.h"
 #include "VQMSerialize/VQMXMLSerialize.h"
-
-struct OpenConstants : CVQMDataConstants {
-    using CVQMDataConstants::m_DataCache;
-};
 
 /// Begins and ends without any constant.
 class ConstantsTest : public testing::Test {

@@ -6,6 +6,7 @@
 
 #include "Data/VQMDataConstants.h"
 #include "Data/VQMScheduleContainer.h"
+#include "Tests/Data/OpenConstants.h"
 #include "Tests/Platform/AllocationFault.h"
 #include "Tests/VQMSerialize/ParserFault.h"
 #include "VQMSerialize/VQMXMLSerialize.h"
@@ -30,10 +31,6 @@ constexpr std::size_t kMegabyte = 1000000;
 constexpr std::size_t kSize = VQM_TEST_MEGABYTES * kMegabyte;
 /// What no document needs beside its own size.
 constexpr std::size_t kSmall = kMegabyte;
-
-struct OpenConstants : CVQMDataConstants {
-    using CVQMDataConstants::m_DataCache;
-};
 
 std::string Repeated(const std::string& text, std::size_t count)
 {

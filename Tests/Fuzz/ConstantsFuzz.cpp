@@ -5,6 +5,7 @@
 #include <map>
 
 #include "Data/VQMDataConstants.h"
+#include "Tests/Data/OpenConstants.h"
 #include "Tests/Fuzz/Check.h"
 #include "Tests/Fuzz/ParserEvents.h"
 #include "Tests/Fuzz/ScratchFolder.h"
@@ -15,10 +16,6 @@ namespace {
 using Values = std::map<std::string, std::string>;
 
 constexpr int kMaxDocuments = 4;
-
-struct OpenConstants : CVQMDataConstants {
-    using CVQMDataConstants::m_DataCache;
-};
 
 /// What documents define by the format's description.
 class ConstantsModel : public EventListener {

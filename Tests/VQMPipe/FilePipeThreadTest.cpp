@@ -85,7 +85,7 @@ TEST_F(FilePipeThreads, EachWritesAndAppendsWithAHandleOfItsOwn)
             EXPECT_EQ(pipe_.GetFileSizeToRead(request.hPipe), command == REQUEST_WRITE ? kRounds : 2 * kRounds);
             pipe_.DisconnectPipe(request.hPipe);
         }
-        EXPECT_EQ(ContentOf(Path(name)), std::string(2 * kRounds, name.front()));
+        EXPECT_EQ(ContentOf(Path(name)), std::string(std::size_t{2} * kRounds, name.front()));
     });
 }
 

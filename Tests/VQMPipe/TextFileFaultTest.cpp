@@ -5,6 +5,7 @@
 
 #include "Common/VQMSyncDemoMonitor.h"
 #include "Data/VQMDataConstants.h"
+#include "Tests/Data/OpenConstants.h"
 #include "Tests/Platform/ProcessLimits.h"
 #include "Tests/Platform/WithoutOverride.h"
 #include "Tests/VQMPipe/FilePipeTest.h"
@@ -16,10 +17,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-struct OpenConstants : CVQMDataConstants {
-    using CVQMDataConstants::m_DataCache;
-};
 
 constexpr char kInvalidHandle[] = "CVQMDataConstants::Initialize - PIPEHANDLE handle is INVALID_HANDLE\n";
 constexpr char kReadFail[] = "CVQMDataConstants::Initialize - xml file read fail\n";

@@ -6,7 +6,6 @@
 using recorder::Lines;
 using recorder::Take;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 

@@ -23,16 +23,11 @@ const char* NameOf(FileKind kind)
     return "other";
 }
 
-Json OrNull(const std::string& text)
-{
-    return text.empty() ? Json() : Json(Utf8(text));
-}
-
 Json VerdictJson(const Verdict& verdict)
 {
     return {{"ready", verdict.Ready()},
             {"ran", verdict.ran},
-            {"problem", OrNull(verdict.problem)},
+            {"problem", TextOrNull(verdict.problem)},
             {"schedule", verdict.haveSchedule},
             {"contents", verdict.haveContents}};
 }
@@ -42,7 +37,7 @@ Json ConstantsJson(const Constants& constants)
     const std::string* const file = constants.ScheduleFile();
     return {{"path", Utf8(constants.path)},
             {"state", NameOf(constants.state)},
-            {"problem", OrNull(constants.problem)},
+            {"problem", TextOrNull(constants.problem)},
             {"schedule_file", file != nullptr ? Json(Utf8(*file)) : Json()}};
 }
 
@@ -52,7 +47,7 @@ Json ScheduleJson(const Report& report)
     Json json = {{"directory", Utf8(schedule.directory)},
                  {"path", Utf8(schedule.path)},
                  {"state", NameOf(schedule.state)},
-                 {"problem", OrNull(schedule.problem)}};
+                 {"problem", TextOrNull(schedule.problem)}};
     if (schedule.state != DocumentState::kLoaded) {
         return json;
     }
@@ -72,7 +67,7 @@ Json FileJson(const ContentFile& file)
 {
     return {{"period", file.period + 1}, {"name", Utf8(file.name)},     {"path", Utf8(file.path)},
             {"kind", NameOf(file.kind)}, {"announced", file.announced}, {"size", file.size},
-            {"counts", file.Counts()},   {"readable", file.readable},   {"problem", OrNull(file.problem)}};
+            {"counts", file.Counts()},   {"readable", file.readable},   {"problem", TextOrNull(file.problem)}};
 }
 
 Json ContentsJson(const Contents& contents)
@@ -136,7 +131,7 @@ std::string RenderJson(const Constants& constants)
     }
     return RenderJsonDocument({{"file", Utf8(constants.path)},
                                {"state", NameOf(constants.state)},
-                               {"problem", OrNull(constants.problem)},
+                               {"problem", TextOrNull(constants.problem)},
                                {"constants", std::move(entries)}});
 }
 

@@ -8,12 +8,6 @@ namespace status {
 
 namespace {
 
-/// Absent texts are null.
-Json TextOrNull(const std::string& text)
-{
-    return text.empty() ? Json(nullptr) : Json(Utf8(text));
-}
-
 Json SettingJson(const SettingStatus& setting)
 {
     return {{"enabled", setting.enabled},
