@@ -20,7 +20,7 @@ struct PolicyFile {
 /// parser. Time and memory are bounded whatever the path leads to.
 ///
 /// Throws `Failure` with the exit code "could not run" when it cannot be read, is larger than
-/// `kMaxDocument` or is rejected by the library; the text says why, and where in the document.
+/// `kMaxDocument` or is rejected by the library; its message says why, and where in the document.
 PolicyFile ReadPolicyFile(const std::string& path);
 
 /// Tells a person of text that the library never reads, if there is any.
