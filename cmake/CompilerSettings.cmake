@@ -31,11 +31,12 @@ if(VQM_SANITIZE)
 endif()
 
 # Counts which branches of the product run (clang); Scripts/coverage reads the counts. Written as they
-# are counted: programs that are killed or abort leave theirs too.
+# are counted: programs that are killed or abort leave theirs too. A file for each program, not for each
+# process: the ids of processes come again.
 option(VQM_COVERAGE "Count the branches that run" OFF)
 if(VQM_COVERAGE)
     set(VQM_COVERAGE_PROFILES ${CMAKE_BINARY_DIR}/profiles)
-    add_compile_options(-fprofile-instr-generate=${VQM_COVERAGE_PROFILES}/%p%c.profraw -fcoverage-mapping
+    add_compile_options(-fprofile-instr-generate=${VQM_COVERAGE_PROFILES}/%m%c.profraw -fcoverage-mapping
         -mllvm -runtime-counter-relocation)
     add_link_options(-fprofile-instr-generate)
 endif()
