@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "Tools/Json.h"
 #include "Tools/Readiness/Readiness.h"
 
 namespace readiness {
@@ -14,6 +15,9 @@ std::string RenderJson(const Report& report, bool oneLine);
 
 /// One document of Docs/schemas/constants.schema.json.
 std::string RenderJson(const Constants& constants);
+
+/// What is known of the constants file, without its values: a part of a larger document.
+Json ConstantsJson(const Constants& constants);
 
 /// "not-well-formed" and so on, for programs.
 const char* NameOf(DocumentState state);

@@ -32,15 +32,6 @@ Json VerdictJson(const Verdict& verdict)
             {"contents", verdict.haveContents}};
 }
 
-Json ConstantsJson(const Constants& constants)
-{
-    const std::string* const file = constants.ScheduleFile();
-    return {{"path", Utf8(constants.path)},
-            {"state", NameOf(constants.state)},
-            {"problem", TextOrNull(constants.problem)},
-            {"schedule_file", file != nullptr ? Json(Utf8(*file)) : Json()}};
-}
-
 Json ScheduleJson(const Report& report)
 {
     const Schedule& schedule = report.schedule;
@@ -111,6 +102,15 @@ const char* NameOf(DocumentState state)
         break;
     }
     return "loaded";
+}
+
+Json ConstantsJson(const Constants& constants)
+{
+    const std::string* const file = constants.ScheduleFile();
+    return {{"path", Utf8(constants.path)},
+            {"state", NameOf(constants.state)},
+            {"problem", TextOrNull(constants.problem)},
+            {"schedule_file", file != nullptr ? Json(Utf8(*file)) : Json()}};
 }
 
 std::string RenderJson(const Report& report, bool oneLine)

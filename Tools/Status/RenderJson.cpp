@@ -64,15 +64,6 @@ Json PopupsJson(const PopupStatus& popups)
             {"problem", TextOrNull(popups.why)}};
 }
 
-Json ConstantsJson(const readiness::Constants& constants)
-{
-    const std::string* const name = constants.ScheduleFile();
-    return {{"path", Utf8(constants.path)},
-            {"state", NameOf(constants.state)},
-            {"problem", TextOrNull(constants.problem)},
-            {"schedule_file", name != nullptr ? Json(Utf8(*name)) : Json()}};
-}
-
 Json ScheduleJson(const Report& report)
 {
     const readiness::Schedule& schedule = report.content.schedule;
