@@ -4,7 +4,7 @@
 
 #include <Ecore.h>
 
-#include "Platform/desktop/Instance.h"
+#include "Platform/desktop/x11/Instance.h"
 
 /// Hears on the main loop what later starts of the companion ask of the running one.
 class RaiseRequests {

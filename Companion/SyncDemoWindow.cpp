@@ -17,9 +17,9 @@ constexpr int kHeight = 360;
 constexpr char kHeading[] = "<align=center><font_size=20>Sync demo is</font_size></align>";
 constexpr char kOn[] = "<align=center><font_size=72><color=#7fd37f>on</color></font_size></align>";
 constexpr char kOff[] = "<align=center><font_size=72><color=#b0b0b0>off</color></font_size></align>";
-constexpr char kOnText[] = "<align=center><font_size=14>This set plays the demo media<br/>"
-                           "in step with the sets around it.</font_size></align>";
-constexpr char kOffText[] = "<align=center><font_size=14>This set plays on its own.<br/>"
+constexpr char kOnText[] = "<align=center><font_size=14>This TV plays the demo media<br/>"
+                           "in step with the TVs around it.</font_size></align>";
+constexpr char kOffText[] = "<align=center><font_size=14>This TV plays on its own.<br/>"
                             "The tool key opens this window only while the sync demo is on.</font_size></align>";
 
 /// The ways a remote or a keyboard says "leave".

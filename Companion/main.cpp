@@ -7,8 +7,8 @@
 #include "Common/VQMConfig.h"
 #include "Companion/RaiseRequests.h"
 #include "Companion/SyncDemoWindow.h"
-#include "Platform/desktop/Instance.h"
-#include "Platform/desktop/XConnection.h"
+#include "Platform/desktop/x11/Instance.h"
+#include "Platform/desktop/x11/XConnection.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <new>
 #include <utility>
 
-#include "Tools/Failure.h"
-#include "Tools/Suggestions.h"
-#include "Tools/Terminal.h"
+#include "Diagnostics/Text/Suggestions.h"
+#include "Tools/CommandError.h"
+#include "Tools/Terminal/Terminal.h"
 
 namespace {
 
@@ -109,14 +109,14 @@ int CommandLine::Run(int argc, char** argv)
 {
     try {
         return static_cast<int>(ParseAndAct(argc, argv));
-    } catch (const Failure& failure) {
-        Complain(failure.what());
+    } catch (const CommandError& failure) {
+        PrintError(failure.what());
         return static_cast<int>(failure.Code());
     } catch (const std::bad_alloc&) {
-        Complain("not enough memory");
+        PrintError("not enough memory");
         return static_cast<int>(ExitCode::kCouldNotRun);
     } catch (const std::exception& exception) {
-        Complain(exception.what());
+        PrintError(exception.what());
         return static_cast<int>(ExitCode::kCouldNotRun);
     }
 }
@@ -127,12 +127,12 @@ ExitCode CommandLine::ParseAndAct(int argc, char** argv)
         app_.parse(argc, argv);
     } catch (const CLI::CallForVersion& version) {
         static_cast<void>(Print(std::string(version.what()) + "\n"));
-        return ExitCode::kFine;
+        return ExitCode::kOk;
     } catch (const CLI::CallForHelp&) {
         static_cast<void>(Print(app_.help()));
-        return ExitCode::kFine;
+        return ExitCode::kOk;
     } catch (const CLI::ParseError& error) {
-        throw Failure(ExitCode::kUsage, Describe(app_, error));
+        throw CommandError(ExitCode::kUsage, Describe(app_, error));
     }
     SetLogThreshold(verbose_);
     return action_();

@@ -9,7 +9,7 @@
 /// The command line of vqmctl: a tree of commands, each file of commands adding its own branch.
 ///
 /// A command's action runs once the whole line is understood; it reports by its exit code or by
-/// throwing `Failure`.
+/// throwing `CommandError`.
 class CommandLine {
 public:
     using Action = std::function<ExitCode()>;

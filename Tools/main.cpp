@@ -1,7 +1,7 @@
 #include <csignal>
 
 #include "Tools/CommandLine.h"
-#include "Tools/Commands.h"
+#include "Tools/Commands/Commands.h"
 
 int main(int argc, char** argv)
 {

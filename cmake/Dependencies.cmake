@@ -3,7 +3,7 @@
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 # On the desktop the application links the C++ libraries statically: it starts with 4 % fewer
-# instructions and dirties 15 pages less. On the set, exceptions cross into the platform's own
+# instructions and dirties 15 pages less. On the TV, exceptions cross into the platform's own
 # libraries and need the shared ones; so do the sanitizers.
 if(VQM_PLATFORM STREQUAL desktop AND NOT VQM_SANITIZE)
     set(VQM_STATIC_CXX ON)

@@ -1,4 +1,4 @@
-# 32-bit ARM, as on the set: the cross compiler with the sysroot that Scripts/armv7-sysroot makes.
+# 32-bit ARM, as on the TV: the cross compiler with the sysroot that Scripts/armv7-sysroot makes.
 # What is built runs under user-mode emulation.
 
 set(CMAKE_SYSTEM_NAME Linux)

@@ -6,7 +6,7 @@
 #include "Benchmarks/Library/ScheduleDocument.h"
 #include "Benchmarks/Library/Work.h"
 #include "Data/VQMScheduleContainer.h"
-#include "Tools/Lint/Lint.h"
+#include "Diagnostics/Lint/Lint.h"
 #include "VQMSerialize/VQMXMLSerialize.h"
 
 namespace {

@@ -1,4 +1,4 @@
-// Can this set play what is on its disk?
+// Can this TV play what is on its disk?
 
 #include <iostream>
 

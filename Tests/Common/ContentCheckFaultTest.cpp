@@ -10,10 +10,10 @@
 
 #include "Common/VQMException.h"
 #include "Tests/Common/ContentCheckFixture.h"
-#include "Tests/Platform/AllocationFault.h"
-#include "Tests/Platform/Descriptors.h"
-#include "Tests/Platform/ProcessLimits.h"
-#include "Tests/Platform/WithoutOverride.h"
+#include "Tests/Support/AllocationFault.h"
+#include "Tests/Support/Descriptors.h"
+#include "Tests/Support/ProcessLimits.h"
+#include "Tests/Support/WithoutOverride.h"
 
 // The content check on files that are not what they seem, or that change while it looks.
 

@@ -7,7 +7,7 @@
 #include <boost/thread/mutex.hpp>
 
 #include "Tests/Common/StoredDemo.h"
-#include "Tests/Platform/Recorder.h"
+#include "Tests/Support/Recorder.h"
 
 /// The monitor's policy mutex, which is nobody else's business.
 boost::mutex& MutexOf(CVQMSyncDemoMonitor& monitor);

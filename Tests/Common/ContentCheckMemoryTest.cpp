@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "Tests/Common/ContentCheckFixture.h"
-#include "Tests/Platform/Descriptors.h"
-#include "Tests/Platform/EachAllocation.h"
+#include "Tests/Support/Descriptors.h"
+#include "Tests/Support/EachAllocation.h"
 
 // Every allocation of the content check fails in turn, the file's reading and its parse included.
 // The current policy is the old or the new one whole, the answers fit it, and nothing stays locked,

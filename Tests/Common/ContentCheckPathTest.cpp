@@ -3,7 +3,7 @@
 #include <boost/filesystem/operations.hpp>
 
 #include "Tests/Common/ContentCheckFixture.h"
-#include "Tests/Platform/WithoutOverride.h"
+#include "Tests/Support/WithoutOverride.h"
 
 using recorder::Lines;
 namespace fs = std::filesystem;

@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 
 #include "Common/VQMDataObject.h"
-#include "Tests/Platform/AllocationFault.h"
+#include "Tests/Support/AllocationFault.h"
 
 // Not to be reached on a 64-bit machine: a buffer that fails because it is full. Doubling stops at
 // the largest size of an object, and no machine has the memory to get there; what can be reached is

@@ -16,7 +16,7 @@
 
 #include <gmock/gmock.h>
 
-#include "Tests/Platform/VirtualSlot.h"
+#include "Tests/Support/VirtualSlot.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include "Data/VQMScheduleContainer.h"
 #include "Tests/Common/NumberedSchedule.h"
 #include "Tests/Common/StoredDemo.h"
-#include "Tests/Platform/LockWatch.h"
-#include "Tests/Platform/RecordingSettings.h"
+#include "Tests/Support/LockWatch.h"
+#include "Tests/Support/RecordingSettings.h"
 #include "Tests/VQMPipe/FilePipeTest.h"
 
 // No operation ever holds two locks, and none runs other people's code with one: so no two users

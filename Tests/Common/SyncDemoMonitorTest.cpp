@@ -8,9 +8,9 @@
 
 #include <gmock/gmock.h>
 
-#include "Tests/Platform/AllocationFault.h"
-#include "Tests/Platform/Recorder.h"
-#include "Tests/Platform/RecordingSettings.h"
+#include "Tests/Support/AllocationFault.h"
+#include "Tests/Support/Recorder.h"
+#include "Tests/Support/RecordingSettings.h"
 
 using recorder::Lines;
 using recorder::Take;

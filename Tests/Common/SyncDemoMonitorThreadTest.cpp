@@ -4,7 +4,7 @@
 
 #include "Tests/Common/NumberedSchedule.h"
 #include "Tests/Common/StoredDemo.h"
-#include "Tests/Platform/RunTogether.h"
+#include "Tests/Support/RunTogether.h"
 
 // The monitor on many threads, as far as its header lets them.
 

@@ -7,7 +7,7 @@
 
 #include "Data/VQMDataConstants.h"
 #include "Tests/Data/OpenConstants.h"
-#include "Tests/Platform/Recorder.h"
+#include "Tests/Support/Recorder.h"
 #include "VQMSerialize/VQMXMLSerialize.h"
 
 /// Begins and ends without any constant.

@@ -5,8 +5,8 @@
 
 #include "Tests/Data/ConstantsFixture.h"
 #include "Tests/Data/ScheduleFixture.h"
-#include "Tests/Platform/Descriptors.h"
-#include "Tests/Platform/EachAllocation.h"
+#include "Tests/Support/Descriptors.h"
+#include "Tests/Support/EachAllocation.h"
 #include "Tests/VQMSerialize/ParserFault.h"
 
 // Every allocation of reading and copying fails in turn. What is left is a beginning of the

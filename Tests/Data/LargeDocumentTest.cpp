@@ -7,7 +7,7 @@
 #include "Data/VQMDataConstants.h"
 #include "Data/VQMScheduleContainer.h"
 #include "Tests/Data/OpenConstants.h"
-#include "Tests/Platform/AllocationFault.h"
+#include "Tests/Support/AllocationFault.h"
 #include "Tests/VQMSerialize/ParserFault.h"
 #include "VQMSerialize/VQMXMLSerialize.h"
 

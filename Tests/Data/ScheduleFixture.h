@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 
 #include "Data/VQMScheduleContainer.h"
-#include "Tests/Platform/Recorder.h"
+#include "Tests/Support/Recorder.h"
 #include "Tests/VQMSerialize/EventSource.h"
 
 /// "year-month-day hour:minute:second spare".

@@ -3,7 +3,7 @@
 #include <type_traits>
 
 #include "Tests/Data/ScheduleFixture.h"
-#include "Tests/Platform/VirtualSlot.h"
+#include "Tests/Support/VirtualSlot.h"
 
 using recorder::Lines;
 using recorder::Take;

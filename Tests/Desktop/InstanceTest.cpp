@@ -1,6 +1,6 @@
 #include <gtest/gtest.h> // before X11, whose macros it does not survive
 
-#include "Platform/desktop/Instance.h"
+#include "Platform/desktop/x11/Instance.h"
 
 #include <csignal>
 #include <cstring>

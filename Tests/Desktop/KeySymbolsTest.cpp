@@ -1,4 +1,4 @@
-#include "Platform/desktop/KeySymbols.h"
+#include "Platform/desktop/x11/KeySymbols.h"
 
 #include <cstdlib>
 

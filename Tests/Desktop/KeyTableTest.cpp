@@ -1,4 +1,4 @@
-#include "Platform/desktop/KeyTable.h"
+#include "Platform/desktop/x11/KeyTable.h"
 
 #include <set>
 #include <string>
@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <X11/Xlib.h>
 
-#include "Platform/desktop/KeySymbols.h"
+#include "Platform/desktop/x11/KeySymbols.h"
 
 using namespace desktop;
 

@@ -13,8 +13,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "Platform/desktop/Launcher.h"
-#include "Platform/desktop/OwnEnvironment.h"
+#include "Platform/desktop/app/Launcher.h"
+#include "Platform/desktop/app/OwnEnvironment.h"
 #include "Tests/Desktop/Fixtures.h"
 
 using fixtures::Eventually;

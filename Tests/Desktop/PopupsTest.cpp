@@ -18,10 +18,10 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "Platform/desktop/BusProbe.h"
-#include "Platform/desktop/PopupInhibitor.h"
-#include "Platform/desktop/PopupRecord.h"
-#include "Platform/desktop/SessionBus.h"
+#include "Platform/desktop/app/PopupInhibitor.h"
+#include "Platform/desktop/bus/BusProbe.h"
+#include "Platform/desktop/bus/PopupRecord.h"
+#include "Platform/desktop/bus/SessionBus.h"
 #include "Tests/Desktop/Fixtures.h"
 
 using fixtures::Eventually;

@@ -1,4 +1,4 @@
-#include "Platform/desktop/SettingsStore.h"
+#include "Platform/desktop/base/SettingsStore.h"
 
 #include <chrono>
 #include <climits>

@@ -9,7 +9,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "Platform/desktop/SettingsStore.h"
+#include "Platform/desktop/base/SettingsStore.h"
 #include "Tests/Desktop/Fixtures.h"
 
 using testing::ElementsAre;

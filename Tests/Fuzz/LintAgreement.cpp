@@ -3,9 +3,9 @@
 #include <stdexcept>
 
 #include "Data/VQMScheduleContainer.h"
+#include "Diagnostics/Lint/Lint.h"
 #include "Tests/Fuzz/PolicyText.h"
 #include "Tests/Fuzz/StrictReading.h"
-#include "Tools/Lint/Lint.h"
 #include "VQMSerialize/VQMXMLSerialize.h"
 
 bool IsClean(std::string_view document, const std::set<lint::Rule>& ignored)

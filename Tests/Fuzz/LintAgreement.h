@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "Tools/Lint/Rule.h"
+#include "Diagnostics/Lint/Rule.h"
 
 /// Holds the linter and the library's parser together: where the linter finds neither error nor
 /// warning, the parser must have every fact of the document. Gives what differs, or empty text. To

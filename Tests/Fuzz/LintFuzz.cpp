@@ -1,4 +1,4 @@
-// A document that the linter finds nothing to say about reads the same on the set and to a strict
+// A document that the linter finds nothing to say about reads the same on the TV and to a strict
 // reader.
 
 #include <cstdint>

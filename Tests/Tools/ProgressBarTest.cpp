@@ -3,7 +3,7 @@
 
 #include <gmock/gmock.h>
 
-#include "Tools/ProgressBar.h"
+#include "Tools/Terminal/ProgressBar.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-"""A set's directories with the sample in them, in a sandbox of a test's own; and what --json prints."""
+"""A TV's directories with the sample in them, in a sandbox of a test's own; and what --json prints."""
 
 import json
 import os

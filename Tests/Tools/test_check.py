@@ -15,7 +15,7 @@ from shop import MEDIA, RECH, RES, Shop, validated
 SCHEDULE = f"{RECH}/schedule.xml"
 READY = "ready: schedule there, 3 of 3 items complete\n"
 NO_SCHEDULE = "not ready: no schedule that can be read\n"
-# As the person at the set, who may not read everything.
+# As the person at the TV, who may not read everything.
 PLAIN_USER = "setpriv --inh-caps=-dac_override,-dac_read_search --bounding-set=-dac_override,-dac_read_search"
 
 
@@ -84,10 +84,10 @@ def lines(*remarks):
 
 
 KEYLESS = "[no-schedule-file]"
-DIRECTORY = (f"problem: without a name for the schedule the set looks for the directory '{RECH}/' itself, which is no "
+DIRECTORY = (f"problem: without a name for the schedule the TV looks for the directory '{RECH}/' itself, which is no "
              "schedule [schedule-is-directory]")
 CONSTANTS = f"the constants file '{RES}/constants.xml'"
-UNNAMED = "; without it the set knows no name of a schedule"
+UNNAMED = "; without it the TV knows no name of a schedule"
 FIVE = "truncate -s 5 $media/a.mp4; "
 
 FAULTS = {
@@ -143,12 +143,12 @@ FAULTS = {
         "problem: 'intro.mp4' is missing; the schedule announces 1048576 bytes [file-missing]",
         "problem: 'logo.jpg' is missing; the schedule announces 1053696 bytes [file-missing]",
         "problem: 'evening.mp4' is missing; the schedule announces 1073740800 bytes [file-missing]") +
-        "not ready: schedule there, 0 of 3 items complete; the set looks no further than 'intro.mp4'\n"),
+        "not ready: schedule there, 0 of 3 items complete; the TV looks no further than 'intro.mp4'\n"),
     "another case, and half a file": ("mv $media/logo.jpg $media/Logo.JPG; truncate -s 536870400 $media/evening.mp4", 1,
         lines("problem: 'logo.jpg' is missing; the schedule announces 1053696 bytes; 'Logo.JPG' is there, but upper and "
               "lower case count [file-missing]",
               "problem: 'evening.mp4' has 536870400 bytes; the schedule announces 1073740800 [file-size]") +
-        "not ready: schedule there, 1 of 3 items complete; the set looks no further than 'logo.jpg'\n"),
+        "not ready: schedule there, 1 of 3 items complete; the TV looks no further than 'logo.jpg'\n"),
     "a file that is too long": ("echo >>$media/intro.mp4", 1, lines(
         "problem: 'intro.mp4' has 1048577 bytes; the schedule announces 1048576 [file-size]") +
         "not ready: schedule there, 2 of 3 items complete\n"),
@@ -174,12 +174,12 @@ FAULTS = {
         "not ready: schedule there, 0 of 1 item complete\n"),
     "the same file twice": (store(schedule(item("a") + item("a"))), 1, lines(
         "problem: 'a.mp4' is missing; the schedule announces 5 bytes [file-missing]") +
-        "not ready: schedule there, 0 of 2 items complete; the set looks no further than 'a.mp4'\n"),
+        "not ready: schedule there, 0 of 2 items complete; the TV looks no further than 'a.mp4'\n"),
     "more than the disk has room for": (store(schedule(item("a", 2**63) + item("b", 2**63))), 1, lines(
         "problem: 'a.mp4' is missing; the schedule announces 9223372036854775808 bytes [file-missing]",
         "problem: 'b.mp4' is missing; the schedule announces 9223372036854775808 bytes [file-missing]",
         "note: 18.4 EB are to be copied, and the disk has room for ROOM [disk-full]") +
-        "not ready: schedule there, 0 of 2 items complete; the set looks no further than 'a.mp4'\n"),
+        "not ready: schedule there, 0 of 2 items complete; the TV looks no further than 'a.mp4'\n"),
     "an absent file of no bytes": (store(schedule(item("a", 0))), 0, lines(
         "note: 'a.mp4' is announced with 0 bytes: it counts as present, although it is missing [size-0]") +
         "ready: schedule there, 1 of 1 item complete\n"),

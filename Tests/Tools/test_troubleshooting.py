@@ -63,7 +63,7 @@ def test_the_page_explains_each_remark():
             if line.endswith("]")} | {"not-checked", "changed-meanwhile"}
     explained = re.findall(r"^\| `([a-z0-9-]+)` \|", PAGE.read_text(), re.MULTILINE)
     assert sorted(explained) == sorted(told)
-    source = (ROOT / "Tools/Readiness/Remarks.cpp").read_text()
+    source = (ROOT / "Diagnostics/Readiness/Remarks.cpp").read_text()
     assert told == set(re.findall(r'Add(?:Problem|Note)\(\s*"([a-z0-9-]+)"', source))
 
 

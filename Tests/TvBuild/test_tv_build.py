@@ -1,4 +1,4 @@
-"""The build for the set, held to its contract with a stand-in for the SDK."""
+"""The build for the TV, held to its contract with a stand-in for the SDK."""
 
 import os
 import re
@@ -69,7 +69,7 @@ def sdk():
 
 @pytest.fixture(scope="module")
 def tv(sdk):
-    """The product, built for the set as its packager would."""
+    """The product, built for the TV as its packager would."""
     modules = sdk / "lib/pkgconfig"
     environment = {"PKG_CONFIG_PATH": str(modules)}
     if SYSROOT:

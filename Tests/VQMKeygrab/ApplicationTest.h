@@ -4,9 +4,9 @@
 
 #include <gmock/gmock.h>
 
-#include "Tests/Platform/Recorder.h"
-#include "Tests/Platform/RecordingApplication.h"
-#include "Tests/Platform/RecordingSettings.h"
+#include "Tests/Support/Recorder.h"
+#include "Tests/Support/RecordingApplication.h"
+#include "Tests/Support/RecordingSettings.h"
 #include "VQMKeygrab/VQMKeyGrab.h"
 
 /// The application on the recording platform, fresh for each test.

@@ -1,7 +1,7 @@
 #include <malloc.h>
 
-#include "Tests/Platform/AllocationFault.h"
-#include "Tests/Platform/ProcessLimits.h"
+#include "Tests/Support/AllocationFault.h"
+#include "Tests/Support/ProcessLimits.h"
 #include "Tests/VQMPipe/FilePipeTest.h"
 #include "VQMPipe/VQMTextFile.h"
 

@@ -1,7 +1,7 @@
 #include <csignal>
 
-#include "Tests/Platform/ProcessLimits.h"
-#include "Tests/Platform/WithoutOverride.h"
+#include "Tests/Support/ProcessLimits.h"
+#include "Tests/Support/WithoutOverride.h"
 #include "Tests/VQMPipe/FilePipeTest.h"
 
 // Files that are not what they seem, or do not stay what they were.

@@ -8,8 +8,8 @@
 #include <string>
 #include <utility>
 
-#include "Tests/Platform/AllocationFault.h"
-#include "Tests/Platform/Descriptors.h"
+#include "Tests/Support/AllocationFault.h"
+#include "Tests/Support/Descriptors.h"
 #include "Tests/VQMPipe/FilePipeTest.h"
 
 constexpr char kNoMemory[] = "std::bad_alloc";

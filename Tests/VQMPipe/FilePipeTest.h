@@ -12,7 +12,7 @@
 
 #include <gmock/gmock.h>
 
-#include "Tests/Platform/Recorder.h"
+#include "Tests/Support/Recorder.h"
 #include "Tests/VQMPipe/PipeObjects.h"
 
 using FileRequest = CVQMFileRequestData::_VQMFileRequest;

@@ -4,7 +4,7 @@
 #include <thread>
 
 #include "Data/VQMScheduleContainer.h"
-#include "Tests/Platform/RunTogether.h"
+#include "Tests/Support/RunTogether.h"
 #include "Tests/VQMPipe/FilePipeTest.h"
 
 // One pipe on many threads.

@@ -5,7 +5,7 @@
 #include <iterator>
 #include <string>
 
-#include "Tests/Platform/Descriptors.h"
+#include "Tests/Support/Descriptors.h"
 #include "VQMPipe/VQMFilePipe.h"
 #include "VQMSerialize/VQMXMLSerialize.h"
 

@@ -6,8 +6,8 @@
 #include "Common/VQMSyncDemoMonitor.h"
 #include "Data/VQMDataConstants.h"
 #include "Tests/Data/OpenConstants.h"
-#include "Tests/Platform/ProcessLimits.h"
-#include "Tests/Platform/WithoutOverride.h"
+#include "Tests/Support/ProcessLimits.h"
+#include "Tests/Support/WithoutOverride.h"
 #include "Tests/VQMPipe/FilePipeTest.h"
 #include "VQMPipe/VQMTextFile.h"
 

@@ -9,7 +9,7 @@
 #include <expat.h>
 #include <malloc.h>
 
-#include "Tests/Platform/Recorder.h"
+#include "Tests/Support/Recorder.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <typeinfo>
 
 #include "Common/VQMException.h"
-#include "Tests/Platform/AllocationFault.h"
+#include "Tests/Support/AllocationFault.h"
 #include "Tests/VQMSerialize/XMLSerializeTest.h"
 
 using parser_fault::faults;

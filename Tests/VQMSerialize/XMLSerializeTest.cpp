@@ -6,7 +6,7 @@
 
 #include <expat.h>
 
-#include "Tests/Platform/VirtualSlot.h"
+#include "Tests/Support/VirtualSlot.h"
 
 using parser_fault::BlocksInUse;
 using parser_fault::Creation;

@@ -5,7 +5,7 @@
 
 #include <gmock/gmock.h>
 
-#include "Tests/Platform/Recorder.h"
+#include "Tests/Support/Recorder.h"
 #include "Tests/VQMSerialize/ParserFault.h"
 #include "VQMSerialize/VQMXMLSerialize.h"
 

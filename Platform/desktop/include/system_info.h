@@ -1,6 +1,6 @@
 #pragma once
 
-/// Facts about the set.
+/// Facts about the TV.
 
 // NOLINTBEGIN(modernize-use-using): the interface is C.
 

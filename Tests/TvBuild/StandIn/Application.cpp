@@ -6,7 +6,7 @@
 
 namespace {
 
-// A test machine has neither the set's system services nor use for its caches.
+// A test machine has neither the TV's system services nor use for its caches.
 [[gnu::constructor]] void KeepTheToolkitQuiet()
 {
     setenv("ECORE_NO_SYSTEM_MODULES", "1", 0);

@@ -1,0 +1,255 @@
+#!/usr/bin/python3
+"""Measures what the library costs, beside what a user would take in its place and beside the least.
+
+library BUILD [--rounds N] [--quick]
+
+Runs where /opt is its own: Scripts/sandbox --empty Benchmarks/library.py BUILD. The rounds take those
+that are compared in turn, each in a process of its own; a figure is the median of the rounds.
+Nothing is asserted: the ratios and the goals are printed.
+
+Instructions are the processor's own count of what a process does outside the kernel, or, where the
+machine does not let it be read (most virtual machines), valgrind's count.
+"""
+
+import argparse
+import functools
+import json
+import os
+import re
+import statistics
+import subprocess
+import sys
+from pathlib import Path
+
+UNIT = 102400
+SMALL_FILE = 200
+NUMBERS = 1000
+
+
+def say(text):
+    print(text, file=sys.stderr, flush=True)
+
+
+class Works:
+    """Runs the works of the little program."""
+
+    def __init__(self, build, rounds):
+        self.program = str(build / "bin/LibraryWork")
+        self.rounds = rounds
+        self.folder = Path("/opt/benchmark")
+        self.folder.mkdir(exist_ok=True)
+        self.environment = {**os.environ, "TMPDIR": str(self.folder), "DLOG_LEVEL": "silent"}
+
+    def run(self, name, size, repetitions, delivered=False):
+        environment = {**self.environment, "DLOG_LEVEL": "debug"} if delivered else self.environment
+        log = self.folder / "log"
+        with open(log, "wb") as errors:
+            done = subprocess.run([self.program, name, str(size), str(repetitions)], env=environment,
+                                  stdout=subprocess.PIPE, stderr=errors, check=False)
+        if done.returncode != 0:
+            with open(log, "rb") as errors:
+                raise SystemExit(f"{name} {size}: " + errors.read()[-1000:].decode(errors="replace"))
+        return json.loads(done.stdout)
+
+    def times(self, names, size, repetitions, clock="ns"):
+        """Nanoseconds, by name."""
+        say(f"{', '.join(names)}: {size:,}")
+        results = {name: [] for name in names}
+        for _ in range(self.rounds):
+            for name in names:
+                results[name].append(self.run(name, size, repetitions)[clock])
+        return {name: statistics.median(values) for name, values in results.items()}
+
+    def peak(self, name, size):
+        say(f"{name}: {size:,}, memory")
+        return self.run(name, size, 1)["peak"]
+
+    @functools.cached_property
+    def counter_can_be_read(self):
+        return self.run("log/lines", 1, 1)["instructions"] is not None
+
+    def instructions(self, name, size):
+        say(f"{name}: {size:,}, instructions")
+        if self.counter_can_be_read:
+            return self.run(name, size, 3)["instructions"]
+        # The difference leaves out what preparing takes.
+        return (self._valgrind(name, size, 3) - self._valgrind(name, size, 1)) / 2
+
+    def _valgrind(self, name, size, repetitions):
+        done = subprocess.run(["valgrind", "--tool=cachegrind", "--cache-sim=no", "--cachegrind-out-file=/dev/null",
+                               self.program, name, str(size), str(repetitions)],
+                              env=self.environment, capture_output=True, text=True, check=True)
+        return int(re.search(r"I +refs: +([\d,]+)", done.stderr)[1].replace(",", ""))
+
+
+class Table:
+    """Rows of a comparison: what, against what, ratio, goal, and whether it is met."""
+
+    def __init__(self):
+        self.rows = [["", "of", "ratio", "goal", ""]]
+
+    def add(self, what, other, value, most=None, least=None, form=".2f"):
+        goal = most if most is not None else least
+        met = "" if goal is None else "met" if (value <= most if most is not None else value >= least) else "missed"
+        text = "" if goal is None else f"{'at most' if most is not None else 'at least'} {goal:g}"
+        self.rows.append([what, other, format(value, form), text, met])
+
+    def print(self):
+        print_columns(self.rows)
+
+
+def print_columns(rows):
+    widths = [max(len(row[column]) for row in rows) for column in range(len(rows[0]))]
+    for row in rows:
+        print("  ".join(text.ljust(width) if column < 2 else text.rjust(width)
+                        for column, (text, width) in enumerate(zip(row, widths))).rstrip())
+
+
+def human(ns):
+    for unit, size in (("s", 1e9), ("ms", 1e6), ("µs", 1e3)):
+        if ns >= size:
+            return f"{ns / size:.3g} {unit}"
+    return f"{ns:.3g} ns"
+
+
+def megabytes(count):
+    return f"{count / 1e6:g} MB"
+
+
+class Benchmark:
+    def __init__(self, works, shrink, valgrind):
+        self.works = works
+        self.shrink = shrink
+        self.valgrind = valgrind
+        self.table = Table()
+        self.figures = [["", "", "time"]]
+        self.per_unit = [["CPU time of each", "", "small", "x 10", "x 100"]]
+
+    def scaled(self, size):
+        return max(2, size // self.shrink)
+
+    def compare(self, what, product, others, size, repetitions, goals=None, unit=""):
+        """The times of the product and of others, whose ratios go into the table."""
+        times = self.works.times([product, *others], size, repetitions)
+        for name, ns in times.items():
+            self.figures.append([what, name.split("/")[1], human(ns) + unit])
+        for name in others:
+            self.table.add(what + ", time", name.split("/")[1], times[product] / times[name],
+                           **(goals or {}).get(name, {}))
+        return times
+
+    def parse(self):
+        expat = "parse/expat"
+        peers = [expat, "parse/pugixml", "parse/libxml2"]
+        for items, repetitions in ((2, 2000), (self.scaled(5000), 10), (self.scaled(500000), 1)):
+            goals = {expat: {"most": 1.6}} if items == self.scaled(5000) else {}
+            self.compare(f"parse {items:,} items", "parse/product", peers, items, repetitions, goals)
+        middle = self.scaled(5000)
+        self.compare(f"parse {middle:,} items on more lines", "parse-lines/product",
+                     ["parse-lines/expat", "parse-lines/pugixml", "parse-lines/libxml2"], middle, 10,
+                     {"parse-lines/expat": {"most": 1.6}})
+        if self.valgrind or self.works.counter_can_be_read:
+            for prefix, how in (("parse", ""), ("parse-lines", " on more lines")):
+                ratio = (self.works.instructions(f"{prefix}/product", middle) /
+                         self.works.instructions(f"{prefix}/expat", middle))
+                self.table.add(f"parse {middle:,} items{how}, instructions", "expat", ratio, most=1.45)
+        large = self.scaled(500000)
+        peak = self.works.peak("parse/product", large)
+        for peer, goal in (("pugixml", {"most": 0.6}), ("libxml2", {})):
+            other = self.works.peak(f"parse/{peer}", large)
+            self.table.add(f"parse {large:,} items, peak memory", peer, peak / other, **goal)
+            self.figures.append([f"parse {large:,} items, peak memory", peer, megabytes(other)])
+        self.figures.append([f"parse {large:,} items, peak memory", "product", megabytes(peak)])
+
+    def lint(self):
+        items = self.scaled(500000)
+        for work, how in (("lint", ""), ("lint-one-period", " in one period")):
+            cpu = self.works.times([f"{work}/linter", f"{work}/product"], items, 1, "cpu")
+            self.figures.append([f"lint {items:,} items{how}", "linter, CPU", human(cpu[f"{work}/linter"])])
+            self.table.add(f"lint {items:,} items{how}, CPU time", "parse",
+                           cpu[f"{work}/linter"] / cpu[f"{work}/product"], most=2)
+
+    def read(self):
+        size = max(UNIT, 10**9 // self.shrink)
+        times = self.compare(f"read {size:,} bytes", "read/product", ["read/stream"], size, 1,
+                             {"read/stream": {"most": 1}})
+        times = self.works.times(["read/product", "read/system"], size, 1)
+        self.figures.append([f"read {size:,} bytes", "read(2)", human(times["read/system"])])
+        self.table.add(f"read {size:,} bytes, speed", "read(2)", times["read/system"] / times["read/product"],
+                       least=0.8)
+        self.compare(f"read {SMALL_FILE} bytes", "read/product", ["read/at-once"], SMALL_FILE, 5000,
+                     {"read/at-once": {"most": 2.5}})
+
+    def check(self):
+        for files in (self.scaled(1000), self.scaled(100000)):
+            self.compare(f"check {files:,} files", "check/product", ["check/find"], files,
+                         20 if files <= 1000 else 1,
+                         {"check/find": {"most": 1}})
+            # What is taken off is as much as what is left: other programs must not count.
+            cpu = self.works.times(["check/product", "check/stat"], files, 40 if files <= 1000 else 3, "cpu")
+            self.figures.append([f"check {files:,} files", "stat, CPU", human(cpu["check/stat"])])
+            self.table.add(f"check {files:,} files, CPU time", "stat", cpu["check/product"] / cpu["check/stat"],
+                           most=1.1)
+            self.compare(f"check {files:,} files, with reading the schedule", "check/all", ["check/find"], files,
+                         20 if files <= 1000 else 1)
+
+    def numbers(self):
+        for kind, what in (("int", "int"), ("size", "uVQMINT64"), ("double", "double")):
+            self.compare(f"text to {what}", f"{kind}/product", [f"{kind}/from_chars"], NUMBERS, 50,
+                         {f"{kind}/from_chars": {"most": 1}})
+
+    def log(self):
+        line = self.works.times(["log/lines"], 100000, 5)["log/lines"]
+        self.table.add("a dropped log line, ns", "", line, most=3)
+        items = self.scaled(5000)
+        say(f"parse/product: {items:,}, every log line delivered")
+        dropped, delivered = [], []
+        for _ in range(self.works.rounds):
+            dropped.append(self.works.run("parse/product", items, 3)["ns"])
+            delivered.append(self.works.run("parse/product", items, 3, delivered=True)["ns"])
+        self.table.add(f"parse {items:,} items, log to a file, time", "log dropped",
+                       statistics.median(delivered) / statistics.median(dropped))
+        self.figures.append([f"parse {items:,} items", "log to a file", human(statistics.median(delivered))])
+
+    def growth(self):
+        for what, name, sizes, repetitions in (
+                ("item parsed", "parse/product", (5000, 50000, 500000), 3),
+                ("file checked", "check/product", (1000, 10000, 100000), 3),
+                ("MB read", "read/product", (10**7, 10**8, 10**9), 2)):
+            costs = []
+            for size in map(self.scaled, sizes):
+                units = size / 1e6 if what == "MB read" else size
+                costs.append(human(self.works.times([name], size, repetitions, "cpu")[name] / units))
+            self.per_unit.append([what, f"{self.scaled(sizes[0]):,} and on", *costs])
+
+    def run(self):
+        for stage in (self.parse, self.lint, self.read, self.check, self.numbers, self.log, self.growth):
+            stage()
+
+    def print(self):
+        if not self.works.counter_can_be_read:
+            print("This machine's processor counters cannot be read: instructions by valgrind.")
+        print(f"Medians of {self.works.rounds} rounds.\n")
+        print_columns(self.figures)
+        print()
+        print_columns(self.per_unit)
+        print()
+        self.table.print()
+
+
+def main():
+    parser = argparse.ArgumentParser(description="What the library costs, beside peers.")
+    parser.add_argument("build", type=Path, help="a build folder with the benchmarks")
+    parser.add_argument("--rounds", type=int, default=5)
+    parser.add_argument("--quick", action="store_true", help="a tenth of the sizes, and fewer rounds")
+    parser.add_argument("--smoke", action="store_true", help="only see that everything runs")
+    options = parser.parse_args()
+    shrink = 1000 if options.smoke else 10 if options.quick else 1
+    rounds = 1 if options.smoke else min(options.rounds, 3) if options.quick else options.rounds
+    benchmark = Benchmark(Works(options.build.resolve(), rounds), shrink, valgrind=not options.smoke)
+    benchmark.run()
+    benchmark.print()
+
+
+if __name__ == "__main__":
+    main()

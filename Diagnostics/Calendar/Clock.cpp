@@ -1,0 +1,78 @@
+#include "Diagnostics/Calendar/Clock.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+
+namespace schedule {
+
+namespace {
+
+std::string TwoDigits(long long number)
+{
+    return (number >= 0 && number < 10 ? "0" : "") + std::to_string(number);
+}
+
+/// Of two characters: a number up to `limit`.
+std::optional<int> ParsePart(const std::string& digits, int limit)
+{
+    if (digits.find_first_not_of("0123456789") != std::string::npos) {
+        return std::nullopt;
+    }
+    const int number = (digits[0] - '0') * 10 + (digits[1] - '0');
+    return number <= limit ? std::optional<int>(number) : std::nullopt;
+}
+
+} // namespace
+
+Clock ReadClock()
+{
+    const std::time_t now = std::time(nullptr);
+    std::tm local = {};
+    localtime_r(&now, &local);
+    Clock clock;
+    clock.now.day = {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday};
+    // A leap second is taken for the last second of its day.
+    clock.now.second = std::min((local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec, kDaySeconds - 1);
+    clock.zone = local.tm_zone != nullptr ? local.tm_zone : "";
+    clock.offset = static_cast<int>(local.tm_gmtoff);
+    return clock;
+}
+
+std::string ZoneText(const Clock& clock)
+{
+    const int minutes = std::abs(clock.offset) / 60;
+    return clock.zone + " (UTC" + (clock.offset < 0 ? "-" : "+") + TwoDigits(minutes / 60) + ":" +
+           TwoDigits(minutes % 60) + ")";
+}
+
+std::string TimeText(long long seconds)
+{
+    return TwoDigits(seconds / 3600) + ":" + TwoDigits(seconds / 60 % 60) + ":" + TwoDigits(seconds % 60);
+}
+
+std::string DayText(const lint::Day& day)
+{
+    return std::to_string(day.year) + "-" + TwoDigits(day.month) + "-" + TwoDigits(day.day);
+}
+
+std::optional<int> ParseTimeOfDay(const std::string& text)
+{
+    constexpr std::size_t kWithoutSeconds = 5;
+    constexpr std::size_t kWithSeconds = 8;
+    if (text.size() == kWithoutSeconds) {
+        return ParseTimeOfDay(text + ":00");
+    }
+    if (text.size() != kWithSeconds || text[2] != ':' || text[5] != ':') {
+        return std::nullopt;
+    }
+    const std::optional<int> hour = ParsePart(text.substr(0, 2), 23);
+    const std::optional<int> minute = ParsePart(text.substr(3, 2), 59);
+    const std::optional<int> second = ParsePart(text.substr(6, 2), 59);
+    if (!hour || !minute || !second) {
+        return std::nullopt;
+    }
+    return (*hour * 60 + *minute) * 60 + *second;
+}
+
+} // namespace schedule

@@ -1,0 +1,141 @@
+#include "Diagnostics/Lint/AttributeChecker.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Diagnostics/Lint/AddressRules.h"
+#include "Diagnostics/Lint/NumberRules.h"
+#include "Diagnostics/Text/Suggestions.h"
+
+namespace lint {
+
+namespace {
+
+/// Longer names are nobody's slip; comparing them would cost time by the square.
+constexpr std::size_t kMaxComparedName = 64;
+
+std::string Slots(int count)
+{
+    return count == 1 ? "the first attribute" : "the first " + std::to_string(count) + " attributes";
+}
+
+} // namespace
+
+Problem AttributeChecker::UnknownName(const std::string& what, std::string_view name,
+                                      const std::vector<std::string>& known, Rule unknown, Rule misspelt)
+{
+    const std::vector<std::string> close =
+        name.size() <= kMaxComparedName ? Suggest(name, known) : std::vector<std::string>();
+    const std::string message = "unknown " + what + " " + Quoted(name);
+    if (!close.empty()) {
+        return {misspelt, message, JoinWithOr(close), "the TV ignores it"};
+    }
+    return {unknown, message, known.empty() ? "no " + what : JoinWithOr(known), "the TV ignores it"};
+}
+
+void AttributeChecker::Check(const StartTag& tag)
+{
+    if (tag.Kind() == Element::kUnknown) {
+        return;
+    }
+    meant_.clear();
+    for (std::size_t index = 0; index < tag.AttributeCount(); ++index) {
+        const AttributeInfo* info = FindAttribute(tag.Info(), tag.AttributeName(index));
+        if (info == nullptr) {
+            CheckUnknown(tag, index);
+        } else if (index >= static_cast<std::size_t>(tag.Info().slots)) {
+            const bool isState = info->kind == ValueKind::kState;
+            reporter_.Report(
+                tag.NamePlace(index),
+                {isState ? Rule::kStateNotFirst : Rule::kAttributeBeyondSlots,
+                 info->name + " is attribute " + std::to_string(index + 1) + " of " + tag.Info().name,
+                 info->name + " within " + Slots(tag.Info().slots),
+                 std::string("the TV never looks at it") + (isState ? " and marks the policy as in error" : "")});
+            meant_.emplace_back(info->name);
+        } else {
+            CheckValue(tag, index, *info);
+        }
+    }
+    CheckMissing(tag);
+}
+
+void AttributeChecker::CheckUnknown(const StartTag& tag, std::size_t index)
+{
+    const std::vector<std::string> known = AttributeNames(tag.Info());
+    Problem problem =
+        UnknownName("attribute", tag.AttributeName(index), known, Rule::kUnknownAttribute, Rule::kMisspeltAttribute);
+    if (problem.rule == Rule::kMisspeltAttribute) {
+        const std::vector<std::string> close = Suggest(tag.AttributeName(index), known);
+        meant_.insert(meant_.end(), close.begin(), close.end());
+    }
+    problem.message += " of " + tag.Info().name;
+    reporter_.Report(tag.NamePlace(index), std::move(problem));
+}
+
+void AttributeChecker::CheckValue(const StartTag& tag, std::size_t index, const AttributeInfo& info)
+{
+    const std::string text = tag.AttributeValue(index);
+    std::vector<Problem> problems;
+    const auto take = [&problems](std::optional<Problem> problem) {
+        if (problem) {
+            problems.push_back(*std::move(problem));
+        }
+    };
+    switch (info.kind) {
+    case ValueKind::kText:
+        break;
+    case ValueKind::kState:
+        if (text != "ok") {
+            problems.push_back({Rule::kStateNotOk, "state " + Quoted(text) + " is not \"ok\"", "ok",
+                                "the TV marks the policy as in error"});
+        }
+        break;
+    case ValueKind::kInteger:
+    case ValueKind::kCount:
+    case ValueKind::kMaster:
+    case ValueKind::kUnsigned:
+        take(JudgeNumber(info.name.c_str(), info.kind, text));
+        break;
+    case ValueKind::kTime:
+        problems = JudgeTime(info.name, text).problems;
+        break;
+    case ValueKind::kDate:
+        problems = JudgeDate(info.name, text, today_);
+        break;
+    case ValueKind::kAddress:
+        take(JudgeAddress(info.name, text));
+        break;
+    case ValueKind::kSubnetMask:
+        take(JudgeSubnetMask(info.name, text));
+        break;
+    }
+    for (Problem& problem : problems) {
+        reporter_.Report(tag.ValuePlace(index), std::move(problem));
+    }
+}
+
+void AttributeChecker::CheckMissing(const StartTag& tag)
+{
+    if (tag.Kind() != Element::kRsp && tag.Kind() != Element::kSchedule && tag.Kind() != Element::kItem) {
+        return;
+    }
+    for (const AttributeInfo& info : tag.Info().attributes) {
+        const bool reported = std::find(meant_.begin(), meant_.end(), info.name) != meant_.end();
+        if (tag.Find(info.name) || reported) {
+            continue;
+        }
+        Problem problem = {Rule::kMissingAttribute, tag.Info().name + " has no " + info.name, info.name, ""};
+        if (info.kind == ValueKind::kState) {
+            problem.rule = Rule::kStateMissing;
+            problem.expected = "state='ok' as the first attribute";
+            problem.effect = "the TV marks the policy as in error";
+        } else if (info.kind == ValueKind::kTime) {
+            problem.effect = "the TV reads 0:00:00";
+        } else {
+            problem.effect = info.kind == ValueKind::kText ? "the TV reads an empty one" : "the TV reads 0";
+        }
+        reporter_.Report(tag.Whole(), std::move(problem));
+    }
+}
+
+} // namespace lint

@@ -1,0 +1,210 @@
+#include "Diagnostics/Lint/DocumentParse.h"
+
+#include <algorithm>
+#include <new>
+#include <string>
+#include <string_view>
+#include <strings.h>
+#include <utility>
+
+namespace lint {
+
+namespace {
+
+constexpr std::size_t kPiece = 262144;
+
+/// A piece that grows to this size without a "<" is cut anywhere.
+constexpr std::size_t kMaxPiece = 67108864;
+
+/// Of an item that is longer than this, the places of its beginning are given up.
+constexpr std::uint64_t kMaxKept = 1048576;
+
+constexpr std::string_view kDoctype = "<!DOCTYPE";
+
+constexpr char kRejects[] = "the TV rejects the whole document and has no schedule";
+
+} // namespace
+
+DocumentParse::DocumentParse(DocumentReader& reader, FindingList& findings, const Options& options)
+    : reader_(reader),
+      maxBytes_(options.maxBytes),
+      reporter_(window_, findings),
+      checker_(reporter_, options.today),
+      parser_(XML_ParserCreate(nullptr)),
+      piece_(kPiece)
+{
+    if (parser_ == nullptr) {
+        throw std::bad_alloc();
+    }
+    XML_SetUserData(parser_.get(), this);
+    XML_SetElementHandler(parser_.get(), OnStart, OnEnd);
+    XML_SetCharacterDataHandler(parser_.get(), OnText);
+    XML_SetStartDoctypeDeclHandler(parser_.get(), OnDoctype);
+    XML_SetXmlDeclHandler(parser_.get(), OnDeclaration);
+}
+
+void DocumentParse::Begin()
+{
+    reader_.ReadUpTo(window_.Bytes(), kPiece);
+}
+
+void DocumentParse::Run()
+{
+    const bool wellFormed = ParseAll();
+    if (thrown_ != nullptr) {
+        std::rethrow_exception(thrown_);
+    }
+    if (parsed_ > maxBytes_) {
+        ReportTooLarge();
+    } else if (wellFormed) {
+        checker_.Finish();
+    } else {
+        ReportNotWellFormed();
+    }
+}
+
+bool DocumentParse::ParseAll()
+{
+    while (true) {
+        const auto unparsed = static_cast<std::size_t>(parsed_ - window_.Begin());
+        reader_.ReadUpTo(window_.Bytes(), unparsed + piece_ + DocumentWindow::kExcerptReach);
+        if (window_.End() > maxBytes_) {
+            parsed_ = window_.End();
+            return false;
+        }
+        if (reader_.AtEnd()) {
+            return ParseTo(window_.End(), true);
+        }
+        const std::uint64_t end = PieceEnd();
+        const std::uint64_t before = Offset();
+        if (!ParseTo(end, false)) {
+            return false;
+        }
+        // A long token is scanned from its start at each step: then the steps get longer.
+        piece_ = Offset() > before ? kPiece : std::min(2 * piece_, kMaxPiece);
+        const std::uint64_t current = window_.Advance(std::min(Offset(), parsed_)).offset;
+        const std::uint64_t needed = checker_.NeededFrom(current);
+        window_.Discard(current - needed > kMaxKept ? current : needed);
+    }
+}
+
+/// The last "<" that has an excerpt's reach behind it.
+std::uint64_t DocumentParse::PieceEnd() const
+{
+    const std::uint64_t limit = window_.End() - DocumentWindow::kExcerptReach;
+    const std::string_view unparsed = window_.View(parsed_, limit - parsed_);
+    const std::size_t last = unparsed.rfind('<');
+    if (last == std::string_view::npos || last == 0) {
+        return piece_ < kMaxPiece ? parsed_ : limit;
+    }
+    return parsed_ + last;
+}
+
+bool DocumentParse::ParseTo(std::uint64_t end, bool isFinal)
+{
+    const std::string_view bytes = window_.View(parsed_, end - parsed_);
+    parsed_ += bytes.size();
+    const XML_Status status =
+        XML_Parse(parser_.get(), bytes.data(), static_cast<int>(bytes.size()), isFinal ? XML_TRUE : XML_FALSE);
+    return status != XML_STATUS_ERROR;
+}
+
+/// Where the parser is; before its first event it is nowhere.
+std::uint64_t DocumentParse::Offset() const
+{
+    const XML_Index index = XML_GetCurrentByteIndex(parser_.get());
+    return index < 0 ? 0 : static_cast<std::uint64_t>(index);
+}
+
+template <typename Action>
+void DocumentParse::Guarded(Action action)
+{
+    if (thrown_ != nullptr) {
+        return;
+    }
+    try {
+        action();
+    } catch (...) {
+        thrown_ = std::current_exception();
+        XML_StopParser(parser_.get(), XML_FALSE);
+    }
+}
+
+void DocumentParse::OnStart(void* self, const char* name, const char** attributes)
+{
+    auto& parse = *static_cast<DocumentParse*>(self);
+    parse.Guarded([&] {
+        const auto size = static_cast<std::uint64_t>(XML_GetCurrentByteCount(parse.parser_.get()));
+        const Mark mark = parse.window_.Advance(parse.Offset());
+        parse.checker_.Start(StartTag(parse.window_, name, attributes, mark, size));
+    });
+}
+
+void DocumentParse::OnEnd(void* self, const char* /*name*/)
+{
+    auto& parse = *static_cast<DocumentParse*>(self);
+    parse.Guarded([&] { parse.checker_.End(parse.Offset()); });
+}
+
+void DocumentParse::OnText(void* self, const char* text, int size)
+{
+    auto& parse = *static_cast<DocumentParse*>(self);
+    parse.Guarded([&] { parse.checker_.Text(std::string_view(text, static_cast<std::size_t>(size)), parse.Offset()); });
+}
+
+void DocumentParse::OnDoctype(void* self, const char* name, const char* /*systemId*/, const char* /*publicId*/,
+                              int /*hasSubset*/)
+{
+    auto& parse = *static_cast<DocumentParse*>(self);
+    parse.Guarded([&] {
+        // The event comes after the declaration's own beginning.
+        const std::uint64_t begin = parse.window_.Begin();
+        const std::size_t place = parse.window_.View(begin, parse.Offset() - begin).rfind(kDoctype);
+        const Mark mark = parse.window_.MarkAt(place == std::string_view::npos ? parse.Offset() : begin + place);
+        parse.reporter_.Report({mark, kDoctype.size()},
+                               {Rule::kDoctype, "a document type declaration for " + Quoted(name),
+                                "a document without one", "the TV leaves out entities that it would have to load"});
+    });
+}
+
+void DocumentParse::OnDeclaration(void* self, const char* /*version*/, const char* encoding, int /*standalone*/)
+{
+    auto& parse = *static_cast<DocumentParse*>(self);
+    if (encoding != nullptr && strcasecmp(encoding, "UTF-8") != 0) {
+        parse.window_.SetSingleByteCharacters();
+    }
+}
+
+void DocumentParse::ReportNotWellFormed()
+{
+    const XML_Error error = XML_GetErrorCode(parser_.get());
+    const auto offset = static_cast<std::uint64_t>(std::max<XML_Index>(XML_GetErrorByteIndex(parser_.get()), 0));
+    Problem problem = {Rule::kNotWellFormed, std::string("not well-formed: ") + XML_ErrorString(error),
+                       "well-formed XML", kRejects};
+    const ScheduleChecker::Open* open = checker_.Innermost();
+    if (open != nullptr) {
+        const std::string name = open->element == Element::kUnknown ? open->name : InfoOf(open->element).name;
+        problem.message += "; " + Quoted(name) + " of line " + std::to_string(open->line) + " is open";
+    } else if (window_.End() == 0) {
+        problem.message = "the document is empty";
+    }
+    reporter_.Report({window_.Advance(std::min(offset, window_.End())), 0}, std::move(problem));
+}
+
+void DocumentParse::ReportTooLarge()
+{
+    ReportAtStart({Rule::kTooLarge, "the document has more than " + std::to_string(maxBytes_) + " bytes",
+                   "a document up to that size", kRejects});
+}
+
+void DocumentParse::ReportAtStart(Problem problem)
+{
+    reporter_.Report({Mark(), 0}, std::move(problem));
+}
+
+void DocumentParse::ReportAtEnd(Problem problem)
+{
+    reporter_.Report({window_.Advance(window_.End()), 0}, std::move(problem));
+}
+
+} // namespace lint

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "Common/VQMDataObject.h"
+#include "Diagnostics/Lint/Reporter.h"
+#include "Diagnostics/Lint/StartTag.h"
+
+namespace lint {
+
+/// What the TV makes of an item.
+struct ItemFacts {
+    std::string file; ///< name and extension
+    uVQMINT64 size = 0;
+    Spot filePlace; ///< where the name stands
+    bool hasName = false;
+};
+
+/// Checks one item after the other: its name, size and format.
+class ItemChecker {
+public:
+    explicit ItemChecker(Reporter& reporter) : reporter_(reporter) {}
+
+    void Begin(const StartTag& item);
+
+    /// Of a name, size or format, which the following text belongs to until its end tag.
+    void BeginChild(const StartTag& child);
+    void Text(std::string_view text, std::uint64_t offset);
+    void EndChild(std::uint64_t endTagOffset);
+
+    /// Reports what is wrong with the item as a whole; what the TV has is good until `Begin`.
+    const ItemFacts& End();
+
+private:
+    struct Child {
+        int count = 0;
+        Spot tag;
+        bool hasText = false;
+        Spot textPlace;
+        std::string text;
+
+        void Clear();
+        /// The text, or the tag where there is none.
+        const Spot& Place() const { return hasText ? textPlace : tag; }
+    };
+
+    Child& ChildOf(Element element);
+    /// Which file the TV looks for.
+    std::string Looks() const;
+    void CheckSize();
+    void CheckChildren();
+    void CheckFormat();
+    void CheckWhiteSpace(const char* what, const Child& child);
+
+    Reporter& reporter_;
+    Spot item_;
+    Element open_ = Element::kUnknown;
+    Child name_;
+    Child size_;
+    Child format_;
+    bool formatFirst_ = false;
+    int sizePieces_ = 0;
+    std::string lastPiece_;
+    ItemFacts facts_;
+};
+
+} // namespace lint

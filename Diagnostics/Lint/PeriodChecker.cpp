@@ -1,0 +1,117 @@
+#include "Diagnostics/Lint/PeriodChecker.h"
+
+#include "Diagnostics/Lint/NumberRules.h"
+#include "Diagnostics/Lint/SetReading.h"
+#include "Diagnostics/Lint/TimeRules.h"
+
+namespace lint {
+
+namespace {
+
+constexpr int kDaySeconds = 24 * 60 * 60;
+
+std::string ClockText(int seconds)
+{
+    return setreading::TimeText({0, 0, 0, seconds / 3600, seconds / 60 % 60, seconds % 60, 0});
+}
+
+std::string PeriodText(const Period& period)
+{
+    return ClockText(period.start) + " to " + ClockText(period.end);
+}
+
+std::optional<int> SecondsOf(const StartTag& tag, const char* name)
+{
+    const std::optional<std::size_t> index = tag.Find(name);
+    return index ? JudgeTime(name, tag.AttributeValue(*index)).seconds : std::nullopt;
+}
+
+std::string AsOnLine(std::uint64_t line)
+{
+    return " is that of line " + std::to_string(line) + " too";
+}
+
+} // namespace
+
+void PeriodChecker::Begin(const StartTag& schedule)
+{
+    schedule_ = reporter_.Kept(schedule.Whole());
+    items_ = 0;
+    ForgetItems();
+    CheckTimes(schedule);
+}
+
+void PeriodChecker::CheckTimes(const StartTag& schedule)
+{
+    const std::optional<int> start = SecondsOf(schedule, "start_time");
+    const std::optional<int> end = SecondsOf(schedule, "end_time");
+    if (!start || !end || *start > kDaySeconds || *end > kDaySeconds) {
+        return;
+    }
+    const Period period = {*start, *end, schedule.Start().line};
+    if (*start >= *end) {
+        reporter_.Report(schedule.ValuePlace(*schedule.Find("end_time")),
+                         {Rule::kStartNotBeforeEnd,
+                          "the period from " + PeriodText(period) + " does not start before its end",
+                          "an end after " + ClockText(*start) + "; a period over midnight takes two schedules",
+                          "the TV never plays it"});
+        return;
+    }
+    if (const std::optional<Period> other = overlaps_.Add(period)) {
+        reporter_.Report(schedule_,
+                         {Rule::kOverlappingPeriods,
+                          "the period from " + PeriodText(period) + " overlaps that of line " +
+                              std::to_string(other->line) + " from " + PeriodText(*other),
+                          "one period after the other; they may touch", "the TV has both of them in between"});
+    }
+}
+
+void PeriodChecker::BeginItem(const StartTag& item)
+{
+    ++items_;
+    constexpr char kEffect[] = "the TV keeps both items";
+    if (const std::optional<std::size_t> id = item.Find("id")) {
+        const char* const text = item.AttributeValue(*id);
+        if (const auto line = ids_.Add(text, item.Start().line)) {
+            reporter_.Report(item.ValuePlace(*id), {Rule::kDuplicateId, "id " + Quoted(text) + AsOnLine(*line),
+                                                    "an id of its own for each item of a period", kEffect});
+        }
+    }
+    const std::optional<std::size_t> order = item.Find("order");
+    if (order && IsSoundNumber(ValueKind::kCount, item.AttributeValue(*order))) {
+        const std::string text = item.AttributeValue(*order);
+        if (const auto line = orders_.Add(setreading::Integer(text), item.Start().line)) {
+            reporter_.Report(item.ValuePlace(*order), {Rule::kDuplicateOrder, "order " + Quoted(text) + AsOnLine(*line),
+                                                       "a place of its own for each item of a period", kEffect});
+        }
+    }
+}
+
+void PeriodChecker::EndItem(const ItemFacts& item)
+{
+    if (!item.hasName) {
+        return;
+    }
+    if (const auto line = files_.Add(item.file, item.filePlace.mark.line)) {
+        reporter_.Report(item.filePlace, {Rule::kDuplicateFile, "the file " + Quoted(item.file) + AsOnLine(*line),
+                                          "each file once in a period", "the TV keeps both items"});
+    }
+}
+
+void PeriodChecker::End()
+{
+    if (items_ == 0) {
+        reporter_.Report(schedule_, {Rule::kNoItems, "the schedule has no items", "at least one item",
+                                     "the TV plays nothing in this period"});
+    }
+    ForgetItems();
+}
+
+void PeriodChecker::ForgetItems()
+{
+    ids_.Clear();
+    orders_.Clear();
+    files_.Clear();
+}
+
+} // namespace lint

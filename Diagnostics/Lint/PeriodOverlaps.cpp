@@ -1,0 +1,68 @@
+#include "Diagnostics/Lint/PeriodOverlaps.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace lint {
+
+namespace {
+
+/// More than the seconds up to 24:59:59; a power of two keeps the tree's levels whole.
+constexpr std::size_t kLeaves = 1U << 17U;
+constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
+
+} // namespace
+
+std::optional<Period> PeriodOverlaps::Add(const Period& period)
+{
+    if (whole_.empty()) {
+        whole_.assign(2 * kLeaves, kNone);
+        any_.assign(2 * kLeaves, kNone);
+    }
+    const std::size_t start = kLeaves + static_cast<std::size_t>(period.start);
+    const std::size_t end = kLeaves + static_cast<std::size_t>(period.end);
+    const std::uint32_t first = FirstIn(start, end);
+    Cover(start, end, static_cast<std::uint32_t>(periods_.size()));
+    periods_.push_back(period);
+    return first == kNone ? std::nullopt : std::optional<Period>(periods_[first]);
+}
+
+std::uint32_t PeriodOverlaps::FirstIn(std::size_t start, std::size_t end) const
+{
+    std::uint32_t first = kNone;
+    const auto take = [&](std::size_t node) {
+        first = std::min(first, any_[node]);
+        for (std::size_t above = node / 2; above > 0; above /= 2) {
+            first = std::min(first, whole_[above]);
+        }
+    };
+    for (; start < end; start /= 2, end /= 2) {
+        if (start % 2 == 1) {
+            take(start++);
+        }
+        if (end % 2 == 1) {
+            take(--end);
+        }
+    }
+    return first;
+}
+
+void PeriodOverlaps::Cover(std::size_t start, std::size_t end, std::uint32_t period)
+{
+    const auto put = [&](std::size_t node) {
+        whole_[node] = std::min(whole_[node], period);
+        for (std::size_t touched = node; touched > 0; touched /= 2) {
+            any_[touched] = std::min(any_[touched], period);
+        }
+    };
+    for (; start < end; start /= 2, end /= 2) {
+        if (start % 2 == 1) {
+            put(start++);
+        }
+        if (end % 2 == 1) {
+            put(--end);
+        }
+    }
+}
+
+} // namespace lint

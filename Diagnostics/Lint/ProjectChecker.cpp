@@ -1,0 +1,51 @@
+#include "Diagnostics/Lint/ProjectChecker.h"
+
+#include "Diagnostics/Lint/NumberRules.h"
+#include "Diagnostics/Lint/SetReading.h"
+
+namespace lint {
+
+namespace {
+
+constexpr char kEffect[] = "the TV keeps the announced number and goes by the items";
+
+} // namespace
+
+void ProjectChecker::Begin(const StartTag& project)
+{
+    const auto announced = [&](const char* name, ValueKind kind) -> std::optional<Announced> {
+        const std::optional<std::size_t> index = project.Find(name);
+        if (!index || JudgeNumber(name, kind, project.AttributeValue(*index))) {
+            return std::nullopt;
+        }
+        return Announced{setreading::Unsigned(project.AttributeValue(*index)),
+                         reporter_.Kept(project.ValuePlace(*index))};
+    };
+    count_ = announced("item_count", ValueKind::kCount);
+    size_ = announced("total_size", ValueKind::kUnsigned);
+}
+
+void ProjectChecker::AddItem(uVQMINT64 size)
+{
+    ++items_;
+    overflow_ = __builtin_add_overflow(total_, size, &total_) || overflow_;
+}
+
+void ProjectChecker::Finish()
+{
+    if (count_ && count_->value != items_) {
+        reporter_.Report(count_->place, {Rule::kItemCountMismatch,
+                                         "item_count is " + std::to_string(count_->value) + ", but there are " +
+                                             std::to_string(items_) + " items",
+                                         std::to_string(items_), kEffect});
+    }
+    if (size_ && (overflow_ || size_->value != total_)) {
+        const std::string total = overflow_ ? "more than 18446744073709551615" : std::to_string(total_);
+        reporter_.Report(size_->place,
+                         {Rule::kTotalSizeMismatch,
+                          "total_size is " + std::to_string(size_->value) + ", but the items' sizes add up to " + total,
+                          total, kEffect});
+    }
+}
+
+} // namespace lint

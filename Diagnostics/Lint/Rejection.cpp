@@ -1,0 +1,43 @@
+#include "Diagnostics/Lint/Rejection.h"
+
+#include "Diagnostics/Lint/Lint.h"
+
+namespace lint {
+
+namespace {
+
+Options OnlyWhatRejects()
+{
+    Options options;
+    for (const std::string& name : RuleNames()) {
+        options.ignored.insert(*FindRule(name));
+    }
+    options.ignored.erase(Rule::kNotWellFormed);
+    options.ignored.erase(Rule::kUnreadableEncoding);
+    options.maxFindings = 1;
+    return options;
+}
+
+std::string Describe(const Report& report)
+{
+    if (report.findings.empty()) {
+        return "the library rejects it";
+    }
+    const Finding& finding = report.findings.front();
+    return "line " + std::to_string(finding.line) + ", column " + std::to_string(finding.column) + ": " +
+           finding.message;
+}
+
+} // namespace
+
+std::string WhyRejected(const std::string& document)
+{
+    return Describe(Lint(document, OnlyWhatRejects()));
+}
+
+std::string WhyRejected(const ByteSource& source)
+{
+    return Describe(Lint(source, OnlyWhatRejects()));
+}
+
+} // namespace lint

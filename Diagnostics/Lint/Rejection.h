@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "Diagnostics/Lint/DocumentReader.h"
+
+namespace lint {
+
+// Why the library's parser rejects a document, whatever its elements mean: "line 3, column 5: ..."
+
+std::string WhyRejected(const std::string& document);
+std::string WhyRejected(const ByteSource& source);
+
+} // namespace lint

@@ -1,0 +1,54 @@
+#include "Diagnostics/Lint/SetReading.h"
+
+#include "Data/VQMScheduleContainer.h"
+
+namespace lint::setreading {
+
+namespace {
+
+std::string TwoDigits(int number)
+{
+    return (number < 10 && number >= 0 ? "0" : "") + std::to_string(number);
+}
+
+} // namespace
+
+_VQMTime Time(const std::string& text)
+{
+    _VQMTime time;
+    CVQMScheduleContainer().ConvertHHMMSSTimeToVQMTime(text, time);
+    return time;
+}
+
+_VQMTime Date(const std::string& text)
+{
+    _VQMTime date;
+    CVQMScheduleContainer().ConvertYYYYMMDDDateToVQMTime(text, date);
+    return date;
+}
+
+int Integer(const std::string& text)
+{
+    int number = 0;
+    CVQMDataBufferObject().StrToNumber(text.c_str(), number);
+    return number;
+}
+
+uVQMINT64 Unsigned(const std::string& text)
+{
+    uVQMINT64 number = 0;
+    CVQMDataBufferObject().StrToNumber(text.c_str(), number);
+    return number;
+}
+
+std::string TimeText(const _VQMTime& time)
+{
+    return std::to_string(time.nHour) + ":" + TwoDigits(time.nMinute) + ":" + TwoDigits(time.nSecond);
+}
+
+std::string DateText(const _VQMTime& date)
+{
+    return std::to_string(date.nYear) + "-" + TwoDigits(date.nMonth) + "-" + TwoDigits(date.nDay);
+}
+
+} // namespace lint::setreading

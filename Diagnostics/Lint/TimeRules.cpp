@@ -1,0 +1,174 @@
+#include "Diagnostics/Lint/TimeRules.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include "Diagnostics/Lint/SetReading.h"
+
+namespace lint {
+
+namespace {
+
+constexpr char kTimeExpected[] = "hours:minutes:seconds, such as 09:30:00";
+constexpr char kDateExpected[] = "year-month-day, such as 2026-12-31";
+constexpr int kDaySeconds = 24 * 60 * 60;
+
+bool IsDigits(std::string_view text)
+{
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+std::vector<std::string> SplitAtColons(const std::string& text)
+{
+    std::vector<std::string> parts(1);
+    for (const char character : text) {
+        if (character == ':') {
+            parts.emplace_back();
+        } else {
+            parts.back() += character;
+        }
+    }
+    return parts;
+}
+
+/// Digits, of which there may be too many for any number.
+bool Exceeds(std::string digits, int limit)
+{
+    digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size()));
+    return digits.size() > 4 || setreading::Integer(digits) > limit;
+}
+
+std::string SetTakesTime(const std::string& text)
+{
+    return "the TV reads " + setreading::TimeText(setreading::Time(text));
+}
+
+/// What is wrong with the text as such; it says a time of day where nothing is.
+std::optional<Problem> JudgeTimeText(const std::string& attribute, const std::string& text)
+{
+    const auto problem = [&](Rule rule, const std::string& what) {
+        return Problem{rule, attribute + " " + Quoted(text) + " " + what, kTimeExpected, SetTakesTime(text)};
+    };
+    const std::vector<std::string> parts = SplitAtColons(text);
+    if (parts.size() == 1 || parts.size() > 3 || parts[0].empty()) {
+        return problem(Rule::kTimeMalformed, text.empty() ? "is empty" : "is no time of day");
+    }
+    static const std::vector<std::string> kPartNames = {"hour", "minute", "second"};
+    static const std::vector<int> kLimits = {24, 59, 59};
+    for (std::size_t index = 0; index < parts.size(); ++index) {
+        // A last part may be empty: "09:30:" is read well, and "09:" has no seconds in any case.
+        if (!IsDigits(parts[index]) && (index + 1 < parts.size() || !parts[index].empty())) {
+            return problem(Rule::kTimeNotDigits, "has a " + kPartNames[index] + " that is not digits only");
+        }
+    }
+    for (std::size_t index = 0; index < parts.size(); ++index) {
+        if (Exceeds(parts[index], kLimits[index])) {
+            return Problem{Rule::kTimeOutOfRange,
+                           attribute + " " + Quoted(text) + " has a " + kPartNames[index] + " out of range",
+                           "a " + kPartNames[index] + " up to " + std::to_string(kLimits[index]), SetTakesTime(text)};
+        }
+    }
+    if (parts.size() == 2) {
+        return problem(Rule::kTimeWithoutSeconds, "has no seconds");
+    }
+    return std::nullopt;
+}
+
+bool HasTwoDigitParts(const std::string& text)
+{
+    const std::vector<std::string> parts = SplitAtColons(text);
+    return std::all_of(parts.begin(), parts.end(), [](const std::string& part) { return part.size() == 2; });
+}
+
+bool IsStrictDate(const std::string& text)
+{
+    return text.size() == 10 && text[4] == '-' && text[7] == '-' &&
+           IsDigits(text.substr(0, 4) + text.substr(5, 2) + text.substr(8, 2));
+}
+
+/// Like "2016/12/31": the digits stand where the TV reads them.
+bool HasOtherSeparators(const std::string& text)
+{
+    return text.size() == 10 && IsDigits(text.substr(0, 4) + text.substr(5, 2) + text.substr(8, 2)) &&
+           !IsDigits(text.substr(4, 1)) && !IsDigits(text.substr(7, 1));
+}
+
+Day ToDay(const _VQMTime& date)
+{
+    return {date.nYear, date.nMonth, date.nDay};
+}
+
+} // namespace
+
+bool IsPossible(const Day& day)
+{
+    static constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    if (day.year < 1 || day.month < 1 || day.month > 12 || day.day < 1) {
+        return false;
+    }
+    const bool leapYear = (day.year % 4 == 0 && day.year % 100 != 0) || day.year % 400 == 0;
+    return day.day <= kDays[day.month - 1] + (day.month == 2 && leapYear ? 1 : 0);
+}
+
+std::optional<Day> ParseDay(const std::string& text)
+{
+    if (!IsStrictDate(text)) {
+        return std::nullopt;
+    }
+    const Day day = ToDay(setreading::Date(text));
+    return IsPossible(day) ? std::optional<Day>(day) : std::nullopt;
+}
+
+TimeVerdict JudgeTime(const std::string& attribute, const std::string& text)
+{
+    TimeVerdict verdict;
+    if (std::optional<Problem> problem = JudgeTimeText(attribute, text)) {
+        verdict.problems.push_back(*std::move(problem));
+        return verdict;
+    }
+    const _VQMTime time = setreading::Time(text);
+    verdict.seconds = (time.nHour * 60 + time.nMinute) * 60 + time.nSecond;
+    const bool isStart = attribute == "start_time";
+    if (time.nHour == 24 && (isStart || *verdict.seconds > kDaySeconds)) {
+        verdict.problems.push_back({Rule::kTimeAfterMidnight,
+                                    attribute + " " + Quoted(text) + " lies after the end of the day",
+                                    isStart ? "a time up to 23:59:59" : "a time up to 24:00:00",
+                                    SetTakesTime(text) + ", which no clock reaches"});
+    } else if (time.nHour == 24) {
+        verdict.problems.push_back({Rule::kHour24, attribute + " " + Quoted(text) + " has hour 24",
+                                    "23:59:59, where the last second does not matter",
+                                    SetTakesTime(text) + ", the end of the day"});
+    }
+    if (!HasTwoDigitParts(text)) {
+        verdict.problems.push_back({Rule::kTimeStyle, attribute + " " + Quoted(text) + " is not in two-digit parts",
+                                    kTimeExpected, SetTakesTime(text)});
+    }
+    return verdict;
+}
+
+std::vector<Problem> JudgeDate(const std::string& attribute, const std::string& text, const Day& today)
+{
+    std::vector<Problem> problems;
+    const _VQMTime taken = setreading::Date(text);
+    const std::string takes = "the TV reads " + setreading::DateText(taken);
+    const std::string subject = attribute + " " + Quoted(text);
+    if (HasOtherSeparators(text) && !IsStrictDate(text)) {
+        problems.push_back({Rule::kDateStyle, subject + " has other separators than '-'", kDateExpected, takes});
+    } else if (!IsStrictDate(text)) {
+        problems.push_back({Rule::kDateNotYearMonthDay,
+                            subject + (text.empty() ? " is empty" : " is not year-month-day"), kDateExpected, takes});
+        return problems;
+    }
+    const Day day = ToDay(taken);
+    if (!IsPossible(day)) {
+        problems.push_back({Rule::kImpossibleDate, subject + " is no day of the calendar", "a day that exists",
+                            takes + " as it stands"});
+    } else if (std::tie(day.year, day.month, day.day) < std::tie(today.year, today.month, today.day)) {
+        const std::string now = setreading::DateText({today.year, today.month, today.day, 0, 0, 0, 0});
+        problems.push_back({Rule::kExpired, subject + " has passed", "a day from " + now + " on",
+                            "the TV keeps the date and does not act on it"});
+    }
+    return problems;
+}
+
+} // namespace lint

@@ -1,0 +1,123 @@
+#include <cerrno>
+#include <climits>
+#include <exception>
+#include <stdexcept>
+#include <system_error>
+
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "Data/VQMDataConstants.h"
+#include "Diagnostics/Readiness/DocumentFile.h"
+#include "Diagnostics/Readiness/Readiness.h"
+
+namespace readiness {
+
+namespace {
+
+constexpr char kStdin[] = "-";
+constexpr char kScheduleFileConstant[] = "ScheduleFile";
+constexpr std::size_t kReadUnit = 65536;
+
+/// The library has no way to list or forget constants.
+struct OpenConstants : CVQMDataConstants {
+    using CVQMDataConstants::m_DataCache;
+};
+
+[[noreturn]] void FailOnStdin()
+{
+    throw std::runtime_error("cannot read stdin: " + std::generic_category().message(errno));
+}
+
+/// What stdin holds, as a file with a path: the library reads nothing else.
+class StdinCopy {
+public:
+    StdinCopy() : descriptor_(memfd_create("stdin", MFD_CLOEXEC))
+    {
+        if (descriptor_ < 0) {
+            throw std::system_error(errno, std::generic_category(), "cannot copy stdin");
+        }
+        Fill();
+    }
+    ~StdinCopy() { close(descriptor_); }
+
+    StdinCopy(const StdinCopy&) = delete;
+    StdinCopy& operator=(const StdinCopy&) = delete;
+
+    std::string Path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
+
+private:
+    void Fill() const
+    {
+        std::string buffer(kReadUnit, '\0');
+        // One piece beyond what the parser takes is enough to be refused.
+        for (std::size_t total = 0; total <= INT_MAX;) {
+            const ssize_t count = read(STDIN_FILENO, buffer.data(), buffer.size());
+            if (count == 0) {
+                return;
+            }
+            if (count < 0) {
+                if (errno != EINTR) {
+                    FailOnStdin();
+                }
+                continue;
+            }
+            if (write(descriptor_, buffer.data(), static_cast<std::size_t>(count)) != count) {
+                FailOnStdin();
+            }
+            total += static_cast<std::size_t>(count);
+        }
+    }
+
+    int descriptor_;
+};
+
+void LoadFrom(const std::string& path, Constants& constants)
+{
+    const DocumentFile file = Examine(path);
+    constants.state = file.state;
+    constants.problem = file.problem;
+    if (file.state != DocumentState::kLoaded) {
+        return;
+    }
+    bool loaded = false;
+    try {
+        loaded = CVQMDataConstants::Initialize(path);
+    } catch (const std::exception& error) {
+        constants.state = DocumentState::kUnreadable;
+        constants.problem = error.what();
+        return;
+    }
+    constants.values = OpenConstants::m_DataCache;
+    if (!loaded) {
+        const DocumentFile fault = WhyNotParsed(path);
+        constants.state = fault.state;
+        constants.problem = fault.problem;
+    }
+}
+
+} // namespace
+
+const std::string* Constants::ScheduleFile() const
+{
+    const auto found = values.find(kScheduleFileConstant);
+    return found == values.end() ? nullptr : &found->second;
+}
+
+Constants LoadConstants(const std::string& path)
+{
+    OpenConstants::m_DataCache.clear();
+    Constants constants;
+    if (path == kStdin) {
+        constants.path = "<stdin>";
+        const StdinCopy copy;
+        LoadFrom(copy.Path(), constants);
+    } else {
+        constants.path = path;
+        LoadFrom(path, constants);
+    }
+    return constants;
+}
+
+} // namespace readiness

@@ -1,0 +1,177 @@
+#include "Diagnostics/Readiness/Contents.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <limits>
+#include <system_error>
+#include <unordered_map>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include "Diagnostics/Readiness/FileKinds.h"
+#include "VQMPipe/VQMFilePipe.h"
+
+namespace readiness {
+
+namespace {
+
+/// Files between two calls of a progress.
+constexpr std::size_t kProgressStep = 64;
+
+uVQMINT64 AddUpTo(uVQMINT64 left, uVQMINT64 right)
+{
+    uVQMINT64 sum = 0;
+    return __builtin_add_overflow(left, right, &sum) ? std::numeric_limits<uVQMINT64>::max() : sum;
+}
+
+/// Whether the file can be opened and gives its first byte, if it has one. Never waits for one.
+bool TryToRead(ContentFile& file)
+{
+    const int descriptor = open(file.path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (descriptor < 0) {
+        file.problem = std::generic_category().message(errno);
+        return false;
+    }
+    char byte = 0;
+    const ssize_t count = pread(descriptor, &byte, 1, 0);
+    if (count < 0) {
+        file.problem = std::generic_category().message(errno);
+    }
+    close(descriptor);
+    return count >= 0;
+}
+
+void ExamineFile(ContentFile& file)
+{
+    struct stat status = {};
+    if (stat(file.path.c_str(), &status) != 0) {
+        const int error = errno;
+        if (IsAbsence(error)) {
+            file.kind = FileKind::kMissing;
+            file.problem = "is missing" + DanglingLink(file.path);
+        } else {
+            file.kind = FileKind::kNotExamined;
+            file.problem = std::generic_category().message(error);
+        }
+    } else if (S_ISREG(status.st_mode)) {
+        file.kind = FileKind::kFile;
+        file.readable = TryToRead(file);
+    } else {
+        file.kind = S_ISDIR(status.st_mode) ? FileKind::kDirectory : FileKind::kOther;
+        file.problem = std::string("is ") + KindName(status.st_mode);
+    }
+}
+
+/// What is still to be copied. The parts of a file that are there need no room again.
+uVQMINT64 BytesToCopy(const std::vector<ContentFile>& files)
+{
+    std::unordered_map<std::string, uVQMINT64> lacking;
+    for (const ContentFile& file : files) {
+        if (file.announced > file.size) {
+            uVQMINT64& bytes = lacking[file.path];
+            bytes = std::max(bytes, file.announced - file.size);
+        }
+    }
+    uVQMINT64 sum = 0;
+    for (const auto& entry : lacking) {
+        sum = AddUpTo(sum, entry.second);
+    }
+    return sum;
+}
+
+/// A directory that is missing would come to lie on its parent's disk.
+std::optional<uVQMINT64> FreeBytes(const std::string& directory)
+{
+    for (std::filesystem::path place = std::filesystem::path(directory).parent_path();; place = place.parent_path()) {
+        struct statvfs status = {};
+        if (statvfs(place.c_str(), &status) == 0) {
+            return uVQMINT64{status.f_bavail} * uVQMINT64{status.f_frsize};
+        }
+        if (!IsAbsence(errno) || place == place.parent_path()) {
+            return std::nullopt;
+        }
+    }
+}
+
+std::string LowerCase(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(), [](char letter) {
+        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+    });
+    return text;
+}
+
+std::map<std::string, std::string> OtherSpellings(const Contents& contents)
+{
+    std::map<std::string, std::string> found;
+    std::unordered_map<std::string, std::string> missing;
+    for (const ContentFile& file : contents.files) {
+        if (file.kind == FileKind::kMissing) {
+            missing.emplace(LowerCase(file.name), file.name);
+        }
+    }
+    if (missing.empty()) {
+        return found;
+    }
+    std::error_code error;
+    std::filesystem::directory_iterator entry(contents.directory, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        const auto match = missing.find(LowerCase(name));
+        if (match != missing.end() && match->second != name) {
+            found[match->second] = name;
+        }
+    }
+    return found;
+}
+
+std::size_t CountItems(const _VQMPolicy& policy)
+{
+    std::size_t items = 0;
+    for (const _VQMSchdule& period : policy.listSchedule) {
+        items += period.listContents.size();
+    }
+    return items;
+}
+
+} // namespace
+
+Contents ExamineContents(const _VQMPolicy& policy, const std::string& directory, const Progress& progress)
+{
+    Contents contents;
+    contents.directory = directory;
+    std::error_code ignored;
+    contents.directoryPresent = std::filesystem::is_directory(directory, ignored);
+    const std::size_t total = CountItems(policy);
+    contents.files.reserve(total);
+    CVQMFilePipe pipe;
+    std::size_t period = 0;
+    for (const _VQMSchdule& schedule : policy.listSchedule) {
+        for (const _VQMContentInfo& content : schedule.listContents) {
+            ContentFile file;
+            file.period = period;
+            file.name = content.strName;
+            file.path = directory + content.strName;
+            file.announced = content.nSize;
+            file.size = pipe.GetFileSize(file.path.c_str());
+            ExamineFile(file);
+            contents.counting += file.Counts() ? 1 : 0;
+            contents.announcedBytes = AddUpTo(contents.announcedBytes, file.announced);
+            contents.files.push_back(std::move(file));
+            if (progress && (contents.files.size() % kProgressStep == 0 || contents.files.size() == total)) {
+                progress(contents.files.size(), total);
+            }
+        }
+        ++period;
+    }
+    contents.missingBytes = BytesToCopy(contents.files);
+    contents.freeBytes = FreeBytes(directory);
+    contents.otherSpelling = OtherSpellings(contents);
+    return contents;
+}
+
+} // namespace readiness

@@ -1,0 +1,59 @@
+#include "Diagnostics/Readiness/DocumentFile.h"
+
+#include <cerrno>
+#include <climits>
+#include <system_error>
+
+#include <sys/stat.h>
+
+#include "Diagnostics/Lint/Rejection.h"
+#include "Diagnostics/Readiness/FileKinds.h"
+#include "Diagnostics/Text/InputFile.h"
+
+namespace readiness {
+
+DocumentFile Examine(const std::string& path)
+{
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) {
+        const int error = errno;
+        if (IsAbsence(error)) {
+            return {DocumentState::kMissing, "is missing" + DanglingLink(path)};
+        }
+        return {DocumentState::kUnreadable, "cannot be examined: " + std::generic_category().message(error)};
+    }
+    if (!S_ISREG(status.st_mode)) {
+        const bool waits = S_ISFIFO(status.st_mode);
+        return {DocumentState::kUnreadable,
+                std::string("is ") + KindName(status.st_mode) + (waits ? ", where reading waits for a writer" : ""),
+                waits};
+    }
+    if (status.st_size > INT_MAX) {
+        return {DocumentState::kUnreadable,
+                "is larger than the " + std::to_string(INT_MAX) + " bytes that can be parsed", true};
+    }
+    try {
+        const InputFile file(path);
+    } catch (const std::system_error& error) {
+        return {DocumentState::kUnreadable, "cannot be read: " + error.code().message()};
+    }
+    return {DocumentState::kLoaded};
+}
+
+DocumentFile WhyNotParsed(const std::string& path)
+{
+    DocumentFile examined = Examine(path);
+    if (examined.state != DocumentState::kLoaded) {
+        return examined;
+    }
+    try {
+        const InputFile file(path);
+        return {DocumentState::kNotWellFormed,
+                "cannot be parsed: " +
+                    lint::WhyRejected([&file](char* buffer, std::size_t size) { return file.Read(buffer, size); })};
+    } catch (const std::system_error& error) {
+        return {DocumentState::kUnreadable, "cannot be read: " + error.code().message()};
+    }
+}
+
+} // namespace readiness

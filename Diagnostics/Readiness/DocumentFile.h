@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+#include "Diagnostics/Readiness/Readiness.h"
+
+namespace readiness {
+
+/// What the file system and the parser have to say of a document.
+struct DocumentFile {
+    DocumentState state = DocumentState::kMissing;
+    std::string problem{}; ///< a clause to follow the document's name: "is a directory"
+    bool runsInto = false; ///< the library's reading would not come back from it, or not on this machine
+};
+
+/// Whether there is a file that the library may be let read; its content is not looked at. The
+/// state is then `kLoaded`.
+DocumentFile Examine(const std::string& path);
+
+/// Why the library did not take a document: what keeps it from being read, or the first place
+/// where it is not well-formed.
+DocumentFile WhyNotParsed(const std::string& path);
+
+} // namespace readiness

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Common/VQMDataObject.h"
+#include "Data/VQMScheduleRecords.h"
+#include "Diagnostics/Programme/Programme.h"
+
+/// Can this TV play what is on its disk, and if not, why?
+///
+/// The verdict is the library's content check and nothing else. What stands beside it explains: the
+/// check says little, and stops at the first file that is wrong.
+///
+/// Threads: one at a time; the constants and the monitor are the process's.
+namespace readiness {
+
+/// What became of a document that is needed.
+enum class DocumentState {
+    kMissing,
+    kUnreadable,    ///< something is there, but it is no file, or cannot be read
+    kNotWellFormed, ///< read, and no XML document
+    kLoaded,
+};
+
+struct Constants {
+    std::string path; ///< as it was given; "<stdin>" for "-"
+    DocumentState state = DocumentState::kMissing;
+    std::string problem{}; ///< for a person, one clause; empty when loaded
+    std::map<std::string, std::string>
+        values{}; ///< what the library took; of a broken file, what stands before the error
+
+    /// The file name of the schedule; null when no such constant was loaded.
+    const std::string* ScheduleFile() const;
+};
+
+struct Schedule {
+    std::string directory; ///< with "/" at its end
+    std::string path;      ///< what the TV looks for; without the constant it is the directory
+    DocumentState state = DocumentState::kMissing;
+    std::string problem{};
+    _VQMPolicy policy{}; ///< as the library reads it; whether or not it is the TV's current one
+    schedule::Expiry expiry = schedule::Expiry::kNone;
+};
+
+enum class FileKind {
+    kMissing,
+    kNotExamined, ///< it may be there; `problem` says what keeps it from being looked at
+    kFile,
+    kDirectory,
+    kOther, ///< a pipe, a device, a socket
+};
+
+/// One item of the schedule and the file that belongs to it.
+struct ContentFile {
+    std::size_t period = 0; ///< index of the period in the policy's list
+    std::string name;
+    std::string path;
+    uVQMINT64 announced = 0;
+    FileKind kind = FileKind::kMissing;
+    uVQMINT64 size = 0;    ///< as the library measures it; 0 when it cannot be examined
+    bool readable = false; ///< by this user: it could be opened and its first byte read
+    std::string problem{}; ///< why it could not be examined or read
+
+    /// How the library decides: the sizes are equal. An absent file measures 0.
+    bool Counts() const { return size == announced; }
+};
+
+struct Contents {
+    std::string directory; ///< with "/" at its end
+    bool directoryPresent = false;
+    std::vector<ContentFile> files{};     ///< an entry for each item, in the document's order
+    std::size_t counting = 0;             ///< how many of them the library takes
+    uVQMINT64 announcedBytes = 0;         ///< of all items; the largest number when they add up to more
+    uVQMINT64 missingBytes = 0;           ///< to be copied still; a file that several items name counts once
+    std::optional<uVQMINT64> freeBytes{}; ///< of the disk the directory is, or would be, on; null when not known
+    std::map<std::string, std::string> otherSpelling{}; ///< a missing name, and a file there that differs in case only
+};
+
+/// What the library's content check said.
+struct Verdict {
+    bool ran = false;
+    std::string problem{}; ///< why it did not run to its end
+    bool haveSchedule = false;
+    bool haveContents = false;
+
+    bool Ready() const { return ran && haveSchedule && haveContents; }
+};
+
+struct Report {
+    Constants constants;
+    Verdict verdict{};
+    Schedule schedule{};
+    Contents contents{}; ///< without files unless the schedule is loaded
+};
+
+/// Called with how many files have been examined, and of how many.
+using Progress = std::function<void(std::size_t done, std::size_t total)>;
+
+/// Replaces the constants of the process by those of the file at `path`; "-" is stdin. Missing or
+/// broken files are no error here: the result says so.
+Constants LoadConstants(const std::string& path);
+
+/// Runs the library's content check afresh, with the constants that are loaded, and examines
+/// everything that it looks at.
+Report Check(const std::string& constantsPath, const lint::Day& today, const Progress& progress = nullptr);
+} // namespace readiness

@@ -1,0 +1,299 @@
+#include "Diagnostics/Readiness/Remarks.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+#include <system_error>
+#include <utility>
+
+#include "Diagnostics/Readiness/Words.h"
+#include "Diagnostics/Text/Suggestions.h"
+
+namespace readiness {
+
+namespace {
+
+constexpr char kScheduleFile[] = "ScheduleFile";
+
+/// Collects what is to be said about one report.
+class Explanation {
+public:
+    explicit Explanation(const Report& report) : report_(report), ready_(report.verdict.Ready()) {}
+
+    std::vector<Remark> Take();
+
+private:
+    /// Nothing keeps a TV from being ready that is ready.
+    void AddProblem(const std::string& rule, const std::string& message, const std::string& path)
+    {
+        remarks_.push_back({!ready_, rule, message, path});
+    }
+    void AddNote(const std::string& rule, const std::string& message, const std::string& path)
+    {
+        remarks_.push_back({false, rule, message, path});
+    }
+
+    void ExplainConstants();
+    void ExplainScheduleFile();
+    void ExplainSchedule();
+    void ExplainDocument();
+    void ExplainTotals();
+    void ExplainContents();
+    void ExplainFile(const ContentFile& file);
+    void ExplainFileThatCounts(const ContentFile& file);
+    void ExplainChange();
+
+    const Report& report_;
+    bool ready_;
+    std::vector<Remark> remarks_;
+};
+
+std::vector<std::string> NamesIn(const std::string& directory)
+{
+    constexpr std::size_t kMost = 1000;
+    std::vector<std::string> names;
+    std::error_code error;
+    std::filesystem::directory_iterator entry(directory, error);
+    for (; !error && entry != std::filesystem::directory_iterator() && names.size() < kMost; entry.increment(error)) {
+        names.push_back(entry->path().filename().string());
+    }
+    return names;
+}
+
+std::string PerhapsMeant(const std::string& name, std::vector<std::string> there)
+{
+    // A link that leads nowhere is there under the very name.
+    there.erase(std::remove(there.begin(), there.end(), name), there.end());
+    const std::vector<std::string> close = Suggest(name, there);
+    return close.empty() ? "" : "; " + QuotedList(close) + (close.size() == 1 ? " is there" : " are there");
+}
+
+std::vector<Remark> Explanation::Take()
+{
+    ExplainConstants();
+    if (!report_.verdict.ran) {
+        AddProblem("not-checked", "the check did not run: " + report_.verdict.problem, report_.schedule.path);
+    } else {
+        ExplainSchedule();
+    }
+    if (report_.schedule.state == DocumentState::kLoaded) {
+        ExplainDocument();
+        ExplainTotals();
+        ExplainContents();
+    }
+    ExplainChange();
+    return std::move(remarks_);
+}
+
+void Explanation::ExplainConstants()
+{
+    const Constants& constants = report_.constants;
+    const std::string file = "the constants file " + Quoted(constants.path) + " ";
+    const std::string consequence =
+        constants.ScheduleFile() == nullptr ? "; without it the TV knows no name of a schedule" : "";
+    switch (constants.state) {
+    case DocumentState::kMissing:
+        AddProblem("constants-missing", file + constants.problem + consequence, constants.path);
+        break;
+    case DocumentState::kUnreadable:
+        AddProblem("constants-unreadable", file + constants.problem + consequence, constants.path);
+        break;
+    case DocumentState::kNotWellFormed: {
+        const std::string message = file + constants.problem + "; only what stands before that place counts";
+        if (constants.ScheduleFile() == nullptr) {
+            AddProblem("constants-not-well-formed", message, constants.path);
+        } else {
+            AddNote("constants-not-well-formed", message, constants.path);
+        }
+        break;
+    }
+    case DocumentState::kLoaded:
+        break;
+    }
+    ExplainScheduleFile();
+}
+
+void Explanation::ExplainScheduleFile()
+{
+    const Constants& constants = report_.constants;
+    const std::string* const value = constants.ScheduleFile();
+    const bool loaded = constants.state == DocumentState::kLoaded || constants.state == DocumentState::kNotWellFormed;
+    if (!loaded || (value != nullptr && !value->empty())) {
+        return;
+    }
+    if (value != nullptr) {
+        AddProblem("schedule-file-empty", "the constant ScheduleFile is empty; expected the file name of the schedule",
+                   constants.path);
+        return;
+    }
+    std::vector<std::string> keys;
+    for (const auto& entry : constants.values) {
+        keys.push_back(entry.first);
+    }
+    std::string message = "the constants file " + Quoted(constants.path) + " has no constant ScheduleFile";
+    message += PerhapsMeant(kScheduleFile, keys);
+    if (constants.values.count("") != 0) {
+        message += "; it has a value without a name: key must stand before value";
+    }
+    AddProblem("no-schedule-file", message, constants.path);
+}
+
+void Explanation::ExplainSchedule()
+{
+    const Schedule& schedule = report_.schedule;
+    if (schedule.state == DocumentState::kLoaded) {
+        return;
+    }
+    if (schedule.path == schedule.directory) {
+        const bool missing = schedule.state == DocumentState::kMissing;
+        AddProblem("schedule-is-directory",
+                   "without a name for the schedule the TV looks for the directory " + Quoted(schedule.path) +
+                       " itself, which " + (missing ? "is missing" : "is no schedule"),
+                   schedule.path);
+        return;
+    }
+    std::string message = "the schedule " + Quoted(schedule.path) + " " + schedule.problem;
+    if (schedule.state == DocumentState::kMissing) {
+        message += PerhapsMeant(schedule.path.substr(schedule.directory.size()), NamesIn(schedule.directory));
+        AddProblem("schedule-missing", message, schedule.path);
+    } else if (schedule.state == DocumentState::kUnreadable) {
+        AddProblem("schedule-unreadable", message, schedule.path);
+    } else {
+        AddProblem("schedule-not-well-formed", message, schedule.path);
+    }
+}
+
+void Explanation::ExplainDocument()
+{
+    const Schedule& schedule = report_.schedule;
+    if (schedule.policy.bError) {
+        AddNote("state-not-ok", "the schedule's state is not \"ok\"; the check does not ask for it", schedule.path);
+    }
+    const std::string day = schedule::DayText(schedule::ExpirationOf(schedule.policy));
+    if (schedule.expiry == schedule::Expiry::kExpired) {
+        AddNote("expired", "the schedule has expired on " + day + "; the check does not look at the date",
+                schedule.path);
+    } else if (schedule.expiry == schedule::Expiry::kImpossible) {
+        AddNote("expiration-no-day",
+                "the schedule expires on " + day + ", which is no day; the check does not look at it", schedule.path);
+    }
+    if (report_.contents.files.empty()) {
+        AddNote("no-files", "the schedule names no file: nothing is missing, and nothing plays", schedule.path);
+    }
+}
+
+void Explanation::ExplainTotals()
+{
+    const _VQMPolicy& policy = report_.schedule.policy;
+    const Contents& contents = report_.contents;
+    const auto items = static_cast<long long>(contents.files.size());
+    // 0 is also what a document without the number gives.
+    if (policy.nItemCount != 0 && policy.nItemCount != items) {
+        AddNote("item-count",
+                "item_count is " + std::to_string(policy.nItemCount) + ", but there are " + std::to_string(items) +
+                    " items; the check goes by the items",
+                report_.schedule.path);
+    }
+    if (policy.nTotalSize != 0 && policy.nTotalSize != contents.announcedBytes) {
+        AddNote("total-size",
+                "total_size is " + std::to_string(policy.nTotalSize) + ", but the items' sizes add up to " +
+                    std::to_string(contents.announcedBytes) + "; the check goes by the items",
+                report_.schedule.path);
+    }
+}
+
+void Explanation::ExplainContents()
+{
+    const Contents& contents = report_.contents;
+    if (!contents.directoryPresent && !contents.files.empty()) {
+        AddProblem("media-directory-missing", "the media directory " + Quoted(contents.directory) + " is missing",
+                   contents.directory);
+    }
+    std::set<std::pair<std::string, uVQMINT64>> told; // a file may belong to several items
+    for (const ContentFile& file : contents.files) {
+        if (!file.Counts() || !file.readable) {
+            if (told.emplace(file.name, file.announced).second) {
+                ExplainFile(file);
+            }
+        }
+    }
+    if (contents.freeBytes && *contents.freeBytes < contents.missingBytes) {
+        AddNote("disk-full",
+                BytesText(contents.missingBytes) + " are to be copied, and the disk has room for " +
+                    BytesText(*contents.freeBytes),
+                contents.directory);
+    }
+}
+
+void Explanation::ExplainFile(const ContentFile& file)
+{
+    if (file.Counts()) {
+        ExplainFileThatCounts(file);
+        return;
+    }
+    const std::string name = Quoted(file.name);
+    const std::string announced = "the schedule announces " + std::to_string(file.announced);
+    switch (file.kind) {
+    case FileKind::kMissing: {
+        std::string message = name + " " + file.problem + "; " + announced + " bytes";
+        const auto other = report_.contents.otherSpelling.find(file.name);
+        if (other != report_.contents.otherSpelling.end()) {
+            message += "; " + Quoted(other->second) + " is there, but upper and lower case count";
+        }
+        AddProblem("file-missing", message, file.path);
+        break;
+    }
+    case FileKind::kNotExamined:
+        AddProblem("file-not-examined",
+                   name + " cannot be examined: " + file.problem + "; it counts as 0 bytes, " + announced, file.path);
+        break;
+    case FileKind::kDirectory:
+    case FileKind::kOther:
+        AddProblem("file-of-another-kind", name + " " + file.problem + "; " + announced + " bytes", file.path);
+        break;
+    case FileKind::kFile:
+        AddProblem("file-size", name + " has " + std::to_string(file.size) + " bytes; " + announced, file.path);
+        break;
+    }
+}
+
+void Explanation::ExplainFileThatCounts(const ContentFile& file)
+{
+    const std::string name = Quoted(file.name);
+    switch (file.kind) {
+    case FileKind::kMissing:
+    case FileKind::kNotExamined:
+        AddNote("size-0", name + " is announced with 0 bytes: it counts as present, although it is missing", file.path);
+        break;
+    case FileKind::kDirectory:
+    case FileKind::kOther:
+        AddNote("file-of-another-kind", name + " " + file.problem + "; it counts, for its size is the announced one",
+                file.path);
+        break;
+    case FileKind::kFile:
+        AddNote("file-unreadable",
+                name + " has its size, but cannot be read here: " + file.problem + "; the check does not try to",
+                file.path);
+        break;
+    }
+}
+
+/// The check looked first, the explanation after it.
+void Explanation::ExplainChange()
+{
+    const Verdict& verdict = report_.verdict;
+    const bool parsed = report_.schedule.state == DocumentState::kLoaded;
+    const bool complete = report_.contents.counting == report_.contents.files.size();
+    if (verdict.ran && (verdict.haveSchedule != parsed || (parsed && verdict.haveContents != complete))) {
+        AddNote("changed-meanwhile", "files changed while they were looked at: check again", report_.schedule.path);
+    }
+}
+
+} // namespace
+
+std::vector<Remark> Explain(const Report& report)
+{
+    return Explanation(report).Take();
+}
+
+} // namespace readiness

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+
+#include "Diagnostics/Readiness/Readiness.h"
+#include "Diagnostics/Text/Json.h"
+
+namespace readiness {
+
+/// A line for each remark, what was looked at, and the verdict. Fit for a terminal.
+std::string RenderHuman(const Report& report);
+
+/// One document of Docs/schemas/check.schema.json, on one line or indented.
+std::string RenderJson(const Report& report, bool oneLine);
+
+/// One document of Docs/schemas/constants.schema.json.
+std::string RenderJson(const Constants& constants);
+
+/// What is known of the constants file, without its values: a part of a larger document.
+Json ConstantsJson(const Constants& constants);
+
+/// "not-well-formed" and so on, for programs.
+const char* NameOf(DocumentState state);
+
+/// "ready", or "not ready: " and why, or "not checked: " and why.
+std::string VerdictLine(const Report& report);
+
+} // namespace readiness

@@ -1,0 +1,49 @@
+#include "Diagnostics/Readiness/Words.h"
+
+#include <array>
+#include <cstdio>
+
+namespace readiness {
+
+std::string Quoted(const std::string& text)
+{
+    return "'" + text + "'";
+}
+
+std::string QuotedList(const std::vector<std::string>& texts)
+{
+    std::string list;
+    for (std::size_t index = 0; index < texts.size(); ++index) {
+        if (index > 0) {
+            list += index + 1 == texts.size() ? " and " : ", ";
+        }
+        list += Quoted(texts[index]);
+    }
+    return list;
+}
+
+std::string Counted(uVQMINT64 number, const std::string& what)
+{
+    return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
+}
+
+std::string BytesText(uVQMINT64 bytes)
+{
+    constexpr std::array<const char*, 6> kUnits = {"kB", "MB", "GB", "TB", "PB", "EB"};
+    constexpr double kStep = 1000.0;
+    if (bytes < 1000) {
+        return Counted(bytes, "byte");
+    }
+    double amount = static_cast<double>(bytes) / kStep;
+    std::size_t unit = 0;
+    // What would be rounded to 1000 is 1 of the next unit.
+    while (amount >= kStep - 0.05 && unit + 1 < kUnits.size()) {
+        amount /= kStep;
+        ++unit;
+    }
+    std::array<char, 32> text = {};
+    std::snprintf(text.data(), text.size(), "%.1f %s", amount, kUnits[unit]);
+    return text.data();
+}
+
+} // namespace readiness

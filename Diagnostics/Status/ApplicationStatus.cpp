@@ -1,0 +1,120 @@
+#include "Diagnostics/Status/ApplicationStatus.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <system_error>
+
+#include "Diagnostics/Status/TimeLimit.h"
+#include "Diagnostics/Text/Json.h"
+#include "Platform/desktop/x11/KeyTable.h"
+
+namespace status {
+
+namespace {
+
+/// A display answers within milliseconds; a loaded machine takes longer.
+constexpr std::chrono::seconds kPatience{3};
+
+bool Contains(const std::vector<std::string>& names, const std::string& name)
+{
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+Grip GripOn(const std::string& key, const DisplayAnswer& answer)
+{
+    const bool failed = Contains(answer.failedKeys, key);
+    if (Contains(answer.heldKeys, key)) {
+        return failed ? Grip::kPartly : Grip::kHeld;
+    }
+    if (failed) {
+        return Grip::kTaken;
+    }
+    return Contains(answer.toolKeys, key) ? Grip::kFree : Grip::kAbsent;
+}
+
+std::string ToText(const DisplayAnswer& answer)
+{
+    const Json json = {{"connected", answer.connected},
+                       {"pid", answer.pid},
+                       {"held", answer.heldKeys},
+                       {"failed", answer.failedKeys},
+                       {"tool", answer.toolKeys}};
+    return json.dump();
+}
+
+DisplayAnswer FromText(const std::string& text)
+{
+    const Json json = Json::parse(text);
+    DisplayAnswer answer;
+    json.at("connected").get_to(answer.connected);
+    json.at("pid").get_to(answer.pid);
+    json.at("held").get_to(answer.heldKeys);
+    json.at("failed").get_to(answer.failedKeys);
+    json.at("tool").get_to(answer.toolKeys);
+    return answer;
+}
+
+} // namespace
+
+std::string NameOf(Grip grip)
+{
+    switch (grip) {
+    case Grip::kHeld:
+        return "held";
+    case Grip::kPartly:
+        return "partly-held";
+    case Grip::kTaken:
+        return "taken";
+    case Grip::kFree:
+        return "not-held";
+    case Grip::kAbsent:
+        break;
+    }
+    return "not-on-keyboard";
+}
+
+ApplicationStatus ApplicationFrom(const std::string& display, const std::optional<DisplayAnswer>& answer)
+{
+    using State = ApplicationStatus::State;
+    ApplicationStatus application;
+    application.display = display;
+    if (!answer || !answer->connected) {
+        application.state = answer ? State::kUnreachable : State::kSilent;
+        return application;
+    }
+    application.state = answer->pid != 0 ? State::kRunning : State::kNotRunning;
+    if (application.state == State::kNotRunning) {
+        return application;
+    }
+    application.pid = answer->pid;
+    application.heldKeys = answer->heldKeys;
+    application.failedKeys = answer->failedKeys;
+    for (int keyId = 0; keyId < desktop::kKeyIds; ++keyId) {
+        if (desktop::IsToolKey(keyId)) {
+            const std::string name = desktop::KeyName(keyId);
+            application.toolKeys.push_back({name, GripOn(name, *answer)});
+        }
+    }
+    return application;
+}
+
+ApplicationStatus CollectApplication()
+{
+    const char* display = std::getenv("DISPLAY");
+    if (display == nullptr || *display == '\0') {
+        return {};
+    }
+    try {
+        const std::optional<std::string> text = AskWithin(kPatience, [] { return ToText(AskDisplay()); });
+        return ApplicationFrom(display, text ? std::optional(FromText(*text)) : std::nullopt);
+    } catch (const std::system_error& error) {
+        ApplicationStatus application;
+        application.state = ApplicationStatus::State::kNotAsked;
+        application.display = display;
+        application.problem = error.code().message();
+        return application;
+    }
+}
+
+} // namespace status

@@ -1,0 +1,145 @@
+#include "Diagnostics/Status/PopupStatus.h"
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <system_error>
+
+#include "Diagnostics/Status/TimeLimit.h"
+#include "Diagnostics/Text/Json.h"
+#include "Platform/desktop/bus/SessionBus.h"
+
+namespace status {
+
+namespace {
+
+using State = PopupStatus::State;
+
+/// More than the calls to the bus take together, each of which has a limit of its own.
+constexpr std::chrono::seconds kPatience{3};
+
+PopupStatus Unknown(const std::string& why)
+{
+    PopupStatus popups;
+    popups.why = why;
+    return popups;
+}
+
+bool IsAbout(const desktop::PopupRecord& record, const PopupAnswer& answer)
+{
+    // Where the daemon ends it by itself, the record names no bus.
+    return record.daemon == answer.daemon && (record.bus.empty() || record.bus == answer.busIdentity);
+}
+
+State StateOf(const std::optional<PopupNote>& note, const PopupAnswer& answer)
+{
+    const bool noted = note && IsAbout(note->record, answer);
+    if (noted && note->record.inhibited) {
+        return note->alive ? State::kHeldBack : State::kShown;
+    }
+    if (!answer.paused.value_or(false)) {
+        return State::kShown;
+    }
+    if (!noted) {
+        return State::kForeign;
+    }
+    return note->alive ? State::kHeldBack : State::kLeftOver;
+}
+
+bool IsAlive(pid_t pid)
+{
+    return pid > 0 && (kill(pid, 0) == 0 || errno == EPERM);
+}
+
+std::string ToText(const PopupAnswer& answer)
+{
+    Json json = {{"answers", answer.busAnswers},
+                 {"identity", answer.busIdentity},
+                 {"daemon", answer.daemon},
+                 {"daemon_answers", answer.daemonAnswers},
+                 {"product", Utf8(answer.product)}};
+    if (answer.paused) {
+        json["paused"] = *answer.paused;
+    }
+    return json.dump();
+}
+
+PopupAnswer FromText(const std::string& text)
+{
+    const Json json = Json::parse(text);
+    PopupAnswer answer;
+    json.at("answers").get_to(answer.busAnswers);
+    json.at("identity").get_to(answer.busIdentity);
+    json.at("daemon").get_to(answer.daemon);
+    json.at("daemon_answers").get_to(answer.daemonAnswers);
+    json.at("product").get_to(answer.product);
+    if (json.contains("paused")) {
+        answer.paused = json.at("paused").get<bool>();
+    }
+    return answer;
+}
+
+std::optional<PopupNote> ReadNote()
+{
+    const std::string file = desktop::PopupRecordFile(PLATFORM_APP_ID);
+    const std::optional<desktop::PopupRecord> record = desktop::ReadPopupRecord(file);
+    return record ? std::optional(PopupNote{*record, IsAlive(record->pid)}) : std::nullopt;
+}
+
+} // namespace
+
+std::string NameOf(State state)
+{
+    switch (state) {
+    case State::kShown:
+        return "not-held-back";
+    case State::kHeldBack:
+        return "held-back";
+    case State::kLeftOver:
+        return "left-held-back";
+    case State::kForeign:
+        return "held-back-by-others";
+    case State::kUnknown:
+        break;
+    }
+    return "unknown";
+}
+
+PopupStatus PopupsFrom(const std::optional<PopupNote>& note, const std::optional<PopupAnswer>& answer)
+{
+    if (!answer || !answer->busAnswers) {
+        return Unknown("the session bus does not answer");
+    }
+    PopupStatus popups;
+    if (answer->daemon.empty()) {
+        popups.state = State::kShown;
+        popups.why = "no notification daemon runs on the session bus";
+        return popups;
+    }
+    popups.service = answer->product.empty() ? answer->daemon : answer->product;
+    if (!answer->daemonAnswers) {
+        popups.why = "the notification daemon " + popups.service + " does not answer";
+        return popups;
+    }
+    popups.state = StateOf(note, *answer);
+    if (popups.state == State::kHeldBack || popups.state == State::kLeftOver) {
+        popups.pid = note->record.pid;
+    }
+    return popups;
+}
+
+PopupStatus CollectPopups()
+{
+    if (desktop::SessionBusAddress().empty()) {
+        return Unknown("no session bus");
+    }
+    const std::optional<PopupNote> note = ReadNote();
+    try {
+        const std::optional<std::string> text = AskWithin(kPatience, [] { return ToText(AskSessionBus()); });
+        return PopupsFrom(note, text ? std::optional(FromText(*text)) : std::nullopt);
+    } catch (const std::system_error& error) {
+        return Unknown("cannot ask the session bus: " + error.code().message());
+    }
+}
+
+} // namespace status

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Diagnostics/Status/PopupAnswer.h"
+#include "Platform/desktop/bus/PopupRecord.h"
+
+namespace status {
+
+/// Whether popups are held back, and by whom.
+struct PopupStatus {
+    enum class State {
+        kUnknown,
+        kShown,    ///< nothing holds them back
+        kHeldBack, ///< for the application
+        kLeftOver, ///< for one that was killed; the next one that ends in order gives them back
+        kForeign,  ///< not for the application: somebody else paused the daemon
+    };
+
+    State state = State::kUnknown;
+    std::string service; ///< the notification daemon; empty: none is known. Not escaped
+    pid_t pid = 0;       ///< who asked for it, as its record says; 0: nobody did
+    std::string why;     ///< why it is not known, or why nothing holds them back; may be empty
+};
+
+/// "held-back" and so on, for programs.
+std::string NameOf(PopupStatus::State state);
+
+/// What the application noted when it held popups back.
+struct PopupNote {
+    desktop::PopupRecord record;
+    bool alive = false; ///< the process that wrote it
+};
+
+/// `answer`: none came in time.
+PopupStatus PopupsFrom(const std::optional<PopupNote>& note, const std::optional<PopupAnswer>& answer);
+
+/// Starts no bus and no daemon, and waits a few seconds at the most.
+PopupStatus CollectPopups();
+
+} // namespace status

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Diagnostics/Status/Report.h"
+#include "Diagnostics/Status/Verdict.h"
+
+namespace status {
+
+/// One screen of text, fit for a terminal.
+std::string RenderText(const Report& report, const std::vector<Reason>& reasons);
+
+/// One document of Docs/schemas/status.schema.json.
+std::string RenderJson(const Report& report, const std::vector<Reason>& reasons);
+
+} // namespace status

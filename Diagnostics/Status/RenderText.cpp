@@ -1,0 +1,90 @@
+#include "Diagnostics/Status/Render.h"
+
+#include "Diagnostics/Programme/ProgrammeText.h"
+#include "Diagnostics/Status/Wording.h"
+#include "Diagnostics/Text/TerminalText.h"
+
+namespace status {
+
+namespace {
+
+constexpr std::size_t kLabelWidth = 13;
+constexpr std::size_t kPeriodsShown = 5;
+
+class Screen {
+public:
+    /// Without a label the line goes on with what the line above is about.
+    void Add(const std::string& label, const std::string& text)
+    {
+        text_ += label + std::string(kLabelWidth - label.size(), ' ') + EscapedForTerminal(text) + '\n';
+    }
+
+    void AddPlain(const std::string& text) { text_ += EscapedForTerminal(text) + '\n'; }
+
+    std::string Take() { return std::move(text_); }
+
+private:
+    std::string text_;
+};
+
+void AddApplication(const Report& report, Screen& screen)
+{
+    screen.Add("Application", ApplicationText(report));
+    for (const ToolKey& key : report.application.toolKeys) {
+        screen.Add("", ToolKeyText(key));
+    }
+    const std::string others = OtherFailedKeys(report.application);
+    if (!others.empty()) {
+        screen.Add("", "taken by other programs, wholly or in part: " + others);
+    }
+}
+
+void AddContent(const Report& report, Screen& screen)
+{
+    const readiness::Report& content = report.content;
+    const bool loaded = content.schedule.state == readiness::DocumentState::kLoaded;
+    screen.Add("Constants", ConstantsText(content.constants));
+    screen.Add("Schedules", content.schedule.directory);
+    screen.Add("Schedule", ScheduleText(report));
+    screen.Add("Media", content.contents.directory);
+    screen.Add("Contents", loaded ? ContentsText(content.contents) : "unknown without a schedule");
+}
+
+void AddProgramme(const Report& report, Screen& screen)
+{
+    if (report.content.schedule.state != readiness::DocumentState::kLoaded) {
+        screen.Add("Now", "unknown without a schedule");
+        return;
+    }
+    const schedule::Programme now = ProgrammeNow(report);
+    for (std::size_t index = 0; index < now.active.size() && index < kPeriodsShown; ++index) {
+        screen.Add(index == 0 ? "Now" : "", PeriodText(now.active[index]));
+    }
+    if (now.active.empty()) {
+        screen.Add("Now", "nothing: " + Describe(*now.silence));
+    } else if (now.active.size() > kPeriodsShown) {
+        screen.Add("", std::to_string(now.active.size() - kPeriodsShown) + " more periods at the same time");
+    }
+    screen.Add("Next", now.next ? ChangeText(*now.next, ProgrammeAfter(report, *now.next)) : DescribeNext(now));
+}
+
+} // namespace
+
+std::string RenderText(const Report& report, const std::vector<Reason>& reasons)
+{
+    Screen screen;
+    screen.Add("Setting", SettingText(report.setting));
+    AddApplication(report, screen);
+    screen.Add("Popups", PopupsText(report.popups));
+    AddContent(report, screen);
+    screen.Add("Clock", ClockText(report));
+    AddProgramme(report, screen);
+    screen.AddPlain("");
+    screen.AddPlain(reasons.empty() ? "Nothing stands in the way." : "What stands in the way:");
+    for (const Reason& reason : reasons) {
+        screen.AddPlain("- " + reason.text);
+    }
+    return screen.Take();
+}
+
+} // namespace status

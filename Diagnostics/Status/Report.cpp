@@ -1,0 +1,31 @@
+#include "Diagnostics/Status/Report.h"
+
+#include <cstdlib>
+
+namespace status {
+
+Report Collect(const std::string& constants)
+{
+    Report report;
+    report.applicationId = PLATFORM_APP_ID;
+    report.setting = CollectSetting();
+    report.application = CollectApplication();
+    report.popups = CollectPopups();
+    report.clock = schedule::ReadClock();
+    const char* zone = std::getenv("TZ");
+    report.zoneVariable = zone != nullptr ? zone : "";
+    report.content = readiness::Check(constants, report.clock.now.day);
+    return report;
+}
+
+schedule::Programme ProgrammeNow(const Report& report)
+{
+    return schedule::ProgrammeAt(report.content.schedule.policy, report.clock.now);
+}
+
+schedule::Programme ProgrammeAfter(const Report& report, const schedule::Change& change)
+{
+    return schedule::ProgrammeAt(report.content.schedule.policy, {report.clock.now.day, change.second});
+}
+
+} // namespace status

@@ -1,0 +1,107 @@
+#include "Diagnostics/Status/TimeLimit.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/time.h>
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <system_error>
+#include <unistd.h>
+
+#include "Platform/desktop/base/FileDescriptor.h"
+
+namespace status {
+
+namespace {
+
+[[noreturn]] void ThrowErrno(const char* what)
+{
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+void EndThisProcessAfter(std::chrono::milliseconds limit)
+{
+    // Whoever started us may have ignored or blocked the signal.
+    std::signal(SIGALRM, SIG_DFL);
+    sigset_t alarm;
+    sigemptyset(&alarm);
+    sigaddset(&alarm, SIGALRM);
+    sigprocmask(SIG_UNBLOCK, &alarm, nullptr);
+    itimerval timer{};
+    timer.it_value.tv_sec = static_cast<time_t>(limit.count() / 1000);
+    timer.it_value.tv_usec = static_cast<suseconds_t>(limit.count() % 1000 * 1000);
+    setitimer(ITIMER_REAL, &timer, nullptr);
+}
+
+bool WriteAll(int descriptor, std::string_view text)
+{
+    while (!text.empty()) {
+        const ssize_t count = write(descriptor, text.data(), text.size());
+        if (count < 0 && errno != EINTR) {
+            return false;
+        }
+        text.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+std::string ReadAll(int descriptor)
+{
+    std::string text;
+    std::array<char, 4096> part;
+    for (;;) {
+        const ssize_t count = read(descriptor, part.data(), part.size());
+        if (count > 0) {
+            text.append(part.data(), static_cast<std::size_t>(count));
+        } else if (count == 0 || errno != EINTR) {
+            return text;
+        }
+    }
+}
+
+[[noreturn]] void Answer(int descriptor, std::chrono::milliseconds limit, const std::function<std::string()>& question)
+{
+    EndThisProcessAfter(limit);
+    bool answered = false;
+    try {
+        answered = WriteAll(descriptor, question());
+    } catch (...) { // NOLINT(bugprone-empty-catch): the exit code tells
+    }
+    _exit(answered ? 0 : 1);
+}
+
+} // namespace
+
+std::optional<std::string> AskWithin(std::chrono::milliseconds limit, const std::function<std::string()>& question)
+{
+    int ends[2] = {-1, -1};
+    if (pipe2(ends, O_CLOEXEC) == -1) {
+        ThrowErrno("pipe");
+    }
+    const desktop::FileDescriptor readEnd(ends[0]);
+    pid_t child = -1;
+    {
+        const desktop::FileDescriptor writeEnd(ends[1]);
+        child = fork();
+        if (child == 0) {
+            Answer(writeEnd.Get(), limit, question);
+        }
+        if (child == -1) {
+            ThrowErrno("fork");
+        }
+    }
+    // The child's end of the pipe closes with the child at the latest.
+    std::string text = ReadAll(readEnd.Get());
+    int result = 0;
+    while (waitpid(child, &result, 0) == -1 && errno == EINTR) {
+    }
+    if (!WIFEXITED(result) || WEXITSTATUS(result) != 0) {
+        return std::nullopt;
+    }
+    return text;
+}
+
+} // namespace status

@@ -1,0 +1,178 @@
+#include "Diagnostics/Status/Wording.h"
+
+#include <algorithm>
+
+#include "Diagnostics/Programme/ProgrammeText.h"
+#include "Diagnostics/Readiness/Words.h"
+
+namespace status {
+
+namespace {
+
+using readiness::Counted;
+using readiness::Quoted;
+
+constexpr std::size_t kLongestValue = 40;
+constexpr std::size_t kFilesShown = 5;
+
+std::string FilesText(const std::vector<const _VQMContentInfo*>& files)
+{
+    if (files.empty()) {
+        return "no files";
+    }
+    std::string text;
+    for (std::size_t index = 0; index < std::min(files.size(), kFilesShown); ++index) {
+        text += (index == 0 ? "" : ", ") + files[index]->strName;
+    }
+    return files.size() > kFilesShown ? text + " and " + std::to_string(files.size() - kFilesShown) + " more" : text;
+}
+
+bool IsToolKey(const ApplicationStatus& application, const std::string& name)
+{
+    return std::any_of(application.toolKeys.begin(), application.toolKeys.end(),
+                       [&](const ToolKey& key) { return key.name == name; });
+}
+
+} // namespace
+
+std::string SettingText(const SettingStatus& setting)
+{
+    const std::string state = setting.enabled ? "on" : "off";
+    if (!setting.problem.empty()) {
+        return state + "; " + setting.problem;
+    }
+    if (!setting.stored) {
+        return state + "; nothing is stored in " + setting.file;
+    }
+    if (!IsStrange(setting)) {
+        return state + "; stored in " + setting.file;
+    }
+    std::string value = setting.stored->substr(0, kLongestValue);
+    value += value.size() < setting.stored->size() ? "..." : "";
+    return state + "; " + setting.file + " holds " + Quoted(value) + ", expected 0 or 1";
+}
+
+std::string ApplicationText(const Report& report)
+{
+    using State = ApplicationStatus::State;
+    const ApplicationStatus& application = report.application;
+    const std::string display = "display " + Quoted(application.display);
+    switch (application.state) {
+    case State::kNoDisplay:
+        return "unknown: DISPLAY is not set";
+    case State::kUnreachable:
+        return "unknown: cannot open " + display;
+    case State::kSilent:
+        return "unknown: " + display + " does not answer";
+    case State::kNotAsked:
+        return "unknown: cannot ask " + display + ": " + application.problem;
+    case State::kNotRunning:
+        return report.applicationId + " does not run on " + display;
+    case State::kRunning:
+        break;
+    }
+    return report.applicationId + " runs on " + display + " as process " + std::to_string(application.pid) +
+           " and holds " + Counted(application.heldKeys.size(), "key");
+}
+
+std::string ToolKeyText(const ToolKey& key)
+{
+    switch (key.grip) {
+    case Grip::kHeld:
+        return key.name + " is held";
+    case Grip::kPartly:
+        return key.name + " is held, but another program has it in combination with some modifier";
+    case Grip::kTaken:
+        return key.name + " is taken by another program";
+    case Grip::kFree:
+        return key.name + " is on this keyboard, and the application does not hold it";
+    case Grip::kAbsent:
+        break;
+    }
+    return key.name + " is not on this keyboard; 'vqmctl remote press " + key.name + "' puts it there";
+}
+
+std::string OtherFailedKeys(const ApplicationStatus& application)
+{
+    std::string text;
+    for (const std::string& name : application.failedKeys) {
+        if (!IsToolKey(application, name)) {
+            text += (text.empty() ? "" : ", ") + name;
+        }
+    }
+    return text;
+}
+
+std::string PopupsText(const PopupStatus& popups)
+{
+    using State = PopupStatus::State;
+    const std::string process = "process " + std::to_string(popups.pid);
+    switch (popups.state) {
+    case State::kUnknown:
+        return "unknown: " + popups.why;
+    case State::kShown:
+        return "not held back" + (popups.why.empty() ? " by " + popups.service : ": " + popups.why);
+    case State::kHeldBack:
+        return "held back by " + popups.service + " for " + process;
+    case State::kLeftOver:
+        return "held back by " + popups.service + ", left so by " + process +
+               ", which was killed; the application gives them back at its next end";
+    case State::kForeign:
+        break;
+    }
+    return "held back by " + popups.service + ", but not for the application";
+}
+
+std::string ConstantsText(const readiness::Constants& constants)
+{
+    const std::string* const name = constants.ScheduleFile();
+    const bool loaded = constants.state == readiness::DocumentState::kLoaded;
+    std::string text = constants.path + (loaded ? "" : " " + constants.problem);
+    if (name != nullptr) {
+        text += "; names " + Quoted(*name);
+    } else if (loaded) {
+        text += "; names no schedule";
+    }
+    return text;
+}
+
+std::string ScheduleText(const Report& report)
+{
+    const readiness::Schedule& schedule = report.content.schedule;
+    if (schedule.state == readiness::DocumentState::kLoaded) {
+        return schedule.path + "; parsed; expiration " +
+               schedule::DescribeExpiration(schedule.policy, report.clock.now.day);
+    }
+    return schedule.path == schedule.directory ? "unknown: nothing names it" : schedule.path + " " + schedule.problem;
+}
+
+std::string ContentsText(const readiness::Contents& contents)
+{
+    return std::to_string(contents.counting) + " of " + Counted(contents.files.size(), "content") + " there";
+}
+
+std::string ClockText(const Report& report)
+{
+    return schedule::DayText(report.clock.now.day) + " " + schedule::TimeText(report.clock.now.second) + " " +
+           ZoneText(report.clock) + (report.zoneVariable.empty() ? "" : ", as TZ=" + report.zoneVariable + " says");
+}
+
+std::string PeriodText(const schedule::ActivePeriod& period)
+{
+    const schedule::Span span = schedule::SpanOf(*period.period);
+    return schedule::TimeText(span.start) + " to " + schedule::TimeText(span.end) + ": " + FilesText(period.files);
+}
+
+std::string ChangeText(const schedule::Change& change, const schedule::Programme& then)
+{
+    std::string text = (change.tomorrow ? "tomorrow " : "") + schedule::TimeText(change.second) + ": ";
+    if (then.active.empty()) {
+        return text + "nothing";
+    }
+    for (const schedule::ActivePeriod& period : then.active) {
+        text += (&period == &then.active.front() ? "" : "; ") + FilesText(period.files);
+    }
+    return text;
+}
+
+} // namespace status

@@ -1,0 +1,40 @@
+#include "Diagnostics/Text/Json.h"
+
+#include <glib.h>
+
+#include "Diagnostics/Text/TerminalText.h"
+
+namespace {
+
+constexpr int kSchemaVersion = 1;
+constexpr int kIndent = 2;
+
+Json WithVersion(const Json& content)
+{
+    Json document = {{"schema_version", kSchemaVersion}};
+    document.update(content);
+    return document;
+}
+
+} // namespace
+
+std::string Utf8(const std::string& text)
+{
+    const bool isUtf8 = g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE;
+    return isUtf8 ? text : EscapedForTerminal(text);
+}
+
+Json TextOrNull(const std::string& text)
+{
+    return text.empty() ? Json(nullptr) : Json(Utf8(text));
+}
+
+std::string RenderJsonDocument(const Json& content)
+{
+    return WithVersion(content).dump(kIndent, ' ', true) + "\n";
+}
+
+std::string RenderJsonLine(const Json& content)
+{
+    return WithVersion(content).dump(-1, ' ', true) + "\n";
+}

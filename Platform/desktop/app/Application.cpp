@@ -1,0 +1,163 @@
+#include <vector>
+
+#include <app.h>
+#include <Ecore.h>
+#include <Ecore_X.h>
+
+#include "Platform/desktop/app/AppEvents.h"
+#include "Platform/desktop/app/RunningInstance.h"
+#include "Platform/desktop/app/ToolkitSetup.h"
+#include "Platform/desktop/app/XServerLoss.h"
+#include "Platform/desktop/base/PlatformLog.h"
+#include "Platform/desktop/x11/XConnection.h"
+
+namespace {
+
+using namespace desktop;
+
+constexpr int kFailure = -1;
+
+/// Whoever links this object's `ui_app_main` is an application with a window; other programs are
+/// spared the preparation.
+[[gnu::constructor]] void PrepareProcess()
+{
+    PrepareForToolkit();
+}
+
+/// The application's life between create and terminate. One exists, during `ui_app_main`.
+class Lifecycle {
+public:
+    Lifecycle(const ui_app_lifecycle_callback_s& callbacks, void* userData) : callbacks_(callbacks), userData_(userData)
+    {
+        running_ = this;
+        ListenForLaunchRequests(OnLaunch);
+        AddHandler(ECORE_EVENT_SIGNAL_EXIT, OnExitSignal);
+        // These types exist from the first window on. What covers the window does not count: it is
+        // there for the keys, and on a desktop there is nothing of it to see.
+        AddHandler(ECORE_X_EVENT_WINDOW_SHOW, OnShow);
+        AddHandler(ECORE_X_EVENT_WINDOW_HIDE, OnHide);
+    }
+
+    ~Lifecycle()
+    {
+        for (Ecore_Event_Handler* handler : handlers_) {
+            ecore_event_handler_del(handler);
+        }
+        ListenForLaunchRequests(nullptr);
+        running_ = nullptr;
+    }
+
+    Lifecycle(const Lifecycle&) = delete;
+    Lifecycle& operator=(const Lifecycle&) = delete;
+
+    void Run()
+    {
+        Launch();
+        ecore_main_loop_begin();
+        Pause();
+        if (callbacks_.terminate != nullptr) {
+            callbacks_.terminate(userData_);
+        }
+    }
+
+private:
+    void AddHandler(int type, Ecore_Event_Handler_Cb callback)
+    {
+        if (type != 0) {
+            handlers_.push_back(ecore_event_handler_add(type, callback, this));
+        }
+    }
+
+    void Launch()
+    {
+        if (callbacks_.app_control != nullptr) {
+            callbacks_.app_control(nullptr, userData_);
+        }
+    }
+
+    void Resume()
+    {
+        if (!resumed_ && callbacks_.resume != nullptr) {
+            callbacks_.resume(userData_);
+        }
+        resumed_ = true;
+    }
+
+    void Pause()
+    {
+        if (resumed_ && callbacks_.pause != nullptr) {
+            callbacks_.pause(userData_);
+        }
+        resumed_ = false;
+    }
+
+    static void OnLaunch() { running_->Launch(); }
+
+    static Eina_Bool OnExitSignal(void* /*data*/, int /*type*/, void* /*event*/)
+    {
+        ecore_main_loop_quit();
+        return ECORE_CALLBACK_PASS_ON;
+    }
+
+    static Eina_Bool OnShow(void* data, int /*type*/, void* /*event*/)
+    {
+        static_cast<Lifecycle*>(data)->Resume();
+        return ECORE_CALLBACK_PASS_ON;
+    }
+
+    static Eina_Bool OnHide(void* data, int /*type*/, void* /*event*/)
+    {
+        static_cast<Lifecycle*>(data)->Pause();
+        return ECORE_CALLBACK_PASS_ON;
+    }
+
+    static Lifecycle* running_;
+
+    const ui_app_lifecycle_callback_s& callbacks_;
+    void* userData_;
+    bool resumed_ = false;
+    std::vector<Ecore_Event_Handler*> handlers_;
+};
+
+Lifecycle* Lifecycle::running_ = nullptr;
+
+/// Before anything else of the platform is asked for: a second start must leave no trace.
+void EnterDisplay()
+{
+    BecomeTheInstance();
+    ExitWhenXServerIsLost();
+}
+
+} // namespace
+
+int ui_app_add_event_handler(app_event_handler_h* event_handler, app_event_type_e event_type, app_event_cb callback,
+                             void* user_data)
+{
+    EnterDisplay();
+    if (event_handler == nullptr || callback == nullptr || event_type < APP_EVENT_LOW_MEMORY ||
+        event_type > APP_EVENT_REGION_FORMAT_CHANGED) {
+        return kFailure;
+    }
+    *event_handler = AddAppEventHandler(event_type, callback, user_data);
+    return 0;
+}
+
+int ui_app_main(int /*argc*/, char** /*argv*/, ui_app_lifecycle_callback_s* callback, void* user_data)
+{
+    EnterDisplay();
+    if (callback == nullptr) {
+        return kFailure;
+    }
+    if (OwnDisplay() == nullptr) {
+        PLATFORM_LOG(DLOG_ERROR, "no X display: cannot open \"%s\" (DISPLAY), the application ends",
+                     XDisplayName(nullptr));
+        return kFailure;
+    }
+    if (callback->create != nullptr && !callback->create(user_data)) {
+        PLATFORM_LOG(DLOG_ERROR, "the application refused to be created");
+        return kFailure;
+    }
+    const AppEventSources events;
+    Lifecycle(*callback, user_data).Run();
+    return 0;
+}

@@ -1,0 +1,131 @@
+#include <keygrab.h>
+
+#include <cstdlib>
+#include <memory>
+#include <set>
+#include <string_view>
+
+#include <Ecore.h>
+#include <Ecore_X.h>
+#include <X11/XKBlib.h>
+
+#include "Platform/desktop/app/GrabbedKeys.h"
+#include "Platform/desktop/app/KeyWindow.h"
+#include "Platform/desktop/app/RunningInstance.h"
+#include "Platform/desktop/app/XServerLoss.h"
+#include "Platform/desktop/base/PlatformLog.h"
+#include "Platform/desktop/x11/KeyTable.h"
+
+static_assert(sizeof(GrabKey) == 12 && sizeof(GrabKeyList) == 2316, "callers allocate lists of this size");
+static_assert(GRAB_KEY_COUNT == desktop::kKeyIds);
+
+namespace {
+
+constexpr int kFailure = -1;
+constexpr int kFreeSlot = -1;
+
+/// The keys held for this process; null before the first registration.
+std::unique_ptr<desktop::GrabbedKeys>& HeldKeys()
+{
+    static std::unique_ptr<desktop::GrabbedKeys> keys;
+    return keys;
+}
+
+/// A person who wants to keep the media keys of a desktop limits the table to the tool keys.
+bool OnlyToolKeys()
+{
+    const char* keys = std::getenv("TV_REMOTE_KEYS");
+    return keys != nullptr && std::string_view(keys) == "tool";
+}
+
+std::set<int> KeysOf(const GrabKeyList& list, bool onlyToolKeys)
+{
+    std::set<int> keys;
+    for (const GrabKey& slot : list.keys) {
+        if (desktop::KeyName(slot.keyId) != nullptr && (!onlyToolKeys || desktop::IsToolKey(slot.keyId))) {
+            keys.insert(slot.keyId);
+        }
+    }
+    return keys;
+}
+
+void Publish()
+{
+    desktop::PublishKeys(HeldKeys()->HeldNames(), HeldKeys()->FailedNames());
+}
+
+Eina_Bool OnMappingChanged(void* /*data*/, int /*type*/, void* /*event*/)
+{
+    HeldKeys()->Renew();
+    Publish();
+    return ECORE_CALLBACK_PASS_ON;
+}
+
+void StartHolding(Display* display)
+{
+    // A held key then repeats as presses alone, and its one release is real.
+    XkbSetDetectableAutoRepeat(display, True, nullptr);
+    ecore_event_handler_add(ECORE_X_EVENT_MAPPING_CHANGE, OnMappingChanged, nullptr);
+    HeldKeys() = std::make_unique<desktop::GrabbedKeys>(display);
+}
+
+} // namespace
+
+int Grab_InitKeys(GrabKeyList* list)
+{
+    if (list == nullptr) {
+        return kFailure;
+    }
+    for (GrabKey& slot : list->keys) {
+        slot = {kFreeSlot, 0, 0};
+    }
+    return 0;
+}
+
+int Grab_AddKey(GrabKeyList* list, int keyId, unsigned int mode)
+{
+    if (list == nullptr || desktop::KeyName(keyId) == nullptr) {
+        return kFailure;
+    }
+    for (GrabKey& slot : list->keys) {
+        if (slot.keyId == kFreeSlot || slot.keyId == keyId) {
+            slot = {keyId, mode, 0};
+            return 0;
+        }
+    }
+    return kFailure;
+}
+
+int Grab_RegisterKeys(void* display, unsigned int window, GrabKeyList* list)
+{
+    if (display == nullptr || list == nullptr) {
+        return kFailure;
+    }
+    if (!desktop::DirectGrabbedKeysTo(window)) {
+        PLATFORM_LOG(DLOG_ERROR, "window 0x%x is none of the toolkit's: no keys are taken for it", window);
+        return kFailure;
+    }
+    desktop::ExitWhenXServerIsLost();
+    if (!HeldKeys()) {
+        StartHolding(static_cast<Display*>(display));
+    }
+    HeldKeys()->Add(KeysOf(*list, OnlyToolKeys()));
+    Publish();
+
+    int result = 0;
+    for (GrabKey& slot : list->keys) {
+        slot.result = HeldKeys()->GripOf(slot.keyId) == desktop::Grip::kWhole ? 0 : kFailure;
+        result = slot.result == 0 ? result : kFailure;
+    }
+    return result;
+}
+
+int UnGrab_RegisterKeys(void* display, unsigned int /*window*/, GrabKeyList* list)
+{
+    if (display == nullptr || list == nullptr || !HeldKeys()) {
+        return kFailure;
+    }
+    HeldKeys()->Remove(KeysOf(*list, false));
+    Publish();
+    return 0;
+}

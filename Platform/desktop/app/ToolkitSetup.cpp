@@ -1,0 +1,56 @@
+#include "Platform/desktop/app/ToolkitSetup.h"
+
+#include <cstdlib>
+#include <unistd.h>
+
+#include <Efreet.h>
+
+#include "Platform/desktop/app/OwnEnvironment.h"
+#include "Platform/desktop/base/PlatformLog.h"
+#include "Platform/desktop/bus/BusProbe.h"
+#include "Platform/desktop/x11/KeySymbols.h"
+
+namespace desktop {
+
+namespace {
+
+constexpr char kSystemBusAddress[] = "unix:path=/run/dbus/system_bus_socket";
+constexpr int kBusPatienceInMilliseconds = 250;
+
+bool SystemBusAnswers()
+{
+    const char* address = std::getenv("DBUS_SYSTEM_BUS_ADDRESS");
+    const bool given = address != nullptr && *address != '\0';
+    return BusAnswers(given ? address : kSystemBusAddress, kBusPatienceInMilliseconds);
+}
+
+bool NamesWritableFolder(const char* variable)
+{
+    const char* folder = std::getenv(variable);
+    return folder != nullptr && *folder != '\0' && access(folder, W_OK | X_OK) == 0;
+}
+
+} // namespace
+
+void PrepareForToolkit()
+{
+    if (!NamesWritableFolder("XDG_RUNTIME_DIR") && !NamesWritableFolder("HOME")) {
+        PLATFORM_LOG(DLOG_ERROR, "neither XDG_RUNTIME_DIR nor HOME names a folder that can be written: "
+                                 "the toolkit cannot start");
+        std::_Exit(EXIT_FAILURE);
+    }
+    // Keys come from X: neither another display server nor a virtual screen will do.
+    SetOwnVariable("ELM_DISPLAY", "x11");
+    SetOwnVariable("ELM_ENGINE", "software_x11");
+    if (std::getenv("ECORE_NO_SYSTEM_MODULES") == nullptr && !SystemBusAnswers()) {
+        // They would report the missing bus with hundreds of lines.
+        SetOwnVariable("ECORE_NO_SYSTEM_MODULES", "1");
+    }
+    // Else every start spawns efreetd and its cache builders.
+    efreet_cache_disable();
+    if (!AddToolKeySymbols()) {
+        PLATFORM_LOG(DLOG_WARN, "Xlib cannot be taught the tool keys' symbols: they will not be seen");
+    }
+}
+
+} // namespace desktop

@@ -1,0 +1,271 @@
+#include <dlog.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <charconv>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <new>
+#include <pthread.h>
+#include <string>
+#include <string_view>
+#include <unistd.h>
+
+#include "Platform/desktop/base/LogEscape.h"
+#include "Platform/desktop/base/LogOutput.h"
+#include "Platform/desktop/base/PlatformLog.h"
+
+namespace desktop {
+
+namespace {
+
+/// No line is below it.
+constexpr int kThresholdUnread = std::numeric_limits<int>::min();
+std::atomic<int> threshold{kThresholdUnread};
+
+bool IsBelowThreshold(int priority)
+{
+    return priority < threshold.load(std::memory_order_relaxed);
+}
+
+struct NamedLevel {
+    const char* name;
+    int level;
+};
+
+constexpr int kNothing = std::numeric_limits<int>::max();
+
+constexpr NamedLevel kLevels[] = {
+    {"debug", DLOG_DEBUG}, {"info", DLOG_INFO}, {"warn", DLOG_WARN}, {"error", DLOG_ERROR}, {"silent", kNothing},
+};
+
+/// For the process's first line; later ones find the result.
+void ReadThreshold()
+{
+    const char* wanted = std::getenv("DLOG_LEVEL");
+    int level = DLOG_DEBUG;
+    bool known = wanted == nullptr;
+    for (const NamedLevel& candidate : kLevels) {
+        if (wanted != nullptr && std::strcmp(wanted, candidate.name) == 0) {
+            level = candidate.level;
+            known = true;
+        }
+    }
+    int unread = kThresholdUnread;
+    if (threshold.compare_exchange_strong(unread, level) && !known) {
+        PLATFORM_LOG(DLOG_WARN, "DLOG_LEVEL is \"%s\"; expected debug, info, warn, error or silent: taking debug",
+                     wanted);
+    }
+}
+
+/// This process's id, kept: asking for it is a system call. Forgotten in a forked child.
+int OwnProcess()
+{
+    static std::atomic<int> kept{0};
+    static const int watched = pthread_atfork(nullptr, nullptr, [] { kept = 0; });
+    int process = kept.load(std::memory_order_relaxed);
+    if (process == 0 || watched != 0) {
+        process = static_cast<int>(getpid());
+        kept = process;
+    }
+    return process;
+}
+
+char Letter(int priority)
+{
+    constexpr std::string_view kLetters = "??VDIWEF";
+    const auto index = static_cast<std::size_t>(priority);
+    return index < kLetters.size() ? kLetters[index] : '?';
+}
+
+std::string_view Colour(int priority)
+{
+    switch (priority) {
+    case DLOG_INFO:
+        return "\x1b[32m";
+    case DLOG_WARN:
+        return "\x1b[33m";
+    case DLOG_ERROR:
+    case DLOG_FATAL:
+        return "\x1b[31m";
+    default:
+        return "\x1b[2m";
+    }
+}
+
+constexpr std::string_view kColoursOff = "\x1b[0m";
+
+/// One line under way: the head, "D/Tag( 1234): ", and the message right behind it.
+class Line {
+public:
+    Line(int priority, const char* tag) : priority_(priority), tag_(tag)
+    {
+        const char start[] = {Letter(priority), '/'};
+        AppendToHead(std::string_view(start, sizeof start));
+        AppendToHead(std::string_view(tag, strnlen(tag, kLongestTag)));
+        AppendProcess();
+    }
+
+    /// False: the message is longer than most, and `FormatWhole` must follow.
+    bool Format(const char* format, va_list arguments) __attribute__((format(printf, 2, 0)))
+    {
+        const std::size_t room = usual_.size() - head_;
+        const int length = std::vsnprintf(usual_.data() + head_, room, format, arguments);
+        if (length < 0) {
+            TakeUnformatted(format);
+            return true;
+        }
+        size_ = static_cast<std::size_t>(length);
+        return size_ < room;
+    }
+
+    void FormatWhole(const char* format, va_list arguments) __attribute__((format(printf, 2, 0)))
+    {
+        MakeWhole();
+        std::vsnprintf(whole_.get() + head_, size_ + 1, format, arguments);
+    }
+
+    int Write()
+    {
+        DropLineEnd();
+        if (NeedsEscape(std::string_view(Data(), head_ + size_)) || StandardErrorHasColours()) {
+            return WriteRemade();
+        }
+        if (StandardErrorIsJournal() && WriteToJournal(priority_, tag_, Message())) {
+            return static_cast<int>(size_);
+        }
+        Data()[head_ + size_] = '\n'; // in the place of the terminator
+        return WriteLine(std::string_view(Data(), head_ + size_ + 1));
+    }
+
+private:
+    static constexpr std::size_t kUsualLine = 512;
+    static constexpr std::size_t kLongestTag = 100;
+
+    /// "( 1234): "
+    void AppendProcess()
+    {
+        constexpr std::size_t kWidth = 5;
+        char digits[16];
+        const char* const end = std::to_chars(digits, digits + sizeof digits, OwnProcess()).ptr;
+        const std::string_view number(digits, static_cast<std::size_t>(end - digits));
+        AppendToHead("(");
+        for (std::size_t i = number.size(); i < kWidth; ++i) {
+            AppendToHead(" ");
+        }
+        AppendToHead(number);
+        AppendToHead("): ");
+    }
+
+    void AppendToHead(std::string_view part)
+    {
+        std::memcpy(usual_.data() + head_, part.data(), part.size());
+        head_ += part.size();
+    }
+
+    char* Data() { return whole_ != nullptr ? whole_.get() : usual_.data(); }
+    std::string_view Head() { return {Data(), head_}; }
+    std::string_view Message() { return {Data() + head_, size_}; }
+
+    void MakeWhole()
+    {
+        whole_ = std::make_unique<char[]>(head_ + size_ + 1);
+        std::memcpy(whole_.get(), usual_.data(), head_);
+    }
+
+    /// A message that cannot be formatted is still worth its format.
+    void TakeUnformatted(const char* format)
+    {
+        size_ = std::strlen(format);
+        MakeWhole();
+        std::memcpy(whole_.get() + head_, format, size_);
+    }
+
+    void DropLineEnd()
+    {
+        if (size_ > 0 && Message().back() == '\n') {
+            --size_;
+        }
+        if (size_ > 0 && Message().back() == '\r') {
+            --size_;
+        }
+    }
+
+    /// The line as it must be where its characters alone will not do.
+    int WriteRemade()
+    {
+        const std::string message = Escape(Message());
+        if (StandardErrorIsJournal() && WriteToJournal(priority_, Escape(tag_), message)) {
+            return static_cast<int>(message.size());
+        }
+        std::string line = Escape(Head()) + message;
+        if (StandardErrorHasColours()) {
+            line.insert(0, Colour(priority_)).append(kColoursOff);
+        }
+        line += '\n';
+        return WriteLine(line);
+    }
+
+    static int WriteLine(std::string_view line)
+    {
+        return WriteToStandardError(line) ? static_cast<int>(line.size()) : -1;
+    }
+
+    int priority_;
+    const char* tag_;
+    std::array<char, kUsualLine> usual_;
+    std::unique_ptr<char[]> whole_;
+    std::size_t head_ = 0;
+    std::size_t size_ = 0; ///< of the message
+};
+
+/// Kept out of `dlog_print`, where a dropped line's way is short.
+[[gnu::noinline]] __attribute__((format(printf, 3, 0))) int Print(int priority, const char* tag, const char* format,
+                                                                  va_list arguments)
+{
+    if (threshold.load(std::memory_order_relaxed) == kThresholdUnread) {
+        ReadThreshold();
+        if (IsBelowThreshold(priority)) {
+            return 0;
+        }
+    }
+    const int savedErrno = errno;
+    int result = -1;
+    try {
+        Line line(priority, tag != nullptr ? tag : "");
+        va_list again;
+        va_copy(again, arguments);
+        errno = savedErrno; // the format may hold a %m
+        if (!line.Format(format, arguments)) {
+            errno = savedErrno;
+            line.FormatWhole(format, again);
+        }
+        va_end(again);
+        result = line.Write();
+    } catch (const std::bad_alloc&) {
+        result = -1; // the line is lost, the program is not
+    }
+    errno = savedErrno;
+    return result;
+}
+
+} // namespace
+
+} // namespace desktop
+
+int dlog_print(log_priority prio, const char* tag, const char* fmt, ...)
+{
+    if (desktop::IsBelowThreshold(prio)) {
+        return 0;
+    }
+    va_list arguments;
+    va_start(arguments, fmt);
+    const int result = desktop::Print(prio, tag, fmt, arguments);
+    va_end(arguments);
+    return result;
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vconf.h>
+#include <vector>
+
+#include "Platform/desktop/base/SettingsStore.h"
+
+/// What a change callback receives.
+struct _keynode_t {
+    std::string name;
+    int number;
+};
+
+namespace desktop {
+
+/// The callbacks of one key, and the version of it that they have seen last. Main thread only.
+class SettingCallbacks {
+public:
+    explicit SettingCallbacks(std::string_view key) : key_(key) {}
+
+    const std::string& Key() const { return key_; }
+
+    /// What stands in the store when the first callback comes is no change.
+    void Add(vconf_callback_fn callback, void* userData);
+
+    /// Ends the oldest registration of the callback; false when there is none.
+    bool Remove(vconf_callback_fn callback);
+
+    /// Runs the callbacks if the key has another version than they saw last. One write can be
+    /// announced twice, and the announcement of a first write can come after a second one.
+    void Deliver();
+
+    /// No callback is left and none is running.
+    bool IsIdle() const { return registrations_.empty() && delivering_ == 0; }
+
+private:
+    struct Registration {
+        vconf_callback_fn callback;
+        void* userData;
+        unsigned long long number;
+    };
+
+    bool IsRegistered(unsigned long long number) const;
+
+    std::string key_;
+    SettingVersion seen_;
+    std::vector<Registration> registrations_;
+    unsigned long long lastNumber_ = 0;
+    int delivering_ = 0;
+};
+
+} // namespace desktop

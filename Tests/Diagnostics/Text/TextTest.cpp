@@ -1,0 +1,94 @@
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Diagnostics/Text/Json.h"
+#include "Diagnostics/Text/Table.h"
+#include "Diagnostics/Text/TerminalText.h"
+
+namespace {
+
+using Align = Table::Align;
+
+TEST(Table, ColumnsAreAsWideAsTheirWidestCell)
+{
+    Table table({Align::kRight, Align::kLeft, Align::kRight});
+    table.Add({"order", "id", "bytes", "file"});
+    table.Add({"1", "A1", "1048576", "intro.mp4"});
+    table.Add({"10", "long id", "2", "x"});
+    EXPECT_EQ(table.Text(), "order  id         bytes  file\n"
+                            "    1  A1       1048576  intro.mp4\n"
+                            "   10  long id        2  x\n");
+}
+
+TEST(Table, NoLineEndsInBlanks)
+{
+    Table table({Align::kLeft, Align::kRight});
+    table.Add({"name", ""});
+    table.Add({"", "1"});
+    table.Add({});
+    table.Add({"", "", "last"});
+    EXPECT_EQ(table.Text(2), "  name\n"
+                             "        1\n"
+                             "\n"
+                             "           last\n");
+    EXPECT_EQ(Table({Align::kLeft}).Text(4), "");
+}
+
+TEST(Table, WidthIsWhatATerminalShows)
+{
+    Table table({Align::kLeft});
+    table.Add({"caf\u00e9", "1"});
+    table.Add({"e\u0301", "2"});
+    table.Add({"\u65e5\u672c", "3"});
+    table.Add({"\x1b\xff", "4"});
+    EXPECT_EQ(table.Text(), "caf\u00e9      1\n"
+                            "e\u0301         2\n"
+                            "\u65e5\u672c      3\n"
+                            "\\x1b\\xff  4\n");
+}
+
+TEST(Terminal, WidthOfAText)
+{
+    EXPECT_EQ(WidthOnTerminal(""), 0U);
+    EXPECT_EQ(WidthOnTerminal("abc"), 3U);
+    EXPECT_EQ(WidthOnTerminal("\u00e9"), 1U);
+    EXPECT_EQ(WidthOnTerminal("\u65e5"), 2U);
+}
+
+TEST(Json, ADocumentSaysItsSchemaFirstAndKeepsItsOrder)
+{
+    EXPECT_EQ(RenderJsonDocument({{"z", 1}, {"a", {1, 2}}}), "{\n"
+                                                             "  \"schema_version\": 1,\n"
+                                                             "  \"z\": 1,\n"
+                                                             "  \"a\": [\n"
+                                                             "    1,\n"
+                                                             "    2\n"
+                                                             "  ]\n"
+                                                             "}\n");
+    EXPECT_EQ(RenderJsonDocument(Json::object()), "{\n  \"schema_version\": 1\n}\n");
+}
+
+/// A terminal may obey the control characters of its second range, and those are more than ASCII.
+TEST(Json, ADocumentIsAscii)
+{
+    EXPECT_EQ(RenderJsonDocument({{"text", "\x1b[31m\u009b\u00e9\U0001f3a5"}}),
+              "{\n  \"schema_version\": 1,\n  \"text\": \"\\u001b[31m\\u009b\\u00e9\\ud83c\\udfa5\"\n}\n");
+}
+
+TEST(Json, AnyTextBecomesUtf8)
+{
+    EXPECT_EQ(Utf8(""), "");
+    EXPECT_EQ(Utf8("caf\u00e9 \x1b"), "caf\u00e9 \x1b"); // escaped when it is rendered
+    EXPECT_EQ(Utf8("caf\xe9"), "caf\\xe9");
+    EXPECT_EQ(Utf8("\xed\xa0\x80"), "\\xed\\xa0\\x80"); // a surrogate
+    EXPECT_EQ(Utf8(std::string("a\0b", 3)), "a\\x00b");
+    std::string all;
+    for (int byte = 0; byte < 256; ++byte) {
+        all += static_cast<char>(byte);
+        EXPECT_EQ(Json::parse(RenderJsonDocument({{"text", Utf8(all)}}))["text"], Utf8(all));
+    }
+}
+
+} // namespace

@@ -1,0 +1,30 @@
+#include <memory>
+
+#include "Tools/CommandLine.h"
+#include "Tools/Commands/Commands.h"
+#include "Tools/Remote/RemoteKeys.h"
+#include "Tools/Remote/RemotePress.h"
+
+void AddRemoteCommands(CommandLine& line)
+{
+    CLI::App& group = line.AddGroup("remote", "A remote control for people without one");
+    line.AddCommand(group, "keys", "List the keys that the application holds", ListHeldKeys);
+
+    const auto options = std::make_shared<PressOptions>();
+    CLI::App& press = line.AddCommand(group, "press", "Press and release a key that the application holds",
+                                      [options] { return PressRemoteKey(*options); });
+    press.add_option("KEY", options->key, "The key's keysym name, such as XF86SimpleMenu or XF86More")->required();
+    press.add_option("--times", options->times, "How often to press it")
+        ->capture_default_str()
+        ->type_name("N")
+        ->check(CLI::Range(1, 10000));
+    press.add_option("--hold", options->holdMilliseconds, "How long to hold it down each time")
+        ->capture_default_str()
+        ->type_name("MS")
+        ->check(CLI::Range(0, 60000));
+    press.add_option("--wait", options->waitMilliseconds, "How long to wait for the application to hold it")
+        ->capture_default_str()
+        ->type_name("MS")
+        ->check(CLI::Range(0, 60000));
+    press.add_flag("--anyway", options->anyway, "Press it whoever receives it, held or not");
+}

@@ -1,0 +1,11 @@
+#include "Tools/Commands/ScheduleCommands.h"
+
+#include "Tools/Commands/Commands.h"
+
+void AddScheduleCommands(CommandLine& line)
+{
+    CLI::App& group = line.AddGroup("schedule", "Look into schedule documents");
+    AddScheduleShowCommand(line, group);
+    AddScheduleAtCommand(line, group);
+    AddScheduleLintCommand(line, group);
+}

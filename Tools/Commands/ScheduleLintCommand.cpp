@@ -1,0 +1,170 @@
+#include <ctime>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "Diagnostics/Lint/Lint.h"
+#include "Diagnostics/Lint/Render.h"
+#include "Diagnostics/Text/InputFile.h"
+#include "Diagnostics/Text/Suggestions.h"
+#include "Tools/CommandError.h"
+#include "Tools/Commands/ScheduleCommands.h"
+#include "Tools/Terminal/Terminal.h"
+
+namespace {
+
+struct Arguments {
+    std::vector<std::string> files;
+    std::string format = "human";
+    bool strict = false;
+    std::vector<std::string> ignored;
+    std::string day;
+};
+
+[[noreturn]] void RefuseValue(const std::string& option, const std::string& value,
+                              const std::vector<std::string>& known)
+{
+    const std::vector<std::string> close = Suggest(value, known);
+    std::string text = option + " '" + value + "' is unknown; ";
+    if (!close.empty()) {
+        text += "did you mean " + JoinWithOr(close) + "?";
+    } else {
+        text += "expected " + JoinWithOr(known);
+    }
+    throw CommandError(ExitCode::kUsage, text);
+}
+
+lint::Day Today()
+{
+    const std::time_t now = std::time(nullptr);
+    std::tm local = {};
+    localtime_r(&now, &local);
+    return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday};
+}
+
+lint::Options OptionsFrom(const Arguments& arguments)
+{
+    lint::Options options;
+    options.today = Today();
+    if (!arguments.day.empty()) {
+        const std::optional<lint::Day> day = lint::ParseDay(arguments.day);
+        if (!day) {
+            throw CommandError(ExitCode::kUsage, "--at '" + arguments.day + "' is no day; expected year-month-day");
+        }
+        options.today = *day;
+    }
+    for (const std::string& name : arguments.ignored) {
+        const std::optional<lint::Rule> rule = lint::FindRule(name);
+        if (!rule) {
+            RefuseValue("rule", name, lint::RuleNames());
+        }
+        options.ignored.insert(*rule);
+    }
+    return options;
+}
+
+lint::FileResult LintFile(const std::string& name, const lint::Options& options)
+{
+    lint::FileResult result{ShownName(name)};
+    try {
+        const InputFile input(name);
+        result.report =
+            lint::Lint([&input](char* buffer, std::size_t size) { return input.Read(buffer, size); }, options);
+    } catch (const std::system_error& error) {
+        result.error = error.code().message();
+    }
+    return result;
+}
+
+std::string Counted(std::uint64_t number, const std::string& what)
+{
+    return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
+}
+
+/// Prints as long as somebody reads.
+class Output {
+public:
+    void Write(const std::string& text)
+    {
+        if (!closed_ && !text.empty()) {
+            closed_ = !Print(text);
+        }
+    }
+
+private:
+    bool closed_ = false;
+};
+
+ExitCode Lint(const Arguments& arguments)
+{
+    const lint::Options options = OptionsFrom(arguments);
+    const bool json = arguments.format == "json";
+    const bool human = arguments.format == "human";
+    std::vector<lint::FileResult> results;
+    Output output;
+    lint::Counts counts;
+    bool failed = false;
+    for (const std::string& name : arguments.files) {
+        lint::FileResult result = LintFile(name, options);
+        const lint::Counts& found = result.report.counts;
+        counts.errors += found.errors;
+        counts.warnings += found.warnings;
+        counts.notes += found.notes;
+        if (!result.error.empty()) {
+            failed = true;
+            PrintError("cannot read '" + result.name + "': " + result.error);
+        }
+        if (json) {
+            results.push_back(std::move(result));
+            continue;
+        }
+        output.Write(human ? RenderHuman(result) : RenderOneline(result));
+        if (result.report.notKept > 0) {
+            PrintError(result.name + ": " + Counted(result.report.notKept, "further finding") + " not shown");
+        }
+    }
+    if (json) {
+        output.Write(RenderJson(results));
+    } else if (human && counts.errors + counts.warnings + counts.notes > 0) {
+        PrintError(Counted(counts.errors, "error") + ", " + Counted(counts.warnings, "warning") + ", " +
+                   Counted(counts.notes, "note"));
+    }
+    if (failed) {
+        return ExitCode::kCouldNotRun;
+    }
+    const bool bad = counts.errors + counts.warnings > 0 || (arguments.strict && counts.notes > 0);
+    return bad ? ExitCode::kFindings : ExitCode::kOk;
+}
+
+std::string CheckFormat(const std::string& format)
+{
+    const std::vector<std::string> known = {"human", "oneline", "json"};
+    for (const std::string& name : known) {
+        if (format == name) {
+            return "";
+        }
+    }
+    RefuseValue("format", format, known);
+}
+
+} // namespace
+
+void AddScheduleLintCommand(CommandLine& line, CLI::App& group)
+{
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::App& command = line.AddCommand(group, "lint", "Find what is wrong with schedule documents, and where",
+                                        [arguments] { return Lint(*arguments); });
+    command.add_option("file", arguments->files, "The documents; '-' is stdin")->required()->type_name("FILE");
+    command.add_option("--format", arguments->format, "human, oneline or json")
+        ->type_name("FORMAT")
+        ->check(CheckFormat, "");
+    command.add_flag("--strict", arguments->strict, "Notes count as findings too");
+    command.add_option("--ignore", arguments->ignored, "Find nothing by this rule; may be given again")
+        ->type_name("RULE")
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->take_all();
+    command.add_option("--at", arguments->day, "The day that expiration dates are compared with; today by default")
+        ->type_name("YEAR-MONTH-DAY");
+}

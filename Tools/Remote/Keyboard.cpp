@@ -1,0 +1,144 @@
+#include "Tools/Remote/Keyboard.h"
+
+#include <algorithm>
+#include <csignal>
+#include <memory>
+
+#include <X11/extensions/XTest.h>
+#include <X11/keysym.h>
+
+#include "Tools/CommandError.h"
+
+namespace {
+
+/// The server's keyboard mapping: a row of symbols for each keycode.
+class Mapping {
+public:
+    explicit Mapping(Display* display)
+    {
+        XDisplayKeycodes(display, &first_, &last_);
+        symbols_.reset(XGetKeyboardMapping(display, static_cast<KeyCode>(first_), last_ - first_ + 1, &width_));
+    }
+
+    int First() const { return first_; }
+    int Last() const { return last_; }
+
+    KeySym Plain(int code) const { return Row(code)[0]; }
+
+    bool IsSpare(int code) const
+    {
+        return std::all_of(Row(code), Row(code) + width_, [](KeySym symbol) { return symbol == NoSymbol; });
+    }
+
+private:
+    const KeySym* Row(int code) const { return symbols_.get() + static_cast<std::ptrdiff_t>(code - first_) * width_; }
+
+    struct Free {
+        void operator()(KeySym* symbols) const { XFree(symbols); }
+    };
+
+    int first_ = 0;
+    int last_ = 0;
+    int width_ = 0;
+    std::unique_ptr<KeySym, Free> symbols_;
+};
+
+/// Holds back the signals that end the program, and lets one through when it is over.
+class EndingSignalsHeldBack {
+public:
+    EndingSignalsHeldBack()
+    {
+        sigemptyset(&signals_);
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+            sigaddset(&signals_, signal);
+        }
+        pthread_sigmask(SIG_BLOCK, &signals_, &before_);
+    }
+
+    ~EndingSignalsHeldBack()
+    {
+        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+        if (seen_ > 0) {
+            std::raise(seen_);
+        }
+    }
+
+    EndingSignalsHeldBack(const EndingSignalsHeldBack&) = delete;
+    EndingSignalsHeldBack& operator=(const EndingSignalsHeldBack&) = delete;
+
+    /// False when a signal cut the wait short.
+    bool Wait(std::chrono::milliseconds time)
+    {
+        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
+        const std::chrono::nanoseconds rest = time - seconds;
+        const timespec timeout = {seconds.count(), static_cast<decltype(timespec::tv_nsec)>(rest.count())};
+        const int signal = sigtimedwait(&signals_, nullptr, &timeout);
+        seen_ = std::max(signal, 0);
+        return seen_ == 0;
+    }
+
+private:
+    sigset_t signals_ = {};
+    sigset_t before_ = {};
+    int seen_ = 0;
+};
+
+} // namespace
+
+Keyboard::Keyboard(Display* display) : display_(display)
+{
+    int event = 0;
+    int error = 0;
+    int major = 0;
+    int minor = 0;
+    if (XTestQueryExtension(display_, &event, &error, &major, &minor) == False) {
+        throw CommandError(ExitCode::kCouldNotRun, std::string("display '") + DisplayString(display_) +
+                                                       "' has no XTest extension, which presses keys");
+    }
+}
+
+KeyCode Keyboard::Find(KeySym symbol) const
+{
+    const Mapping mapping(display_);
+    for (int code = mapping.First(); code <= mapping.Last(); ++code) {
+        if (mapping.Plain(code) == symbol) {
+            return static_cast<KeyCode>(code);
+        }
+    }
+    return 0;
+}
+
+KeyCode Keyboard::PutOnSpareKeycode(KeySym symbol)
+{
+    const Mapping mapping(display_);
+    // From the end: the spare codes there are the ones least likely to have a key behind them.
+    for (int code = mapping.Last(); code >= mapping.First(); --code) {
+        if (mapping.IsSpare(code)) {
+            XChangeKeyboardMapping(display_, code, 1, &symbol, 1);
+            XSync(display_, False);
+            return static_cast<KeyCode>(code);
+        }
+    }
+    throw CommandError(ExitCode::kCouldNotRun, std::string("the keyboard of display '") + DisplayString(display_) +
+                                                   "' has no spare keycode left");
+}
+
+void Keyboard::Press(KeyCode code, int times, std::chrono::milliseconds hold)
+{
+    using std::chrono::milliseconds;
+    // A release and a press of the same millisecond are an automatic repeat to many programs.
+    const milliseconds pause = std::clamp(hold, milliseconds(2), milliseconds(50));
+
+    EndingSignalsHeldBack signals;
+    bool goOn = true;
+    for (int count = 0; count < times && goOn; ++count) {
+        if (count > 0 && !signals.Wait(pause)) {
+            break;
+        }
+        XTestFakeKeyEvent(display_, code, True, CurrentTime);
+        XSync(display_, False);
+        goOn = signals.Wait(hold);
+        XTestFakeKeyEvent(display_, code, False, CurrentTime);
+        XSync(display_, False);
+    }
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string_view>
+
+/// Writes data to stdout and flushes it, so that a reader sees each line at once.
+///
+/// Returns false when the reader has gone: that is no error, there is just nobody left to write
+/// for. Throws `CommandError` when the data cannot be written for any other reason.
+[[nodiscard]] bool Print(std::string_view data);
+
+/// Writes the line "vqmctl: <text>" to stderr. Control characters and bytes that are no UTF-8 are
+/// escaped, for `text` quotes what the user typed and what files hold.
+void PrintError(std::string_view text);
+
+/// The same for a note that may be empty: an empty one is not printed.
+void PrintNote(std::string_view note);
