@@ -47,6 +47,7 @@ std::vector<std::string> PlacesIn(std::string_view document)
 std::vector<RuleSection> RuleSections()
 {
     std::vector<RuleSection> sections;
+    std::string clean; // stands before the sections, for those that do not show their own
     std::ifstream file(VQM_LINT_RULES);
     std::string* block = nullptr;
     bool expectGood = false;
@@ -54,16 +55,22 @@ std::vector<RuleSection> RuleSections()
         if (line.rfind("### `", 0) == 0) {
             const std::size_t end = line.find('`', 5);
             sections.push_back({line.substr(5, end - 5), line.substr(end + 3, line.size() - end - 4), "", "", ""});
+            expectGood = false;
         } else if (line == "Bad:" || line == "Good:") {
             expectGood = line == "Good:";
-        } else if (line == "```xml" && !sections.empty()) {
-            block = expectGood ? &sections.back().good : &sections.back().bad;
+        } else if (line == "```xml") {
+            block = sections.empty() ? &clean : expectGood ? &sections.back().good : &sections.back().bad;
         } else if (line == "```text" && !sections.empty()) {
             block = &sections.back().output;
         } else if (line == "```") {
             block = nullptr;
         } else if (block != nullptr) {
             *block += WithZeroBytes(line) + "\n";
+        }
+    }
+    for (RuleSection& section : sections) {
+        if (section.good.empty()) {
+            section.good = clean;
         }
     }
     return sections;
