@@ -24,7 +24,7 @@ import time
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
-sys.path.insert(0, str(ROOT / "Tests/EndToEnd"))
+sys.path.insert(0, str(ROOT / "Tests/Support"))
 
 PAGE = os.sysconf("SC_PAGE_SIZE")
 APPLICATION, SXHKD, XBINDKEYS, XLIB, ELEMENTARY = (

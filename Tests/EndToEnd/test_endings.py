@@ -6,7 +6,7 @@ import time
 
 import pytest
 
-from desktop import APP_ID, BUILD, wait_until
+from desktop import APP_ID, BUILD, PATIENCE, wait_until
 
 ABORTS = {-signal.SIGABRT, -signal.SIGSEGV, -signal.SIGBUS, -signal.SIGILL}
 
@@ -14,7 +14,7 @@ ABORTS = {-signal.SIGABRT, -signal.SIGSEGV, -signal.SIGBUS, -signal.SIGILL}
 def ends_clearly(application, seconds=5):
     """Within the time, with a code that is not 0, and a last line of the platform's that says why."""
     started = time.monotonic()
-    code = application.process.wait(30)
+    code = application.process.wait(PATIENCE)
     assert time.monotonic() - started < seconds + 5
     assert code != 0
     assert code not in ABORTS, application.output()
@@ -101,7 +101,7 @@ def test_closed_standard_streams(desktop):
         atom = connection.intern_atom(APP_ID)
         wait_until(lambda: connection.get_selection_owner(atom), "it runs")
         process.terminate()
-        assert process.wait(30) == 0
+        assert process.wait(PATIENCE) == 0
     finally:
         process.kill()
         process.wait()

@@ -2,13 +2,13 @@
 
 import signal
 
-from desktop import APP_ID, TOOL_KEYS, children_of, is_running, wait_until
+from desktop import APP_ID, PATIENCE, TOOL_KEYS, children_of, is_running, wait_until
 
 
 def test_second_start_wakes_the_first_and_ends(desktop, keyboard):
     first = desktop.start_application("first")
     second = desktop.start_application("second", wait=False)
-    assert second.process.wait(30) == 0
+    assert second.process.wait(PATIENCE) == 0
     first.wait_for("_app_control() called end", 2)
     assert [line[2] for line in second.lines()] == ["VQMKeygrab main Start"], "neither popups nor keys were touched"
 

@@ -6,20 +6,20 @@ import time
 
 import pytest
 
-from desktop import wait_until
+from desktop import PATIENCE, wait_until
 from notifications import has_daemon, set_paused, start_dunst
 
 
 def paused(desktop):
     completed = subprocess.run(
-        ["dunstctl", "is-paused"], env=desktop.environment, capture_output=True, text=True, timeout=10
+        ["dunstctl", "is-paused"], env=desktop.environment, capture_output=True, text=True, timeout=PATIENCE
     )
     return {"true": True, "false": False}.get(completed.stdout.strip())
 
 
 def count(desktop, what):
     completed = subprocess.run(
-        ["dunstctl", "count", what], env=desktop.environment, capture_output=True, text=True, check=True, timeout=10
+        ["dunstctl", "count", what], env=desktop.environment, capture_output=True, text=True, check=True, timeout=PATIENCE
     )
     return int(completed.stdout)
 
@@ -78,7 +78,7 @@ def test_second_start_touches_nothing(bus):
     start_dunst(bus)
     first = bus.start_application("first")
     second = bus.start_application("second", wait=False)
-    assert second.process.wait(30) == 0
+    assert second.process.wait(PATIENCE) == 0
     assert paused(bus)
     assert first.stop() == 0
     assert paused(bus) is False
@@ -123,5 +123,5 @@ def test_popups_come_back_when_the_x_server_dies(bus, other_desktop):
     application = bus.start_application()
     assert paused(bus)
     bus.server.send_signal(signal.SIGKILL)
-    assert application.process.wait(30) != 0
+    assert application.process.wait(PATIENCE) != 0
     assert paused(bus) is False

@@ -10,7 +10,7 @@ import time
 
 import pytest
 
-from desktop import BUILD, SETTING_KEY, TOOL_KEYS, wait_until
+from desktop import BUILD, PATIENCE, SETTING_KEY, TOOL_KEYS, wait_until
 
 LARGE = 1 << 30
 
@@ -130,7 +130,7 @@ def namespace(desktop):
         unshare = ["unshare", "--mount"] if os.geteuid() == 0 else ["unshare", "--user", "--map-root-user", "--mount"]
         return subprocess.run(
             [*unshare, "sh", "-c", script, "sh", str(desktop.settings), str(BUILD / "bin/vqmctl")],
-            env=desktop.environment, capture_output=True, text=True, timeout=60,
+            env=desktop.environment, capture_output=True, text=True, timeout=2 * PATIENCE,
         )
 
     return run

@@ -9,7 +9,7 @@ import struct
 import termios
 
 import pytest
-from conftest import BUILD
+from home import BUILD, PATIENCE
 from shop import MEDIA, RECH, RES, Shop, validated
 
 SCHEDULE = f"{RECH}/schedule.xml"
@@ -341,7 +341,7 @@ class Watched:
 
     def end(self, signal_name="TERM"):
         self.do(f"kill -{signal_name} $1; while kill -0 $1; do sleep 0.05; done 2>$out/ignored; exit")
-        output, complaints = self.shell.communicate(timeout=60)
+        output, complaints = self.shell.communicate(timeout=2 * PATIENCE)
         assert complaints == ""
         return output
 
@@ -382,7 +382,7 @@ def test_watch_ends_with_its_reader_and_tells_the_last_verdict(shop):
     watch = shop.start("rm $media/logo.jpg; exec vqmctl check --watch --json")
     check_json(watch.stdout.readline())
     watch.stdout.close()
-    assert watch.wait(timeout=60) == 1
+    assert watch.wait(timeout=2 * PATIENCE) == 1
     assert watch.stderr.read() == ""
     watch.stdin.close()
 
@@ -391,5 +391,5 @@ def test_watch_ends_on_ctrl_c(shop):
     watch = shop.start("exec vqmctl check --watch --json")
     assert check_json(watch.stdout.readline())["verdict"]["ready"]
     watch.send_signal(signal.SIGINT)
-    assert watch.wait(timeout=60) == 0
+    assert watch.wait(timeout=2 * PATIENCE) == 0
     assert watch.stderr.read() == ""

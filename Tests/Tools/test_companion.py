@@ -6,7 +6,7 @@ import subprocess
 from pathlib import Path
 
 import pytest
-from conftest import APP_ID, BUILD, wait_until
+from home import APP_ID, BUILD, PATIENCE, wait_until
 from Xlib import X
 
 
@@ -46,7 +46,7 @@ def test_sigterm_ends_it_with_0_and_nothing_it_started_stays(companion):
     tasks = Path(f"/proc/{companion.pid}/task").iterdir()
     assert [(task / "children").read_text() for task in tasks if (task / "children").read_text()] == []
     companion.send_signal(signal.SIGTERM)
-    assert companion.wait(timeout=20) == 0
+    assert companion.wait(timeout=PATIENCE) == 0
 
 
 def test_a_second_start_raises_the_first_and_ends(home, screen, companion):
@@ -56,7 +56,7 @@ def test_a_second_start_raises_the_first_and_ends(home, screen, companion):
     screen.sync()
     assert root.query_tree().children[-1].id == cover.id
     second = home.start("VQMCompanion")
-    assert second.wait(timeout=20) == 0
+    assert second.wait(timeout=PATIENCE) == 0
     wait_until(lambda: root.query_tree().children[-1].id == window(screen).id, "the window is on top")
     assert companion.poll() is None
 
@@ -66,12 +66,12 @@ def test_leaving_keys_close_it(home, screen, companion, key):
     wait_until(lambda: screen.get_input_focus().focus == window(screen), "the window has the focus")
     wait_until(lambda: is_drawn(window(screen)), "the window is drawn")
     assert home.vqmctl("remote", "press", key, "--anyway").returncode == 0
-    assert companion.wait(timeout=20) == 0
+    assert companion.wait(timeout=PATIENCE) == 0
 
 
 def test_without_a_display_it_says_so(home):
     result = subprocess.run([BUILD / "bin/VQMCompanion"], env={**home.environment, "DISPLAY": ":4711"},
-                            capture_output=True, text=True, timeout=60)
+                            capture_output=True, text=True, timeout=2 * PATIENCE)
     assert (result.returncode, result.stderr) == (
         3, "VQMCompanion: cannot open the display that DISPLAY names\n")
 

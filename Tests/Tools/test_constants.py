@@ -6,8 +6,8 @@ import subprocess
 from pathlib import Path
 
 import pytest
-from conftest import BUILD
-from shop import ROOT, validated
+from home import BUILD, PATIENCE, ROOT
+from shop import validated
 
 GOOD = '<c><Data key="ScheduleFile" value="schedule.xml"/><Data key="Retries" value="3"/><Data key="Empty" value=""/></c>'
 BROKEN = '<c>\n<Data key="ScheduleFile" value="schedule.xml"/>\n<Data key="Retries" value="3"></c>'
@@ -21,7 +21,7 @@ def constants(home, tmp_path):
     def run(*arguments, stdin=b"", **streams):
         streams = streams or {"stdout": subprocess.PIPE}
         return subprocess.run([BUILD / "bin/vqmctl", "constants", *arguments], env=home.environment, cwd=tmp_path,
-                              input=stdin, stderr=subprocess.PIPE, timeout=60, **streams)
+                              input=stdin, stderr=subprocess.PIPE, timeout=2 * PATIENCE, **streams)
 
     run.folder = tmp_path
     return run

@@ -4,7 +4,7 @@ import os
 import signal
 
 import pytest
-from conftest import APP_ID, wait_until
+from home import APP_ID, PATIENCE, wait_until
 from Xlib import X, Xatom, display as xdisplay
 
 MORE = 0x1008FFF2
@@ -59,7 +59,7 @@ def test_a_key_that_the_keyboard_lacks_is_put_there_and_waited_for(home, holder)
     assert press.poll() is None
     assert holder.key_events() == []
     holder.hold(MORE, "XF86More")
-    assert press.wait(timeout=20) == 0
+    assert press.wait(timeout=PATIENCE) == 0
     assert holder.key_events() == 3 * [(X.KeyPress, code), (X.KeyRelease, code)]
     # The mapping stays, and the next press uses it.
     assert home.vqmctl("remote", "press", "XF86More").returncode == 0
@@ -102,7 +102,7 @@ def test_a_signal_does_not_leave_the_key_down(home, holder):
     press = home.start("vqmctl", "remote", "press", "a", "--anyway", "--hold", "60000")
     assert wait_until(holder.key_events, "the key is down")[0] == (X.KeyPress, code)
     press.send_signal(signal.SIGTERM)
-    assert press.wait(timeout=20) == -signal.SIGTERM
+    assert press.wait(timeout=PATIENCE) == -signal.SIGTERM
     # What a held key repeats may come first.
     assert wait_until(holder.key_events, "the key is up")[-1] == (X.KeyRelease, code)
 

@@ -7,8 +7,10 @@ from pathlib import Path
 import jsonschema
 import pytest
 
-VQMCTL = os.environ["VQMCTL"]
-DOCS = Path(os.environ["VQM_DOCS"])
+from home import BUILD, ROOT
+
+VQMCTL = str(BUILD / "bin/vqmctl")
+DOCS = ROOT / "Docs"
 
 GOOD = """<rsp state='ok'>
   <schedule start_time='09:00:00' end_time='18:00:00'>

@@ -11,8 +11,10 @@ from pathlib import Path
 import jsonschema
 import pytest
 
-VQMCTL = os.environ["VQMCTL"]
-DOCS = Path(os.environ["VQM_DOCS"])
+from home import BUILD, PATIENCE, ROOT
+
+VQMCTL = str(BUILD / "bin/vqmctl")
+DOCS = ROOT / "Docs"
 COMMANDS = ("show", "at")
 
 DOCUMENT = """<rsp state='ok'>
@@ -82,7 +84,7 @@ class Tool:
 
     def __call__(self, *arguments, stdin=b"", **options):
         return subprocess.run([VQMCTL, "schedule", *arguments], cwd=self.folder, env=self.environment, input=stdin,
-                              capture_output=True, timeout=120, **options)
+                              capture_output=True, timeout=4 * PATIENCE, **options)
 
     def json(self, command, *arguments, **options):
         """What a command prints with --json, held to its schema."""
@@ -325,7 +327,7 @@ def test_a_reader_that_has_gone_leaves_no_trace(tool, command, form):
     read, write = os.pipe()
     os.close(read)
     result = subprocess.run([VQMCTL, "schedule", command, *form, "schedule.xml"], cwd=tool.folder, env=tool.environment,
-                            stdout=write, stderr=subprocess.PIPE, timeout=60)
+                            stdout=write, stderr=subprocess.PIPE, timeout=2 * PATIENCE)
     os.close(write)
     assert (result.returncode, result.stderr) == (0, b"")
     process = subprocess.Popen([VQMCTL, "schedule", command, *form, "schedule.xml"], cwd=tool.folder,
@@ -340,7 +342,7 @@ def test_a_full_disk_is_told(tool, command):
     tool.write(DOCUMENT)
     with open("/dev/full", "wb") as full:
         result = subprocess.run([VQMCTL, "schedule", command, "schedule.xml"], cwd=tool.folder, env=tool.environment,
-                                stdout=full, stderr=subprocess.PIPE, timeout=60)
+                                stdout=full, stderr=subprocess.PIPE, timeout=2 * PATIENCE)
     assert (result.returncode, result.stderr) == (3, b"vqmctl: cannot write to stdout: No space left on device\n")
 
 
@@ -352,7 +354,7 @@ def test_what_is_huge_or_endless_ends_soon(tool, command):
     assert tool(command, "/dev/zero").stderr == b"vqmctl: cannot parse '/dev/zero': line 1, column 1: the document is empty\n"
     endless = subprocess.Popen(["yes", "<item/>"], stdout=subprocess.PIPE)
     result = subprocess.run([VQMCTL, "schedule", command, "-"], stdin=endless.stdout, env=tool.environment,
-                            capture_output=True, timeout=60)
+                            capture_output=True, timeout=2 * PATIENCE)
     endless.stdout.close()
     endless.wait()
     assert (result.returncode, result.stdout) == (3, b"")
@@ -377,7 +379,7 @@ def test_a_pipe_waits_for_its_writer_only_if_there_is_one(tool, command):
         time.sleep(0.05)
         os.write(write, byte.encode())
     os.close(write)
-    output, talk = process.communicate(timeout=60)
+    output, talk = process.communicate(timeout=2 * PATIENCE)
     assert (process.returncode, talk) == (0, b"")
     assert output.startswith(b"state              ok\n" if command == "show" else b"time   ")
 
@@ -385,5 +387,5 @@ def test_a_pipe_waits_for_its_writer_only_if_there_is_one(tool, command):
 @pytest.mark.parametrize("command", COMMANDS)
 def test_a_closed_stdin_is_told(tool, command):
     result = subprocess.run(["sh", "-c", 'exec "$0" schedule "$1" - <&-', VQMCTL, command], env=tool.environment,
-                            capture_output=True, timeout=60)
+                            capture_output=True, timeout=2 * PATIENCE)
     assert outcome(result) == (3, "", "vqmctl: cannot read '<stdin>': Bad file descriptor\n")

@@ -5,7 +5,7 @@ import signal
 import subprocess
 
 import pytest
-from conftest import BUILD
+from home import BUILD, PATIENCE
 
 
 @pytest.mark.parametrize("stored, state", [
@@ -51,7 +51,7 @@ def test_watch_prints_the_state_and_each_change_until_interrupted(home):
     home.setting.unlink()
     assert watch.stdout.readline() == "off\n"
     watch.send_signal(signal.SIGINT)
-    assert watch.communicate(timeout=20) == ("", "")
+    assert watch.communicate(timeout=PATIENCE) == ("", "")
     assert watch.returncode == 0
 
 
@@ -59,7 +59,7 @@ def test_watch_ends_quietly_when_its_reader_goes(home):
     watch = home.start("vqmctl", "setting", "watch", stdout=subprocess.PIPE, stderr=subprocess.PIPE)
     assert watch.stdout.readline() == "off\n"
     watch.stdout.close()
-    assert watch.wait(timeout=20) == 0
+    assert watch.wait(timeout=PATIENCE) == 0
     assert watch.stderr.read() == ""
 
 
@@ -67,7 +67,7 @@ def test_a_reader_that_has_gone_already_is_no_failure(home):
     read, write = os.pipe()
     os.close(read)
     result = subprocess.run([BUILD / "bin/vqmctl", "setting", "get"], env=home.environment, stdout=write,
-                            stderr=subprocess.PIPE, text=True, timeout=60)
+                            stderr=subprocess.PIPE, text=True, timeout=2 * PATIENCE)
     os.close(write)
     assert (result.returncode, result.stderr) == (0, "")
 
@@ -75,7 +75,7 @@ def test_a_reader_that_has_gone_already_is_no_failure(home):
 def test_a_full_disk_is_a_failure(home):
     with open("/dev/full", "w") as full:
         result = subprocess.run([BUILD / "bin/vqmctl", "setting", "get"], env=home.environment, stdout=full,
-                                stderr=subprocess.PIPE, text=True, timeout=60)
+                                stderr=subprocess.PIPE, text=True, timeout=2 * PATIENCE)
     assert (result.returncode, result.stderr) == (3, "vqmctl: cannot write to stdout: No space left on device\n")
 
 

@@ -3,8 +3,8 @@
 import re
 
 import pytest
-from conftest import APP_ID
-from shop import ROOT, Shop
+from home import APP_ID, ROOT
+from shop import Shop
 from test_check import FAULTS
 
 PAGE = ROOT / "Docs/troubleshooting.md"

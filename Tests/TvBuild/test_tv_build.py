@@ -4,15 +4,13 @@ import os
 import re
 import shlex
 import subprocess
-import sys
 from pathlib import Path
 from xml.etree import ElementTree
 
 import pytest
 from Xlib import X
 
-sys.path.insert(0, str(Path(__file__).parents[1] / "EndToEnd"))
-from desktop import APP_ID, BUILD, COMPANION_ID, TOOL_KEYS, Keyboard, new_desktop, wait_until  # noqa: E402
+from desktop import APP_ID, BUILD, COMPANION_ID, TOOL_KEYS, Keyboard, new_desktop, wait_until
 
 SOURCE = Path(__file__).parents[2]
 SDK = BUILD / "tv-sdk"

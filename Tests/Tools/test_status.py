@@ -7,16 +7,15 @@ import os
 import signal
 import socket
 import subprocess
-from pathlib import Path
 
 import jsonschema
 import pytest
 from Xlib import X
 
-from desktop import APP_ID, BUILD, PATIENCE, SETTING_KEY, TOOL_KEYS, Keyboard, new_desktop, wait_until
+from desktop import APP_ID, BUILD, PATIENCE, SETTING_KEY, TOOL_KEYS, Keyboard, new_desktop
+from home import ROOT
 from notifications import set_paused, start_dunst
 
-ROOT = Path(__file__).parents[2]
 VQMCTL = BUILD / "bin/vqmctl"
 SCHEMA = json.loads((ROOT / "Docs/schemas/status.schema.json").read_text())
 SAMPLE = ROOT / "Packaging/sample"

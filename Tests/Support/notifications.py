@@ -2,7 +2,7 @@
 
 import subprocess
 
-from desktop import wait_until
+from home import PATIENCE, wait_until
 
 
 def start_bus(desktop):
@@ -27,7 +27,7 @@ def has_daemon(desktop):
     completed = subprocess.run(
         ["dbus-send", "--session", "--print-reply=literal", "--dest=org.freedesktop.DBus", "/org/freedesktop/DBus",
          "org.freedesktop.DBus.NameHasOwner", "string:org.freedesktop.Notifications"],
-        env=desktop.environment, capture_output=True, text=True, check=True, timeout=10,
+        env=desktop.environment, capture_output=True, text=True, check=True, timeout=PATIENCE,
     )
     return "true" in completed.stdout
 

@@ -16,29 +16,15 @@ from pathlib import Path
 from Xlib import X, XK, display as xdisplay
 from Xlib.ext import xtest
 
-BUILD = Path(os.environ["VQM_BUILD_DIR"])
+from home import APP_ID, BUILD, PATIENCE, SETTING_KEY, Home, wait_until
+from xserver import XServer
+
 # The programs themselves; under emulation bin/ holds what starts them.
 EXECUTABLES = Path(os.environ.get("VQM_EXECUTABLES", BUILD / "bin"))
-APP_ID = os.environ.get("VQM_APP_ID", "org.quillmere.vqmkeygrab")
 COMPANION_ID = APP_ID + ".gui"
-SETTING_KEY = "db/menu/syncdemo/state"
 LANGUAGE_KEY = "db/menu_widget/language"
 # The tool keys' symbols have no number in the X headers; these are the desktop's.
 TOOL_KEYS = {"XF86SimpleMenu": 0x1008FFF1, "XF86More": 0x1008FFF2}
-# A loaded machine is slow, not wrong.
-PATIENCE = float(os.environ.get("VQM_TEST_PATIENCE", "30"))
-
-
-def wait_until(condition, what, timeout=PATIENCE):
-    """Returns the condition's first true value."""
-    deadline = time.monotonic() + timeout
-    while True:
-        value = condition()
-        if value:
-            return value
-        if time.monotonic() > deadline:
-            raise AssertionError(f"did not happen within {timeout} s: {what}")
-        time.sleep(0.02)
 
 
 def children_of(pid):
@@ -137,45 +123,20 @@ class Desktop:
         self.programs = []
         self.cleanup = contextlib.ExitStack()
         self.home = self.root / "home"
-        self.runtime = self.root / "run"
+        self._home = Home(self.home, self.root / "run", self.home / ".config")
+        self.runtime, self.settings = self._home.runtime, self._home.settings
         self.data = self.home / ".local/share"
-        self.settings = self.home / ".config/tvsettings"
-        for directory in (self.home, self.runtime, self.data / "applications"):
-            directory.mkdir(parents=True)
-        self.runtime.chmod(0o700)
-        self._start_server(width, height)
-        self.environment = {
-            "PATH": os.environ["PATH"],
-            "HOME": str(self.home),
+        (self.data / "applications").mkdir(parents=True)
+        x_server = XServer(self.root / "xvfb.log", width, height)
+        self.cleanup.callback(x_server.stop)
+        self.server, self.stop_server, self.display_name = x_server.process, x_server.stop, x_server.display
+        self.environment = self._home.environment
+        self.environment.update({
             "DISPLAY": self.display_name,
-            "XDG_RUNTIME_DIR": str(self.runtime),
-            "XDG_CONFIG_HOME": str(self.home / ".config"),
             "XDG_DATA_HOME": str(self.data),
             "XDG_DATA_DIRS": "/usr/share",
             "LANG": "C.UTF-8",
-        }
-        for name, value in os.environ.items():
-            if name.endswith("SAN_OPTIONS"):
-                self.environment[name] = value
-
-    def _start_server(self, width, height):
-        read_end, write_end = os.pipe()
-        self.server = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(write_end), "-noreset", "-screen", "0", f"{width}x{height}x24"],
-            pass_fds=[write_end],
-            stderr=open(self.root / "xvfb.log", "wb"),
-            start_new_session=True,
-        )
-        self.cleanup.callback(self.stop_server)
-        os.close(write_end)
-        with os.fdopen(read_end) as pipe:
-            number = pipe.readline().strip()
-        assert number, "Xvfb did not start: " + (self.root / "xvfb.log").read_text()
-        self.display_name = ":" + number
-
-    def stop_server(self):
-        self.server.kill()
-        self.server.wait()
+        })
 
     def connect(self):
         """A connection to the X server, closed with the desktop."""
@@ -207,14 +168,7 @@ class Desktop:
         return application
 
     def vqmctl(self, *arguments, check=True, **environment):
-        completed = subprocess.run(
-            [BUILD / "bin/vqmctl", *arguments],
-            env={**self.environment, **environment},
-            stdin=subprocess.DEVNULL,
-            capture_output=True,
-            text=True,
-            timeout=PATIENCE,
-        )
+        completed = self._home.vqmctl(*arguments, **environment)
         if check:
             assert completed.returncode == 0, f"{arguments}: {completed.returncode}\n{completed.stderr}"
         return completed
@@ -222,9 +176,7 @@ class Desktop:
     # The settings store, as a person would edit it.
 
     def store(self, key, text):
-        path = self.settings / key
-        path.parent.mkdir(parents=True, exist_ok=True)
-        path.write_text(text)
+        self._home.store(text, key)
 
     def switch_on(self):
         self.store(SETTING_KEY, "1")

@@ -3,12 +3,11 @@
 import json
 import os
 import subprocess
-from pathlib import Path
 
 import jsonschema
-from conftest import APP_ID, BUILD
 
-ROOT = Path(__file__).parents[2]
+from home import APP_ID, BUILD, PATIENCE, ROOT
+
 RES = f"/opt/usr/apps/{APP_ID}/res"
 RECH = f"/opt/usr/apps/{APP_ID}/RECH"
 MEDIA = "/opt/data/demo_movie"
@@ -35,7 +34,7 @@ class Shop:
 
     def run(self, script, *options, **streams):
         streams = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **streams}
-        return subprocess.run(self.command(script, *options), env=self.environment, timeout=120, **streams)
+        return subprocess.run(self.command(script, *options), env=self.environment, timeout=4 * PATIENCE, **streams)
 
     def start(self, script, *options):
         return subprocess.Popen(self.command(script, *options), env=self.environment, stdin=subprocess.PIPE,
