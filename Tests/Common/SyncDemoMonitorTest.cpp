@@ -238,12 +238,12 @@ TEST_F(SyncDemoMonitor, PathsReplaceWhatWasThereAndEndInASlash)
     monitor->GetSyncDemoMediaPath(path);
     EXPECT_EQ(path, "/opt/data/demo_movie/");
     monitor->GetSyncDemoSchedulePath(path);
-    EXPECT_EQ(path, "/opt/usr/apps/org.quillmere.vqmkeygrab/RECH/");
+    EXPECT_EQ(path, "/opt/usr/apps/" VQM_APP_ID "/RECH/");
     EXPECT_THAT(Take(),
                 ElementsAre(kLog.Debug("GetSyncDemoMediaPath", "CVQMSyncDemoMonitor::GetSyncDemoMediaPath - "
                                                                "/opt/data/demo_movie/\n"),
                             kLog.Debug("GetSyncDemoSchedulePath", "CVQMSyncDemoMonitor::GetSyncDemoSchedulePath - "
-                                                                  "/opt/usr/apps/org.quillmere.vqmkeygrab/RECH/\n")));
+                                                                  "/opt/usr/apps/" VQM_APP_ID "/RECH/\n")));
 }
 
 TEST_F(SyncDemoMonitor, FreshInstanceHasNeitherScheduleNorContents)
@@ -287,7 +287,5 @@ TEST_F(SyncDemoMonitor, FailedConstructionLeavesTheLockFreeAndTheNextCallCreates
     EXPECT_NE(CVQMSyncDemoMonitor::GetInstance(), nullptr);
 }
 
-TEST_F(SyncDemoMonitor, DestructorIsVirtual)
-{
-    static_assert(std::has_virtual_destructor_v<CVQMSyncDemoMonitor>);
-}
+// `DestroyInstance` deletes derived monitors too.
+static_assert(std::has_virtual_destructor_v<CVQMSyncDemoMonitor>);

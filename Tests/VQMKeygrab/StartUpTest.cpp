@@ -196,14 +196,12 @@ TEST_F(StartUpTest, LifecycleCallbacksOnlyLogAndTerminationFlushesTheCaches)
     EXPECT_EQ(RunProgram(), 0);
 }
 
-TEST_F(StartUpTest, CallbackSetStartsWithCreateAndEndsWithAppControl)
-{
-    static_assert(offsetof(ui_app_lifecycle_callback_s, create) == 0);
-    static_assert(offsetof(ui_app_lifecycle_callback_s, terminate) == 1 * sizeof(void*));
-    static_assert(offsetof(ui_app_lifecycle_callback_s, pause) == 2 * sizeof(void*));
-    static_assert(offsetof(ui_app_lifecycle_callback_s, resume) == 3 * sizeof(void*));
-    static_assert(offsetof(ui_app_lifecycle_callback_s, app_control) == 4 * sizeof(void*));
-}
+// The TV's framework reads the callbacks in this order.
+static_assert(offsetof(ui_app_lifecycle_callback_s, create) == 0);
+static_assert(offsetof(ui_app_lifecycle_callback_s, terminate) == 1 * sizeof(void*));
+static_assert(offsetof(ui_app_lifecycle_callback_s, pause) == 2 * sizeof(void*));
+static_assert(offsetof(ui_app_lifecycle_callback_s, resume) == 3 * sizeof(void*));
+static_assert(offsetof(ui_app_lifecycle_callback_s, app_control) == 4 * sizeof(void*));
 
 class LanguageChange : public ApplicationTest {
 protected:

@@ -112,7 +112,6 @@ TEST(LintOddDocument, PassesOnWhatTheSourceThrows)
 
 TEST(LintOddDocument, EscapesWhatATerminalWouldObey)
 {
-    const std::string document = GoodDocumentWith("'A1'", "'A\x9b&#x9b;1'");
     const std::string broken = lint::RenderHuman({"a\x1b[31m\xff.xml", "", lint::Lint("<rsp>\x1b", TestOptions())});
     EXPECT_THAT(broken, HasSubstr("a\\x1b[31m\\xff.xml:1:6: error: not well-formed"));
     EXPECT_THAT(broken, HasSubstr("    <rsp>\\x1b\n         ^\n"));
