@@ -3,6 +3,7 @@
 #include <glib.h>
 #include <memory>
 #include <sys/stat.h>
+#include <utility>
 
 namespace desktop {
 
@@ -22,35 +23,17 @@ using Text = std::unique_ptr<char, Release>;
 using Texts = std::unique_ptr<char*, Release>;
 using KeyFile = std::unique_ptr<GKeyFile, Release>;
 
-/// Takes a GLib error over into a text.
-class ErrorText {
-public:
-    explicit ErrorText(std::string& text) : text_(text) {}
-    ErrorText(const ErrorText&) = delete;
-    ErrorText& operator=(const ErrorText&) = delete;
-    ~ErrorText()
-    {
-        const std::unique_ptr<GError, Release> error(error_);
-        if (error != nullptr) {
-            text_ = error->message;
-        }
-    }
-    operator GError**() { return &error_; }
-
-private:
-    std::string& text_;
-    GError* error_ = nullptr;
-};
+/// Takes a GLib error over.
+Problem ProblemOf(GError* error)
+{
+    const std::unique_ptr<GError, Release> owned(error);
+    return {error != nullptr ? error->message : "unknown error"};
+}
 
 std::string Value(GKeyFile* file, const char* key)
 {
     const Text value(g_key_file_get_string(file, kGroup, key, nullptr));
     return value != nullptr ? value.get() : "";
-}
-
-bool SameTime(const timespec& a, const timespec& b)
-{
-    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
 }
 
 std::string NameOf(GKeyFile* file)
@@ -99,16 +82,16 @@ void AppendExpanded(std::vector<std::string>& arguments, std::string_view argume
 
 /// The command line is split first and its field codes replaced afterwards, so nothing that an
 /// entry's name or path holds is taken for more than one argument.
-std::vector<std::string> ArgumentsOf(GKeyFile* file, const std::string& path, std::string& problem)
+Result<std::vector<std::string>> ArgumentsOf(GKeyFile* file, const std::string& path)
 {
     const std::string commandLine = Value(file, G_KEY_FILE_DESKTOP_KEY_EXEC);
     if (commandLine.empty()) {
-        problem = "no command line (Exec)";
-        return {};
+        return Problem{"no command line (Exec)"};
     }
     char** split = nullptr;
-    if (g_shell_parse_argv(commandLine.c_str(), nullptr, &split, ErrorText(problem)) == FALSE) {
-        return {};
+    GError* error = nullptr;
+    if (g_shell_parse_argv(commandLine.c_str(), nullptr, &split, &error) == FALSE) {
+        return ProblemOf(error);
     }
     const Texts owned(split);
     std::vector<std::string> arguments;
@@ -116,76 +99,26 @@ std::vector<std::string> ArgumentsOf(GKeyFile* file, const std::string& path, st
         AppendExpanded(arguments, *argument, file, path);
     }
     if (arguments.empty() || arguments.front().empty()) {
-        problem = "the command line (Exec) names no program";
-        return {};
+        return Problem{"the command line (Exec) names no program"};
     }
     return arguments;
 }
 
-std::string EntriesIn(std::string_view dataFolder)
-{
-    std::string path(dataFolder);
-    if (path.empty() || path.back() != '/') {
-        path += '/';
-    }
-    return path + "applications";
-}
-
-template <typename Visit>
-void ForEachFolder(Visit visit)
-{
-    visit(EntriesIn(g_get_user_data_dir()));
-    for (const char* const* folder = g_get_system_data_dirs(); *folder != nullptr; ++folder) {
-        visit(EntriesIn(*folder));
-    }
-}
-
 } // namespace
 
-bool EntryFile::operator==(const EntryFile& other) const
-{
-    return device == other.device && inode == other.inode && size == other.size && SameTime(modified, other.modified) &&
-           SameTime(changed, other.changed) && path == other.path;
-}
-
-std::optional<EntryFile> FindEntryFile(std::string_view id)
-{
-    std::optional<EntryFile> found;
-    std::string path;
-    ForEachFolder([&](const std::string& folder) {
-        if (found) {
-            return;
-        }
-        path.assign(folder).append("/").append(id).append(".desktop");
-        struct stat status {};
-        if (stat(path.c_str(), &status) == 0) {
-            found = EntryFile{path, status.st_dev, status.st_ino, status.st_size, status.st_mtim, status.st_ctim};
-        }
-    });
-    return found;
-}
-
-std::string EntryFolders()
-{
-    std::string all;
-    ForEachFolder([&all](const std::string& folder) { all.append(all.empty() ? "" : ", ").append(folder); });
-    return all;
-}
-
-std::optional<DesktopEntry> ReadEntry(const EntryFile& file, std::string& problem)
+Result<DesktopEntry> ReadEntry(const EntryFile& file)
 {
     struct stat status {};
     if (stat(file.path.c_str(), &status) == -1 || !S_ISREG(status.st_mode)) {
-        problem = "not a plain file";
-        return std::nullopt;
+        return Problem{"not a plain file"};
     }
     if (status.st_size > kLargestEntry) {
-        problem = "too large for a desktop entry";
-        return std::nullopt;
+        return Problem{"too large for a desktop entry"};
     }
     const KeyFile content(g_key_file_new());
-    if (g_key_file_load_from_file(content.get(), file.path.c_str(), G_KEY_FILE_NONE, ErrorText(problem)) == FALSE) {
-        return std::nullopt;
+    GError* error = nullptr;
+    if (g_key_file_load_from_file(content.get(), file.path.c_str(), G_KEY_FILE_NONE, &error) == FALSE) {
+        return ProblemOf(error);
     }
     DesktopEntry entry;
     entry.hidden = g_key_file_get_boolean(content.get(), kGroup, G_KEY_FILE_DESKTOP_KEY_HIDDEN, nullptr) != FALSE;
@@ -193,13 +126,13 @@ std::optional<DesktopEntry> ReadEntry(const EntryFile& file, std::string& proble
         return entry;
     }
     if (Value(content.get(), G_KEY_FILE_DESKTOP_KEY_TYPE) != G_KEY_FILE_DESKTOP_TYPE_APPLICATION) {
-        problem = "not an application's entry (Type)";
-        return std::nullopt;
+        return Problem{"not an application's entry (Type)"};
     }
-    entry.arguments = ArgumentsOf(content.get(), file.path, problem);
-    if (entry.arguments.empty()) {
-        return std::nullopt;
+    Result<std::vector<std::string>> arguments = ArgumentsOf(content.get(), file.path);
+    if (!arguments) {
+        return Problem{arguments.ProblemText()};
     }
+    entry.arguments = std::move(*arguments);
     entry.tryProgram = Value(content.get(), G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
     entry.workingFolder = Value(content.get(), G_KEY_FILE_DESKTOP_KEY_PATH);
     return entry;

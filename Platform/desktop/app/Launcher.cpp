@@ -2,45 +2,25 @@
 
 #include <aul.h>
 #include <cerrno>
-#include <csignal>
 #include <cstring>
-#include <fcntl.h>
 #include <glib.h>
 #include <new>
-#include <spawn.h>
+#include <optional>
+#include <string>
 #include <sys/stat.h>
 #include <system_error>
-#include <unistd.h>
-#include <utility>
-#include <vector>
 
-#include "Platform/desktop/app/OwnEnvironment.h"
+#include "Platform/desktop/app/EntryFile.h"
+#include "Platform/desktop/app/Spawn.h"
 #include "Platform/desktop/base/PlatformLog.h"
 
 namespace desktop {
 
 namespace {
 
-/// Longer than a tick of any file system's clock that counts in less than seconds.
-constexpr long kClockTickNanoseconds = 20'000'000;
-
-std::string ErrorText(int error)
-{
-    return std::generic_category().message(error);
-}
-
 bool IsValidId(const char* id)
 {
     return id != nullptr && id[0] != '\0' && id[0] != '.' && std::strchr(id, '/') == nullptr;
-}
-
-/// A file that was changed just now may be changed again without its times telling.
-bool HasSettled(const EntryFile& file)
-{
-    timespec now{};
-    clock_gettime(CLOCK_REALTIME, &now);
-    const long long age = (now.tv_sec - file.changed.tv_sec) * 1'000'000'000LL + (now.tv_nsec - file.changed.tv_nsec);
-    return age > kClockTickNanoseconds;
 }
 
 std::string FindProgram(const std::string& name)
@@ -51,58 +31,37 @@ std::string FindProgram(const std::string& name)
     return found;
 }
 
-/// How the child is to differ from this process.
-class ChildSetup {
-public:
-    explicit ChildSetup(const std::string& workingFolder)
-    {
-        posix_spawnattr_init(&attributes_);
-        sigset_t signals;
-        sigfillset(&signals);
-        posix_spawnattr_setsigdefault(&attributes_, &signals);
-        sigemptyset(&signals);
-        posix_spawnattr_setsigmask(&attributes_, &signals);
-        // A group of its own keeps a terminal's signals away. A session would too, but brings a
-        // scheduling group along, in which the program's first run waits behind all others.
-        posix_spawnattr_setpgroup(&attributes_, 0);
-        posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
-
-        posix_spawn_file_actions_init(&actions_);
-        posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDWR, 0);
-        posix_spawn_file_actions_adddup2(&actions_, STDIN_FILENO, STDOUT_FILENO);
-        posix_spawn_file_actions_adddup2(&actions_, STDIN_FILENO, STDERR_FILENO);
-        posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
-        if (!workingFolder.empty()) {
-            posix_spawn_file_actions_addchdir_np(&actions_, workingFolder.c_str());
-        }
-    }
-    ChildSetup(const ChildSetup&) = delete;
-    ChildSetup& operator=(const ChildSetup&) = delete;
-    ~ChildSetup()
-    {
-        posix_spawn_file_actions_destroy(&actions_);
-        posix_spawnattr_destroy(&attributes_);
-    }
-
-    const posix_spawnattr_t* Attributes() const { return &attributes_; }
-    const posix_spawn_file_actions_t* Actions() const { return &actions_; }
-
-private:
-    posix_spawnattr_t attributes_{};
-    posix_spawn_file_actions_t actions_{};
-};
-
-/// Returns 0 or the errno.
-int Spawn(const std::string& program, DesktopEntry& entry, pid_t& pid)
+int ReportNotStarted(const EntryCache::Entry& entry, int error)
 {
-    const ChildSetup setup(entry.workingFolder);
-    std::vector<char*> arguments;
-    for (std::string& argument : entry.arguments) {
-        arguments.push_back(argument.data());
+    const std::string& folder = entry.content.workingFolder;
+    struct stat status {};
+    const bool folderMissing = !folder.empty() && stat(folder.c_str(), &status) == -1;
+    PLATFORM_LOG(DLOG_ERROR, "%s: cannot start %s%s%s: %s", entry.path.c_str(), entry.program.c_str(),
+                 folderMissing ? " in " : "", folderMissing ? folder.c_str() : "",
+                 std::generic_category().message(error).c_str());
+    return kLaunchNotStarted;
+}
+
+int Start(EntryCache::Entry& entry)
+{
+    const DesktopEntry& content = entry.content;
+    if (!content.tryProgram.empty() && FindProgram(content.tryProgram).empty()) {
+        PLATFORM_LOG(DLOG_ERROR, "%s: not installed: no program %s (TryExec)", entry.path.c_str(),
+                     content.tryProgram.c_str());
+        return kLaunchNoProgram;
     }
-    arguments.push_back(nullptr);
-    return posix_spawn(&pid, program.c_str(), setup.Actions(), setup.Attributes(), arguments.data(),
-                       EnvironmentToHandOn().data());
+    pid_t pid = -1;
+    int error = entry.program.empty() ? ENOENT : Spawn(entry.program, content.arguments, content.workingFolder, pid);
+    // The program may have moved since it was found.
+    if (error == ENOENT || error == EACCES) {
+        entry.program = FindProgram(content.arguments.front());
+        if (entry.program.empty()) {
+            PLATFORM_LOG(DLOG_ERROR, "%s: program missing: %s", entry.path.c_str(), content.arguments.front().c_str());
+            return kLaunchNoProgram;
+        }
+        error = Spawn(entry.program, content.arguments, content.workingFolder, pid);
+    }
+    return error == 0 ? pid : ReportNotStarted(entry, error);
 }
 
 } // namespace
@@ -113,72 +72,21 @@ int Launcher::Launch(const char* id)
         PLATFORM_LOG(DLOG_ERROR, "not an application id: \"%s\"", id != nullptr ? id : "");
         return kLaunchBadId;
     }
-    std::optional<EntryFile> file = FindEntryFile(id);
+    const std::optional<EntryFile> file = FindEntryFile(id);
     if (!file) {
         PLATFORM_LOG(DLOG_ERROR, "no entry \"%s.desktop\" in %s", id, EntryFolders().c_str());
         return kLaunchNoEntry;
     }
-    if (!Knows(*file)) {
-        const int error = Take(std::move(*file));
-        if (error != 0) {
-            return error;
-        }
-    }
-    if (entry_.hidden) {
-        PLATFORM_LOG(DLOG_ERROR, "no entry \"%s.desktop\": %s hides it", id, file_.path.c_str());
-        return kLaunchNoEntry;
-    }
-    return Start();
-}
-
-bool Launcher::Knows(const EntryFile& file) const
-{
-    return settled_ && file == file_;
-}
-
-int Launcher::Take(EntryFile file)
-{
-    settled_ = false;
-    const bool settled = HasSettled(file); // asked before the content is read
-    std::string problem;
-    std::optional<DesktopEntry> entry = ReadEntry(file, problem);
+    const Result<EntryCache::Entry*> entry = entries_.Get(*file);
     if (!entry) {
-        PLATFORM_LOG(DLOG_ERROR, "%s: %s", file.path.c_str(), problem.c_str());
+        PLATFORM_LOG(DLOG_ERROR, "%s: %s", file->path.c_str(), entry.ProblemText().c_str());
         return kLaunchBadEntry;
     }
-    file_ = std::move(file);
-    entry_ = std::move(*entry);
-    program_.clear();
-    settled_ = settled;
-    return 0;
-}
-
-int Launcher::Start()
-{
-    if (!entry_.tryProgram.empty() && FindProgram(entry_.tryProgram).empty()) {
-        PLATFORM_LOG(DLOG_ERROR, "%s: not installed: no program %s (TryExec)", file_.path.c_str(),
-                     entry_.tryProgram.c_str());
-        return kLaunchNoProgram;
+    if ((*entry)->content.hidden) {
+        PLATFORM_LOG(DLOG_ERROR, "no entry \"%s.desktop\": %s hides it", id, file->path.c_str());
+        return kLaunchNoEntry;
     }
-    pid_t pid = -1;
-    int error = program_.empty() ? ENOENT : Spawn(program_, entry_, pid);
-    if (error == ENOENT || error == EACCES) {
-        program_ = FindProgram(entry_.arguments.front());
-        if (program_.empty()) {
-            PLATFORM_LOG(DLOG_ERROR, "%s: program missing: %s", file_.path.c_str(), entry_.arguments.front().c_str());
-            return kLaunchNoProgram;
-        }
-        error = Spawn(program_, entry_, pid);
-    }
-    if (error != 0) {
-        struct stat status {};
-        const bool folderMissing = !entry_.workingFolder.empty() && stat(entry_.workingFolder.c_str(), &status) == -1;
-        PLATFORM_LOG(DLOG_ERROR, "%s: cannot start %s%s%s: %s", file_.path.c_str(), program_.c_str(),
-                     folderMissing ? " in " : "", folderMissing ? entry_.workingFolder.c_str() : "",
-                     ErrorText(error).c_str());
-        return kLaunchNotStarted;
-    }
-    return pid;
+    return Start(**entry);
 }
 
 } // namespace desktop

@@ -1,19 +1,12 @@
 #pragma once
 
-#include <string>
-#include <string_view>
+#include "Platform/desktop/app/EntryCache.h"
 
-#include "Platform/desktop/app/DesktopEntry.h"
-
-/// Starts applications by their desktop entries.
-///
-/// A started program lives on its own: a process group of its own, the environment as this process
-/// found it, no descriptor and no signal setting of ours. Its standard streams are /dev/null: it
-/// may outlive us or write without end, and our output's reader must notice neither.
-/// The entry's Terminal and DBusActivatable are not looked at.
+/// Starts applications by their desktop entries; see Spawn.h for how a started program lives. The
+/// entry's Terminal and DBusActivatable are not looked at.
 namespace desktop {
 
-/// Why nothing was started.
+/// Why nothing was started. The values are what `aul_launch_app` returns.
 enum LaunchError {
     kLaunchBadId = -1,      ///< null, empty, or it would leave the entries' folders
     kLaunchNoEntry = -2,    ///< no desktop entry, or one that is hidden
@@ -22,7 +15,7 @@ enum LaunchError {
     kLaunchNotStarted = -5, ///< the system would not start it
 };
 
-/// Main thread only. An entry is parsed when it is new or has changed, not at each launch.
+/// Main thread only.
 class Launcher {
 public:
     /// Returns the pid, or a `LaunchError` after one line in the log that says which and why.
@@ -30,14 +23,7 @@ public:
     int Launch(const char* id);
 
 private:
-    bool Knows(const EntryFile& file) const;
-    int Take(EntryFile file);
-    int Start();
-
-    EntryFile file_; ///< of `entry_`
-    bool settled_ = false;
-    DesktopEntry entry_;
-    std::string program_; ///< where the entry's program was found last; empty: nowhere
+    EntryCache entries_;
 };
 
 } // namespace desktop
