@@ -7,6 +7,7 @@
 #include "Common/VQMConfig.h"
 #include "Companion/RaiseRequests.h"
 #include "Companion/SyncDemoWindow.h"
+#include "Platform/desktop/environment/ToolkitHome.h"
 #include "Platform/desktop/x11/Instance.h"
 #include "Platform/desktop/x11/XConnection.h"
 
@@ -22,6 +23,7 @@ void KeepQuiet()
     setenv("ECORE_NO_SYSTEM_MODULES", "1", 0);
     setenv("DLOG_LEVEL", "error", 0);
     efreet_cache_disable();
+    desktop::GiveToolkitWritableHome();
 }
 
 Eina_Bool OnSignal(void* /*data*/, int /*type*/, void* /*event*/)

@@ -14,7 +14,7 @@
 #include <unistd.h>
 
 #include "Platform/desktop/app/Launcher.h"
-#include "Platform/desktop/app/OwnEnvironment.h"
+#include "Platform/desktop/environment/OwnEnvironment.h"
 #include "Tests/Desktop/Fixtures.h"
 
 using fixtures::Eventually;

@@ -5,6 +5,7 @@
 #include <Ecore_X.h>
 
 #include "Platform/desktop/app/AppEvents.h"
+#include "Platform/desktop/app/CommandLine.h"
 #include "Platform/desktop/app/RunningInstance.h"
 #include "Platform/desktop/app/ToolkitSetup.h"
 #include "Platform/desktop/app/XServerLoss.h"
@@ -17,10 +18,15 @@ using namespace desktop;
 
 constexpr int kFailure = -1;
 
-/// Whoever links this object's `ui_app_main` is an application with a window; other programs are
-/// spared the preparation.
-[[gnu::constructor]] void PrepareProcess()
+/// Runs before `main`, whose steps are the product's and the same on every platform: what a desktop
+/// needs besides has its place here. A question on the command line is answered before anything of
+/// the toolkit starts, which would want a display.
+///
+/// A program that links this object's `ui_app_main` is an application with a window; other programs
+/// are spared the preparation. The C library passes constructor functions what `main` gets.
+[[gnu::constructor]] void PrepareProcess(int argc, char** argv)
 {
+    AnswerCommandLine(argc, argv);
     PrepareForToolkit();
 }
 

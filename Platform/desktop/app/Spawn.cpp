@@ -5,7 +5,7 @@
 #include <spawn.h>
 #include <unistd.h>
 
-#include "Platform/desktop/app/OwnEnvironment.h"
+#include "Platform/desktop/environment/OwnEnvironment.h"
 
 namespace desktop {
 

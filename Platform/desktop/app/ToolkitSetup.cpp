@@ -1,13 +1,13 @@
 #include "Platform/desktop/app/ToolkitSetup.h"
 
 #include <cstdlib>
-#include <unistd.h>
 
 #include <Efreet.h>
 
-#include "Platform/desktop/app/OwnEnvironment.h"
 #include "Platform/desktop/base/PlatformLog.h"
 #include "Platform/desktop/bus/BusProbe.h"
+#include "Platform/desktop/environment/OwnEnvironment.h"
+#include "Platform/desktop/environment/ToolkitHome.h"
 #include "Platform/desktop/x11/KeySymbols.h"
 
 namespace desktop {
@@ -24,12 +24,6 @@ bool SystemBusAnswers()
     return BusAnswers(given ? address : kSystemBusAddress, kBusPatienceInMilliseconds);
 }
 
-bool NamesWritableFolder(const char* variable)
-{
-    const char* folder = std::getenv(variable);
-    return folder != nullptr && *folder != '\0' && access(folder, W_OK | X_OK) == 0;
-}
-
 } // namespace
 
 void PrepareForToolkit()
@@ -39,6 +33,7 @@ void PrepareForToolkit()
                                  "the toolkit cannot start");
         std::_Exit(EXIT_FAILURE);
     }
+    GiveToolkitWritableHome();
     // Keys come from X: neither another display server nor a virtual screen will do.
     SetOwnVariable("ELM_DISPLAY", "x11");
     SetOwnVariable("ELM_ENGINE", "software_x11");

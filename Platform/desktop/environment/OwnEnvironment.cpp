@@ -1,4 +1,4 @@
-#include "Platform/desktop/app/OwnEnvironment.h"
+#include "Platform/desktop/environment/OwnEnvironment.h"
 
 #include <array>
 #include <cstdlib>
