@@ -4,6 +4,7 @@ import contextlib
 import datetime
 import json
 import os
+import shlex
 import signal
 import socket
 import subprocess
@@ -32,8 +33,11 @@ def noon():
 def run(desktop, *arguments, prepare=":", binary=False, **environment):
     """The command where the product finds a sample set, after a shell command has changed that."""
     variables = {**desktop.environment, "VQM_APP_ID": APP_ID, "TZ": noon(), **environment}
+    # The sandbox has settings of its own; here the desktop's are asked for.
+    folder = variables.get("XDG_CONFIG_HOME")
+    settings = "unset XDG_CONFIG_HOME" if folder is None else f"XDG_CONFIG_HOME={shlex.quote(folder)}"
     return subprocess.run(
-        [ROOT / "Scripts/sandbox", "sh", "-c", f'{prepare}\nexec "$0" status "$@"', VQMCTL, *arguments],
+        [ROOT / "Scripts/sandbox", "sh", "-c", f'{prepare}\n{settings}\nexec "$0" status "$@"', VQMCTL, *arguments],
         env={name: value for name, value in variables.items() if value is not None},
         stdin=subprocess.DEVNULL, capture_output=True, text=not binary, timeout=2 * PATIENCE,
     )

@@ -65,9 +65,3 @@ def test_the_page_explains_each_remark():
     assert sorted(explained) == sorted(told)
     source = (ROOT / "Diagnostics/Readiness/Remarks.cpp").read_text()
     assert told == set(re.findall(r'Add(?:Problem|Note)\(\s*"([a-z0-9-]+)"', source))
-
-
-def test_an_unknown_fault_is_answered_with_those_there_are(home):
-    result = Shop(home).run("echo never", "--broken", "sound")
-    assert (result.returncode, result.stdout) == (3, b"")
-    assert result.stderr == b"sandbox: there is no fault 'sound'; expected time, size or constants\n"
