@@ -89,7 +89,7 @@ std::string ToolKeyText(const ToolKey& key)
     case Grip::kAbsent:
         break;
     }
-    return key.name + " is not on this keyboard; 'vqmctl remote press " + key.name + "' puts it there";
+    return key.name + " is not on this keyboard; 'vqmctl remote press " + key.name + "' presses it";
 }
 
 std::string OtherFailedKeys(const ApplicationStatus& application)

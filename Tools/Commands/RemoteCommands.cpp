@@ -8,7 +8,11 @@
 void AddRemoteCommands(CommandLine& line)
 {
     CLI::App& group = line.AddGroup("remote", "A remote control for people without one");
-    line.AddCommand(group, "keys", "List the keys that the application holds", ListHeldKeys);
+    const auto listed = std::make_shared<HeldKeysOptions>();
+    CLI::App& keys = line.AddCommand(group, "keys", "List the keys that the application holds",
+                                     [listed] { return ListHeldKeys(*listed); });
+    keys.add_flag("--keyboard", listed->keyboardOnly,
+                  "Only those that the keyboard has, without what 'remote press' has added");
 
     const auto options = std::make_shared<PressOptions>();
     CLI::App& press = line.AddCommand(group, "press", "Press and release a key that the application holds",

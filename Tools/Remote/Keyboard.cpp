@@ -1,7 +1,6 @@
 #include "Tools/Remote/Keyboard.h"
 
 #include <algorithm>
-#include <csignal>
 #include <memory>
 
 #include <X11/extensions/XTest.h>
@@ -43,46 +42,6 @@ private:
     std::unique_ptr<KeySym, Free> symbols_;
 };
 
-/// Holds back the signals that end the program, and lets one through when it is over.
-class EndingSignalsHeldBack {
-public:
-    EndingSignalsHeldBack()
-    {
-        sigemptyset(&signals_);
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
-            sigaddset(&signals_, signal);
-        }
-        pthread_sigmask(SIG_BLOCK, &signals_, &before_);
-    }
-
-    ~EndingSignalsHeldBack()
-    {
-        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
-        if (seen_ > 0) {
-            std::raise(seen_);
-        }
-    }
-
-    EndingSignalsHeldBack(const EndingSignalsHeldBack&) = delete;
-    EndingSignalsHeldBack& operator=(const EndingSignalsHeldBack&) = delete;
-
-    /// False when a signal cut the wait short.
-    bool Wait(std::chrono::milliseconds time)
-    {
-        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
-        const std::chrono::nanoseconds rest = time - seconds;
-        const timespec timeout = {seconds.count(), static_cast<decltype(timespec::tv_nsec)>(rest.count())};
-        const int signal = sigtimedwait(&signals_, nullptr, &timeout);
-        seen_ = std::max(signal, 0);
-        return seen_ == 0;
-    }
-
-private:
-    sigset_t signals_ = {};
-    sigset_t before_ = {};
-    int seen_ = 0;
-};
-
 } // namespace
 
 Keyboard::Keyboard(Display* display) : display_(display)
@@ -108,14 +67,12 @@ KeyCode Keyboard::Find(KeySym symbol) const
     return 0;
 }
 
-KeyCode Keyboard::PutOnSpareKeycode(KeySym symbol)
+KeyCode Keyboard::FindSpare() const
 {
     const Mapping mapping(display_);
     // From the end: the spare codes there are the ones least likely to have a key behind them.
     for (int code = mapping.Last(); code >= mapping.First(); --code) {
         if (mapping.IsSpare(code)) {
-            XChangeKeyboardMapping(display_, code, 1, &symbol, 1);
-            XSync(display_, False);
             return static_cast<KeyCode>(code);
         }
     }
@@ -123,22 +80,33 @@ KeyCode Keyboard::PutOnSpareKeycode(KeySym symbol)
                                                    "' has no spare keycode left");
 }
 
-void Keyboard::Press(KeyCode code, int times, std::chrono::milliseconds hold)
+void Keyboard::Put(KeyCode code, KeySym symbol)
+{
+    XChangeKeyboardMapping(display_, code, 1, &symbol, 1);
+    XSync(display_, False);
+}
+
+void Keyboard::TakeOff(KeyCode code, KeySym symbol)
+{
+    if (Mapping(display_).Plain(code) == symbol) {
+        Put(code, NoSymbol);
+    }
+}
+
+int Keyboard::Press(KeyCode code, int times, std::chrono::milliseconds hold, EndingSignals& signals)
 {
     using std::chrono::milliseconds;
     // A release and a press of the same millisecond are an automatic repeat to many programs.
     const milliseconds pause = std::clamp(hold, milliseconds(2), milliseconds(50));
 
-    EndingSignalsHeldBack signals;
-    bool goOn = true;
-    for (int count = 0; count < times && goOn; ++count) {
-        if (count > 0 && !signals.Wait(pause)) {
-            break;
-        }
+    int count = 0;
+    for (bool goOn = true; goOn && count < times; goOn = goOn && count < times && signals.Wait(pause)) {
         XTestFakeKeyEvent(display_, code, True, CurrentTime);
         XSync(display_, False);
         goOn = signals.Wait(hold);
         XTestFakeKeyEvent(display_, code, False, CurrentTime);
         XSync(display_, False);
+        ++count;
     }
+    return count;
 }

@@ -4,6 +4,8 @@
 
 #include <X11/Xlib.h>
 
+#include "Tools/Remote/EndingSignals.h"
+
 /// Presses keys on an X display as a keyboard would, through XTest.
 class Keyboard {
 public:
@@ -13,17 +15,21 @@ public:
     /// The keycode that gives `symbol` without any modifier; 0 when no key does.
     KeyCode Find(KeySym symbol) const;
 
-    /// Puts `symbol` on a keycode that has none, and returns it. Every client is told to read the
-    /// mapping again.
-    ///
-    /// The mapping stays: a client translates a keycode when it reads the event, which may be long
-    /// after the release, and a key taken away before that would be lost. Throws `CommandError` when no
-    /// keycode is free.
-    KeyCode PutOnSpareKeycode(KeySym symbol);
+    /// A keycode that gives nothing. Throws `CommandError` when there is none.
+    KeyCode FindSpare() const;
 
-    /// Presses and releases `code` `times` times, each time held down for `hold`. A signal that ends
-    /// the program does so only after the key has been released.
-    void Press(KeyCode code, int times, std::chrono::milliseconds hold);
+    /// Makes `code` give `symbol`. Every client is told to read the mapping again.
+    void Put(KeyCode code, KeySym symbol);
+
+    /// Takes `symbol` off `code` again; does nothing when the keycode gives something else by now.
+    ///
+    /// A client translates a keycode when it reads the event, which may be long after the release:
+    /// a key that is taken off before that is lost.
+    void TakeOff(KeyCode code, KeySym symbol);
+
+    /// Presses and releases `code` `times` times, each time held down for `hold`, and returns how
+    /// often it did. A signal that ends the program makes it stop after a release.
+    int Press(KeyCode code, int times, std::chrono::milliseconds hold, EndingSignals& signals);
 
 private:
     Display* display_;

@@ -6,6 +6,7 @@
 
 #include "Platform/desktop/app/AppEvents.h"
 #include "Platform/desktop/app/CommandLine.h"
+#include "Platform/desktop/app/KeyWindow.h"
 #include "Platform/desktop/app/RunningInstance.h"
 #include "Platform/desktop/app/ToolkitSetup.h"
 #include "Platform/desktop/app/XServerLoss.h"
@@ -59,6 +60,7 @@ public:
     void Run()
     {
         Launch();
+        PublishKeyWindow(KeyWindow());
         ecore_main_loop_begin();
         Pause();
         if (callbacks_.terminate != nullptr) {

@@ -117,4 +117,9 @@ bool DirectGrabbedKeysTo(Window window)
     return true;
 }
 
+Window KeyWindow()
+{
+    return TheTarget().window;
+}
+
 } // namespace desktop

@@ -10,4 +10,7 @@ namespace desktop {
 /// Meant to be called before the window is mapped. Returns false when no toolkit window has this id.
 bool DirectGrabbedKeysTo(Window window);
 
+/// The window that the keys go to; `None` when there is none.
+Window KeyWindow();
+
 } // namespace desktop

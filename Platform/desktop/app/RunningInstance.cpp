@@ -78,4 +78,11 @@ void PublishKeys(const std::vector<std::string>& held, const std::vector<std::st
     }
 }
 
+void PublishKeyWindow(Window window)
+{
+    if (Claim()) {
+        Claim()->PublishKeyWindow(window);
+    }
+}
+
 } // namespace desktop

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include <X11/Xlib.h>
+
 /// This process as the application's one instance on its display; see Instance.h. Main thread only.
 namespace desktop {
 
@@ -15,5 +17,8 @@ void ListenForLaunchRequests(void (*callback)());
 
 /// Lets tools know which keys are held, and which another client has.
 void PublishKeys(const std::vector<std::string>& held, const std::vector<std::string>& failed);
+
+/// Lets tools know that the main loop runs, and to which window the keys go.
+void PublishKeyWindow(Window window);
 
 } // namespace desktop

@@ -20,6 +20,7 @@ namespace {
 constexpr char kPidProperty[] = "_TV_PID";
 constexpr char kHeldProperty[] = "_TV_HELD_KEYS";
 constexpr char kFailedProperty[] = "_TV_FAILED_KEYS";
+constexpr char kKeyWindowProperty[] = "_TV_KEY_WINDOW";
 constexpr char kLaunchMessage[] = "_TV_LAUNCH";
 
 constexpr long kLongestName = 64;
@@ -89,15 +90,21 @@ std::vector<std::string> ReadNames(Display* display, Window window, const char* 
     return names;
 }
 
-pid_t ReadPid(Display* display, Window window)
+std::optional<unsigned long> ReadNumber(Display* display, Window window, const char* name, Atom type)
 {
-    const Property property(display, window, kPidProperty, XA_CARDINAL, 32, 1);
+    const Property property(display, window, name, type, 32, 1);
     if (property.Items() != 1) {
-        return 0;
+        return std::nullopt;
     }
     // Xlib keeps 32-bit items in longs.
-    unsigned long pid = 0;
-    std::memcpy(&pid, property.Data(), sizeof pid);
+    unsigned long number = 0;
+    std::memcpy(&number, property.Data(), sizeof number);
+    return number;
+}
+
+pid_t ReadPid(Display* display, Window window)
+{
+    const unsigned long pid = ReadNumber(display, window, kPidProperty, XA_CARDINAL).value_or(0);
     return pid <= kLargestPid ? static_cast<pid_t>(pid) : 0;
 }
 
@@ -145,6 +152,7 @@ std::optional<InstanceFacts> ReadInstance(Display* display, const char* applicat
     }
     facts.heldKeys = ReadNames(display, facts.window, kHeldProperty);
     facts.failedKeys = ReadNames(display, facts.window, kFailedProperty);
+    facts.keyWindow = ReadNumber(display, facts.window, kKeyWindowProperty, XA_WINDOW);
     return facts;
 }
 
@@ -186,6 +194,13 @@ void InstanceClaim::PublishKeys(const std::vector<std::string>& held, const std:
 {
     WriteNames(display_, window_, kHeldProperty, held);
     WriteNames(display_, window_, kFailedProperty, failed);
+    XFlush(display_);
+}
+
+void InstanceClaim::PublishKeyWindow(Window window)
+{
+    XChangeProperty(display_, window_, AtomNamed(display_, kKeyWindowProperty), XA_WINDOW, 32, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(&window), 1);
     XFlush(display_);
 }
 

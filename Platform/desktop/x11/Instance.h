@@ -16,6 +16,8 @@
 ///     _TV_HELD_KEYS    UTF8_STRING/8  names of the keys it holds, each ended by a zero byte
 ///     _TV_FAILED_KEYS  UTF8_STRING/8  names of the keys that another client holds, wholly or in
 ///                                     one combination with modifiers; the same form
+///     _TV_KEY_WINDOW   WINDOW/32      the window that the keys go to, or 0; there as soon as the
+///                                     main loop runs
 ///
 /// A client message _TV_LAUNCH to that window asks the instance to come forward. The X server
 /// forgets all of it at the moment the process ends, however it ends.
@@ -29,6 +31,9 @@ struct InstanceFacts {
     pid_t pid = 0;
     std::vector<std::string> heldKeys;
     std::vector<std::string> failedKeys;
+    /// The window that the keys go to, `None` when they go nowhere; nothing while the instance is
+    /// still starting.
+    std::optional<Window> keyWindow;
 };
 
 /// The running instance; nothing when there is none, or when the selection's owner does not tell
@@ -54,6 +59,9 @@ public:
 
     /// Replaces the published key lists.
     void PublishKeys(const std::vector<std::string>& held, const std::vector<std::string>& failed);
+
+    /// Publishes the window that the keys go to, and that the main loop runs.
+    void PublishKeyWindow(Window window);
 
     /// True for the message of a second start.
     bool IsLaunchRequest(const XEvent& event) const;
