@@ -9,9 +9,9 @@ from pathlib import Path
 
 import pytest
 
-from desktop import BUILD, PATIENCE, TOOL_KEYS, is_running, wait_until
+from desktop import TOOL_KEYS, is_running, wait_until
+from home import BUILD, PATIENCE, ROOT
 
-ROOT = Path(__file__).parents[2]
 INSTRUCTIONS = "In another terminal:"
 
 

@@ -213,11 +213,14 @@ class Keyboard:
         code = self.display.keysym_to_keycode(keysym)
         return code if code else self.own.get(keysym, 0)
 
+    def mapping(self):
+        """Each keycode's keysyms as the server has them now."""
+        low, high = self.display.display.info.min_keycode, self.display.display.info.max_keycode
+        return dict(enumerate(self.display.get_keyboard_mapping(low, high - low + 1), start=low))
+
     def add(self, *keysyms):
         """Puts keysyms on spare keycodes, before anything else looks at the keyboard."""
-        low, high = self.display.display.info.min_keycode, self.display.display.info.max_keycode
-        mapping = self.display.get_keyboard_mapping(low, high - low + 1)
-        spare = [low + index for index, symbols in enumerate(mapping) if not any(symbols)]
+        spare = [code for code, symbols in self.mapping().items() if not any(symbols)]
         for keysym in keysyms:
             if not self.keycode(keysym):
                 code = spare.pop()

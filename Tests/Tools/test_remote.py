@@ -2,12 +2,15 @@
 
 import os
 import signal
+import subprocess
 
 import pytest
 from home import APP_ID, PATIENCE, wait_until
 from Xlib import X, Xatom, display as xdisplay
+from Xlib.protocol.event import ClientMessage
 
 MORE = 0x1008FFF2
+HOLDER = f"{APP_ID} (pid {os.getpid()})"
 
 
 class Holder:
@@ -19,6 +22,8 @@ class Holder:
         self.window = self.root.create_window(-1, -1, 1, 1, 0, X.CopyFromParent)
         self.window.change_property(self.display.intern_atom("_TV_PID"), Xatom.CARDINAL, 32, [os.getpid()])
         self.publish()
+        self.unread_keys = []
+        self.other_events = []
         self.window.set_selection_owner(self.display.intern_atom(APP_ID), X.CurrentTime)
         self.display.sync()
 
@@ -38,13 +43,41 @@ class Holder:
             self.root.grab_key(code, X.AnyModifier, False, X.GrabModeAsync, X.GrabModeAsync)
         self.publish(held=[key])
 
-    def key_events(self):
-        events = []
+    def run_main_loop(self):
+        """Says that the keys go to the window, where a ping will be answered."""
+        self.window.change_property(self.display.intern_atom("_TV_KEY_WINDOW"), Xatom.WINDOW, 32, [self.window.id])
+        self.display.sync()
+
+    def read_events(self):
         while self.display.pending_events():
             event = self.display.next_event()
             if event.type in (X.KeyPress, X.KeyRelease):
-                events.append((event.type, event.detail))
+                self.unread_keys.append((event.type, event.detail))
+            else:
+                self.other_events.append(event)
+
+    def key_events(self):
+        self.read_events()
+        events, self.unread_keys = self.unread_keys, []
         return events
+
+    def ping(self):
+        """The ping that came first; it and later ones then count no more."""
+        self.read_events()
+        pings = [event for event in self.other_events if event.type == X.ClientMessage
+                 and event.data[1][0] == self.display.intern_atom("_NET_WM_PING")]
+        self.other_events = []
+        return pings[0] if pings else None
+
+    def answer(self, ping):
+        pong = ClientMessage(window=self.root, client_type=ping.client_type, data=ping.data)
+        self.root.send_event(pong, event_mask=X.SubstructureNotifyMask | X.SubstructureRedirectMask)
+        self.display.sync()
+
+    def lent(self):
+        """The numbers that note what is lent."""
+        found = self.root.get_full_property(self.display.intern_atom("_TV_LENT_KEYS"), Xatom.CARDINAL)
+        return list(found.value) if found else []
 
 
 @pytest.fixture
@@ -52,19 +85,93 @@ def holder(home, screen):
     return Holder(home.environment["DISPLAY"])
 
 
-def test_a_key_that_the_keyboard_lacks_is_put_there_and_waited_for(home, holder):
+def test_a_lent_key_stays_until_the_application_has_read_its_events(home, holder):
     assert holder.codes(MORE) == []
-    press = home.start("vqmctl", "remote", "press", "XF86More", "--times", "3", "--hold", "0", "--wait", "20000")
+    holder.run_main_loop()
+    press = home.start("vqmctl", "remote", "press", "XF86More", "--times", "3", "--hold", "0", "--wait", "20000",
+                       stderr=subprocess.PIPE)
     code, = wait_until(lambda: holder.codes(MORE), "the key is on the keyboard")
     assert press.poll() is None
     assert holder.key_events() == []
     holder.hold(MORE, "XF86More")
-    assert press.wait(timeout=PATIENCE) == 0
+    ping = wait_until(holder.ping, "it asks whether the events have been read")
     assert holder.key_events() == 3 * [(X.KeyPress, code), (X.KeyRelease, code)]
-    # The mapping stays, and the next press uses it.
+    assert holder.codes(MORE) == [code]
+    holder.answer(ping)
+    wait_until(lambda: holder.codes(MORE) == [], "the key is off the keyboard")
+    holder.publish()
+    assert press.wait(timeout=PATIENCE) == 0
+    assert press.stderr.read() == f"vqmctl: pressed and released XF86More 3 times, which {HOLDER} holds\n"
+    assert holder.lent() == []
+
+
+def test_a_key_whose_events_may_be_unread_is_left_to_the_next_press(home, holder):
+    """The main loop does not run: nothing answers."""
+    press = home.start("vqmctl", "remote", "press", "XF86More", "--wait", "20000", stderr=subprocess.PIPE)
+    code, = wait_until(lambda: holder.codes(MORE), "the key is on the keyboard")
+    holder.hold(MORE, "XF86More")
+    assert press.wait(timeout=PATIENCE) == 0
+    assert f"it stays on keycode {code} until the next 'vqmctl remote press'" in press.stderr.read()
+    assert holder.codes(MORE) == [code]
+    # It is used again, not lent a second time; and another key's press takes it off.
     assert home.vqmctl("remote", "press", "XF86More").returncode == 0
     assert holder.codes(MORE) == [code]
-    assert holder.key_events() == [(X.KeyPress, code), (X.KeyRelease, code)]
+    holder.publish()
+    assert home.vqmctl("remote", "press", "a", "--anyway").returncode == 0
+    assert (holder.codes(MORE), holder.lent()) == ([], [])
+
+
+@pytest.mark.parametrize("ending", [signal.SIGTERM, signal.SIGINT, signal.SIGHUP, signal.SIGKILL])
+def test_a_lent_key_does_not_outlive_the_press_that_a_signal_ends(home, holder, ending):
+    holder.run_main_loop()
+    press = home.start("vqmctl", "remote", "press", "XF86More", "--hold", "60000", "--wait", "20000")
+    wait_until(lambda: holder.codes(MORE), "the key is on the keyboard")
+    holder.hold(MORE, "XF86More")
+    wait_until(holder.key_events, "the key is down")
+    press.send_signal(ending)
+    if ending == signal.SIGKILL:
+        # Then it is there still, but known to be lent, and the next press takes it off.
+        assert press.wait(timeout=PATIENCE) == -ending
+        assert home.vqmctl("remote", "keys", "--keyboard").stdout == ""
+        assert home.vqmctl("remote", "keys").stdout == "XF86More\n"
+        holder.publish()
+        assert home.vqmctl("remote", "press", "a", "--anyway").returncode == 0
+    else:
+        holder.answer(wait_until(holder.ping, "it asks whether the events have been read"))
+        wait_until(lambda: holder.codes(MORE) == [], "the key is off the keyboard")
+        holder.publish()
+        assert press.wait(timeout=PATIENCE) == -ending
+    assert (holder.codes(MORE), holder.lent()) == ([], [])
+
+
+def test_a_lent_key_stays_while_another_process_uses_it(home, holder):
+    first = home.start("vqmctl", "remote", "press", "XF86More", "--anyway", "--hold", "60000")
+    code, = wait_until(lambda: holder.codes(MORE), "the key is on the keyboard")
+    # It gives up at once: nobody holds the key. The other's key is not its own to take off.
+    assert home.vqmctl("remote", "press", "XF86More", "--wait", "0").returncode == 1
+    assert holder.codes(MORE) == [code]
+    assert first.poll() is None
+
+
+def test_a_key_that_nobody_holds_is_not_left_on_the_keyboard(home, holder):
+    assert home.vqmctl("remote", "press", "XF86More", "--wait", "0").returncode == 1
+    assert (holder.codes(MORE), holder.lent()) == ([], [])
+
+
+def test_a_forged_note_of_lent_keys_takes_nothing_off_the_keyboard(home, holder):
+    code = holder.codes(0x61)[0]
+    holder.root.change_property(holder.display.intern_atom("_TV_LENT_KEYS"), Xatom.CARDINAL, 32,
+                                [code, 0x62, 1, 0, 0, 0, 0xFFFFFFFF, 0x61, 2, 300, 0x61, 3, code])
+    holder.display.sync()
+    assert home.vqmctl("remote", "press", "b", "--anyway").returncode == 0
+    assert holder.codes(0x61) == [code]
+
+
+def test_keys_says_when_none_is_held(home, holder):
+    holder.run_main_loop()
+    result = home.vqmctl("remote", "keys")
+    assert (result.returncode, result.stdout) == (0, "")
+    assert result.stderr == f"vqmctl: {HOLDER} holds no key: this keyboard has none that it wants\n"
 
 
 def test_nobody_holds_a_key_without_the_application(home, screen):
@@ -83,7 +190,8 @@ def test_a_key_that_the_application_leaves_alone_is_sent_only_on_request(home, h
     assert result.stderr == (f"vqmctl: nobody holds a: {APP_ID} (pid {os.getpid()}) leaves it to other programs; "
                              "--anyway sends it to them\n")
     assert holder.key_events() == []
-    assert home.vqmctl("remote", "press", "a", "--anyway").returncode == 0
+    pressed = home.vqmctl("remote", "press", "a", "--anyway")
+    assert (pressed.returncode, pressed.stdout, pressed.stderr) == (0, "", "vqmctl: pressed and released a\n")
     assert holder.key_events() == [(X.KeyPress, code), (X.KeyRelease, code)]
 
 

@@ -135,6 +135,9 @@ LentKey::LentKey(Display* display, Keyboard& keyboard, KeySym symbol)
                          return use.code == code_ && use.symbol == symbol_;
                      });
     if (own) {
+        if (uses.size() != before.size()) {
+            WriteUses(uses);
+        }
         return;
     }
     const KeyCode code = code_ != 0 ? code_ : keyboard_.FindSpare();
