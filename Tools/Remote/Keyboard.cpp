@@ -7,8 +7,13 @@
 #include <X11/keysym.h>
 
 #include "Tools/CommandError.h"
+#include "Tools/Remote/SelectionLock.h"
 
 namespace {
+
+constexpr char kKeyDownLock[] = "_TV_REMOTE_KEY_DOWN";
+/// A little longer than a key can be asked to be held.
+constexpr std::chrono::milliseconds kLongestHold{65000};
 
 /// The server's keyboard mapping: a row of symbols for each keycode.
 class Mapping {
@@ -101,6 +106,9 @@ int Keyboard::Press(KeyCode code, int times, std::chrono::milliseconds hold, End
 
     int count = 0;
     for (bool goOn = true; goOn && count < times; goOn = goOn && count < times && signals.Wait(pause)) {
+        // Of two keys that are down at once the server may give the release of the second to another
+        // program: a grab that a key has begun ends with that key.
+        const SelectionLock alone(display_, kKeyDownLock, kLongestHold, &signals);
         XTestFakeKeyEvent(display_, code, True, CurrentTime);
         XSync(display_, False);
         goOn = signals.Wait(hold);

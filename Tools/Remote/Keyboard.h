@@ -28,7 +28,8 @@ public:
     void TakeOff(KeyCode code, KeySym symbol);
 
     /// Presses and releases `code` `times` times, each time held down for `hold`, and returns how
-    /// often it did. A signal that ends the program makes it stop after a release.
+    /// often it did. A signal that ends the program makes it stop after a release. Of several
+    /// processes one at a time holds a key down; throws `CommandError` when another does not let go.
     int Press(KeyCode code, int times, std::chrono::milliseconds hold, EndingSignals& signals);
 
 private:

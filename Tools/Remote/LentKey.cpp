@@ -11,7 +11,7 @@
 
 #include "Platform/desktop/x11/Instance.h"
 #include "Platform/desktop/x11/XConnection.h"
-#include "Tools/CommandError.h"
+#include "Tools/Remote/SelectionLock.h"
 
 namespace {
 
@@ -82,52 +82,10 @@ struct LentKey::Use {
     Window user;
 };
 
-/// Held by one process at a time while it changes what is lent: the ownership of a selection, which
-/// ends with the process. Throws `CommandError` when another does not let go.
-class LentKey::Lock {
-public:
-    explicit Lock(Display* display)
-        : display_(display),
-          selection_(XInternAtom(display, kProperty, False)),
-          window_(XCreateSimpleWindow(display, DefaultRootWindow(display), -1, -1, 1, 1, 0, 0, 0))
-    {
-        if (!WaitUntil([this] { return Try(); }, kLockLimit)) {
-            throw CommandError(ExitCode::kCouldNotRun, "another 'vqmctl remote press' keeps the keyboard of display '" +
-                                                           std::string(DisplayString(display)) + "' to itself");
-        }
-    }
-
-    ~Lock()
-    {
-        XDestroyWindow(display_, window_);
-        XSync(display_, False);
-    }
-
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-
-private:
-    bool Try()
-    {
-        XGrabServer(display_);
-        const bool free = XGetSelectionOwner(display_, selection_) == None;
-        if (free) {
-            XSetSelectionOwner(display_, selection_, window_, CurrentTime);
-        }
-        XUngrabServer(display_);
-        XSync(display_, False);
-        return free;
-    }
-
-    Display* display_;
-    Atom selection_;
-    Window window_;
-};
-
 LentKey::LentKey(Display* display, Keyboard& keyboard, KeySym symbol)
     : display_(display), keyboard_(keyboard), symbol_(symbol)
 {
-    const Lock lock(display_);
+    const SelectionLock lock(display_, kProperty, kLockLimit, nullptr);
     const std::vector<Use> before = ReadUses(display_);
     std::vector<Use> uses = TakeOffWhatIsLeft(before);
     code_ = keyboard_.Find(symbol_);
@@ -158,7 +116,7 @@ void LentKey::GiveBack()
     if (!IsLent()) {
         return;
     }
-    const Lock lock(display_);
+    const SelectionLock lock(display_, kProperty, kLockLimit, nullptr);
     XDestroyWindow(display_, user_);
     XSync(display_, False);
     user_ = None;

@@ -35,7 +35,6 @@ public:
 
 private:
     struct Use;
-    class Lock;
 
     static std::vector<Use> ReadUses(Display* display);
     void WriteUses(const std::vector<Use>& uses);
