@@ -122,6 +122,16 @@ TEST_F(Instance, AnotherProcessIsSeenWithItsKeysUntilItIsKilled)
     EXPECT_FALSE(InstanceClaim(display_, kName).OtherInstance());
 }
 
+TEST_F(Instance, TheKeyWindowIsThereOnceTheMainLoopRuns)
+{
+    InstanceClaim claim(display_, kName);
+    EXPECT_EQ(ReadInstance(display_, kName)->keyWindow, std::nullopt);
+    claim.PublishKeyWindow(None);
+    EXPECT_EQ(ReadInstance(display_, kName)->keyWindow, Window{None});
+    claim.PublishKeyWindow(DefaultRootWindow(display_));
+    EXPECT_EQ(ReadInstance(display_, kName)->keyWindow, DefaultRootWindow(display_));
+}
+
 TEST_F(Instance, ALaunchRequestReachesTheClaim)
 {
     Display* asking = XOpenDisplay(server_.Name().c_str());

@@ -38,7 +38,8 @@ def test_the_user_s_settings_are_neither_read_nor_written(home, found, stored):
         del home.environment["XDG_CONFIG_HOME"]
         home.setting = home.folder / ".config/tvsettings/db/menu/syncdemo/state"
     if stored is not None:
-        home.store(stored)
+        home.setting.parent.mkdir(parents=True)
+        home.setting.write_text(stored)
     state = [stored is not None, stored]
 
     script = '"$0" setting get && "$0" setting on && "$0" setting get && "$0" setting off && "$0" setting on'
