@@ -18,7 +18,7 @@ function(vqm_add_pytest name file)
         set(ARG_TIMEOUT 600)
     endif()
     vqm_add_python_test(${name} TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT ${ARG_ENVIRONMENT}
-        COMMAND -m pytest -q -p no:cacheprovider --durations=3 ${file})
+        COMMAND -m pytest -q -rs -p no:cacheprovider --durations=3 ${file})
 endfunction()
 
 # Adds an entry PREFIX.test_NAME for each file test_NAME.py of this folder, so that they run side by side.

@@ -14,6 +14,7 @@
 #include "Tests/Support/Descriptors.h"
 #include "Tests/Support/ProcessLimits.h"
 #include "Tests/Support/WithoutOverride.h"
+#include "Tests/VQMSerialize/EmptyText.h"
 
 // The content check on files that are not what they seem, or that change while it looks.
 
@@ -57,7 +58,7 @@ protected:
         return PipeLine("CreatePipe", "CVQMFilePipe::CreatePipe - error ifstream open Error : " + kSchedule + " \n");
     }
 
-    static std::string ParseError() { return ParserLine("  PraseError !!!!\n"); }
+    static std::string Refusal(const std::string& text) { return ParserLine(RefusalMessage(text)); }
 };
 
 TEST_F(ContentCheckFault, AScheduleWithoutASizeExistsAndDoesNotParse)
@@ -67,7 +68,7 @@ TEST_F(ContentCheckFault, AScheduleWithoutASizeExistsAndDoesNotParse)
         StoreGood();
         fs::remove(kSchedule);
         fs::create_symlink(target, kSchedule);
-        ExpectNoSchedule(ParseError());
+        ExpectNoSchedule(Refusal(""));
         fs::remove(kSchedule);
     }
 }
@@ -82,7 +83,7 @@ TEST_F(ContentCheckFault, AScheduleThatIsAFifoIsEmptyOnceSomebodyWrites)
         EXPECT_GE(fifo, 0);
         close(fifo);
     });
-    ExpectNoSchedule(ParseError());
+    ExpectNoSchedule(Refusal(""));
     writer.join();
 }
 
@@ -116,7 +117,7 @@ TEST_F(ContentCheckFault, AScheduleThatIsCutShortWhileItIsReadDoesNotParse)
     for (const std::size_t size : {0U, 50U}) {
         StoreGood();
         OnLine(SizeLine(kSchedule, fs::file_size(kSchedule)), [size] { fs::resize_file(kSchedule, size); });
-        ExpectNoSchedule(ParseError());
+        ExpectNoSchedule(Refusal(std::string(size, 'x')));
         recorder::SetListener(nullptr);
     }
 }
@@ -131,6 +132,17 @@ TEST_F(ContentCheckFault, WithoutDescriptorsTheScheduleIsThereAndDoesNotOpen)
     }
     monitor_->CheckContents();
     ExpectAnswers(true, true);
+}
+
+/// As this file system counts it.
+unsigned long long SizeOfAnEmptyDirectory()
+{
+    const std::string path = kMediaDirectory + "empty";
+    struct stat status = {};
+    EXPECT_EQ(mkdir(path.c_str(), 0700), 0);
+    EXPECT_EQ(stat(path.c_str(), &status), 0);
+    EXPECT_EQ(rmdir(path.c_str()), 0);
+    return static_cast<unsigned long long>(status.st_size);
 }
 
 /// A content counts by its size alone, whatever else it is.
@@ -163,7 +175,7 @@ TEST_F(ContentCheckFault, ContentsOfEveryKindCountByTheirSize)
         {"FIFO", [&] { ASSERT_EQ(mkfifo(path.c_str(), 0600), 0); }, 0},
         {"device", [&] { fs::create_symlink("/dev/zero", path); }, 0},
         {"kernel's file", [&] { fs::create_symlink("/proc/self/status", path); }, 0},
-        {"empty directory", [&] { fs::create_directory(path); }, 40},
+        {"empty directory", [&] { fs::create_directory(path); }, SizeOfAnEmptyDirectory()},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(test.name);

@@ -87,11 +87,25 @@ TEST_F(ContentCheck, AMissingScheduleLeavesContentsAndPolicy)
 
 TEST_F(ContentCheck, AScheduleThatDoesNotParseLeavesContentsAndPolicy)
 {
-    for (const char* xml : {"", "<rsp state='ok'>", "no xml"}) {
+    using parser_fault::EmptyBuffer;
+    const struct {
+        const char* xml;
+        EmptyBuffer emptyBuffer;
+        const char* message;
+    } cases[] = {
+        {"<rsp state='ok'>", EmptyBuffer::Real, kParseErrorMessage},
+        {"no xml", EmptyBuffer::Real, kParseErrorMessage},
+        {"", EmptyBuffer::Real, RefusalMessage("")},
+        {"", EmptyBuffer::Given, kParseErrorMessage},
+        {"", EmptyBuffer::Null, kNoBufferMessage},
+    };
+    for (const auto& test : cases) {
         StoreGood();
-        StoreSchedule(xml);
+        StoreSchedule(test.xml);
+        parser_fault::faults().emptyBuffer = test.emptyBuffer;
         monitor_->CheckContents();
-        EXPECT_EQ(TaggedLines(), Join(Reading(), {ParserLine("  PraseError !!!!\n")}));
+        parser_fault::faults() = {};
+        EXPECT_EQ(TaggedLines(), Join(Reading(), {ParserLine(test.message)}));
         ExpectAnswers(false, true);
         ExpectGoodPolicy();
     }

@@ -34,5 +34,7 @@ expect 'a file of another size is noticed' 1 "$yes_no" \
 expect 'an empty sandbox has nothing' 1 "$no_no" "$sandbox" --empty "$check"
 expect 'the result is the command'\''s' 7 '' "$sandbox" sh -c 'exit 7'
 expect 'one sandbox opens in another' 0 "$yes_yes" "$sandbox" "$sandbox" "$check"
-expect 'without root it is the same' 0 "$yes_yes" unshare -Urm "$sandbox" "$check"
+if unshare -Urm true 2>/dev/null; then # some machines let only root do this
+    expect 'without root it is the same' 0 "$yes_yes" unshare -Urm "$sandbox" "$check"
+fi
 [ "$(ls -lR /opt 2>&1 || true)" = "$before" ] || fail "the machine's /opt has changed"

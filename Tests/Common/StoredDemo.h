@@ -1,11 +1,10 @@
 #pragma once
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
-
-#include <sys/vfs.h>
 
 #include <gmock/gmock.h>
 
@@ -13,8 +12,8 @@
 #include "Common/VQMSyncDemoMonitor.h"
 #include "Tests/Data/OpenConstants.h"
 
-// A schedule and its media in the directories that are compiled in. Its tests run in
-// Scripts/sandbox, where these lie on a file system of the program's own.
+// A schedule and its media in the directories that are compiled in. Its test programs are compiled
+// with relative ones, below a temporary directory that each test works in.
 
 inline const std::string kScheduleDirectory = VQM_APPS_DIR "/" VQM_APP_ID "/RECH/";
 inline const std::string kMediaDirectory = VQM_MEDIA_DIR "/";
@@ -40,9 +39,11 @@ class StoredDemo : public testing::Test {
 protected:
     void SetUp() override
     {
-        struct statfs status = {};
-        ASSERT_EQ(statfs("/opt", &status), 0);
-        ASSERT_EQ(status.f_type, 0x01021994) << "run it with Scripts/sandbox --empty";
+        static_assert(VQM_APPS_DIR[0] != '/' && VQM_MEDIA_DIR[0] != '/', "these tests remove the directories");
+        std::string pattern = testing::TempDir() + "storeddemo-XXXXXX";
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        place_ = pattern;
+        std::filesystem::current_path(place_);
         std::filesystem::create_directories(kScheduleDirectory);
         std::filesystem::create_directories(kMediaDirectory);
         OpenConstants::m_DataCache = {{"ScheduleFile", "schedule.xml"}};
@@ -56,8 +57,8 @@ protected:
         std::error_code ignored; // a test may have removed it
         std::filesystem::permissions(kScheduleDirectory, std::filesystem::perms::owner_all,
                                      std::filesystem::perm_options::add, ignored);
-        std::filesystem::remove_all(kScheduleDirectory);
-        std::filesystem::remove_all(kMediaDirectory);
+        std::filesystem::current_path("/");
+        std::filesystem::remove_all(place_);
     }
 
     static void StoreSchedule(const std::string& xml) { std::ofstream(kScheduleDirectory + "schedule.xml") << xml; }
@@ -76,4 +77,7 @@ protected:
     }
 
     CVQMSyncDemoMonitor* monitor_ = nullptr;
+
+private:
+    std::filesystem::path place_;
 };

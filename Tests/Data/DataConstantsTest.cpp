@@ -4,6 +4,7 @@
 #include <string>
 
 #include "Tests/Data/ConstantsFixture.h"
+#include "Tests/VQMSerialize/EmptyText.h"
 #include "Tests/VQMSerialize/EventSource.h"
 #include "Tests/VQMSerialize/ParserFault.h"
 
@@ -145,11 +146,18 @@ TEST_F(DataConstants, WhatPrecedesAParseErrorStays)
 
 TEST_F(DataConstants, AnEmptyFileDoesNotParse)
 {
+    using parser_fault::EmptyBuffer;
     const std::string path = MakeFile("");
-    EXPECT_FALSE(Load(path));
-    EXPECT_EQ(recorder::Take(),
-              Join(Opening(path, 0), {ParserLine("  PraseError !!!!\n"),
-                                      Line("Initialize", "CVQMDataConstants::Initialize - xml Deserialize fail\n")}));
+    for (const auto& [answer, message] : {std::pair(EmptyBuffer::Real, RefusalMessage("")),
+                                          {EmptyBuffer::Given, kParseErrorMessage},
+                                          {EmptyBuffer::Null, kNoBufferMessage}}) {
+        parser_fault::faults().emptyBuffer = answer;
+        EXPECT_FALSE(Load(path));
+        parser_fault::faults() = {};
+        EXPECT_EQ(recorder::Take(),
+                  Join(Opening(path, 0), {ParserLine(message), Line("Initialize", "CVQMDataConstants::Initialize - xml "
+                                                                                  "Deserialize fail\n")}));
+    }
 }
 
 TEST_F(DataConstants, AParserThatCannotBeMadeFails)

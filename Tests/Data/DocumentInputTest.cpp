@@ -1,5 +1,9 @@
+#include <algorithm>
+#include <iterator>
+
 #include "Tests/Data/ConstantsFixture.h"
 #include "Tests/Data/ScheduleFixture.h"
+#include "Tests/VQMSerialize/EmptyText.h"
 
 // Any bytes as a document of either kind: the ways to write the same one, and what is none.
 
@@ -8,8 +12,17 @@ using recorder::Take;
 
 namespace {
 
-const std::string kParseError =
-    recorder::LogOf("Quillmere", "VQMXMLSerialize.cpp").Debug("Deserialize", "  PraseError !!!!\n");
+std::string Refusal(const std::string& document)
+{
+    return recorder::LogOf("Quillmere", "VQMXMLSerialize.cpp").Debug("Deserialize", RefusalMessage(document));
+}
+
+Lines Refusals(const Lines& documents)
+{
+    Lines lines;
+    std::transform(documents.begin(), documents.end(), std::back_inserter(lines), Refusal);
+    return lines;
+}
 
 class ScheduleInput : public ScheduleTest {};
 class ConstantsInput : public ConstantsTest {};
@@ -127,7 +140,7 @@ TEST_F(ScheduleInput, WhatIsNoDocumentChangesNothing)
 {
     for (const std::string& bytes : kRefused) {
         EXPECT_FALSE(Parse(bytes)) << bytes;
-        EXPECT_EQ(Take(), Lines{kParseError}) << bytes;
+        EXPECT_EQ(Take(), Lines{Refusal(bytes)}) << bytes;
     }
     EXPECT_EQ(Changes(Policy()), Lines());
 }
@@ -137,7 +150,7 @@ TEST_F(ConstantsInput, WhatIsNoDocumentChangesNothing)
     OpenConstants::m_DataCache = {{"before", "stays"}};
     for (const std::string& bytes : kRefused) {
         EXPECT_FALSE(Parse(bytes)) << bytes;
-        EXPECT_EQ(Take(), Lines{kParseError}) << bytes;
+        EXPECT_EQ(Take(), Lines{Refusal(bytes)}) << bytes;
     }
     EXPECT_EQ(OpenConstants::m_DataCache, (Cache{{"before", "stays"}}));
 }
@@ -148,7 +161,7 @@ TEST_F(ScheduleInput, OneOrTwoBytesAreNoDocument)
     for (const std::string& document : documents) {
         EXPECT_FALSE(Parse(document)) << document;
     }
-    EXPECT_EQ(Take(), Lines(documents.size(), kParseError));
+    EXPECT_EQ(Take(), Refusals(documents));
     EXPECT_EQ(Changes(Policy()), Lines());
 }
 
@@ -158,7 +171,7 @@ TEST_F(ConstantsInput, OneOrTwoBytesAreNoDocument)
     for (const std::string& document : documents) {
         EXPECT_FALSE(Parse(document)) << document;
     }
-    EXPECT_EQ(Take(), Lines(documents.size(), kParseError));
+    EXPECT_EQ(Take(), Refusals(documents));
     EXPECT_EQ(OpenConstants::m_DataCache, Cache());
 }
 
@@ -173,7 +186,7 @@ TEST_F(ScheduleInput, AnyByteInAnyPlaceIsReadOrRefused)
             container = CVQMScheduleContainer();
             const bool read = Parse(document);
             const Lines lines = Take();
-            EXPECT_EQ(read, lines.back() != kParseError) << document;
+            EXPECT_EQ(read, lines.back() != Refusal(document)) << document;
             const Lines changes = Changes(Policy());
             EXPECT_LE(changes.size(), 4U) << document;
             if (byte == 0 || byte == 1 || byte >= 0x80) {

@@ -1,5 +1,6 @@
 #include "Tests/Data/ConstantsFixture.h"
 #include "Tests/Data/ScheduleFixture.h"
+#include "Tests/VQMSerialize/EmptyText.h"
 #include "Tests/VQMSerialize/TokenDocument.h"
 
 // A document that ends anywhere leaves what the events up to there give without a parser: the same
@@ -16,9 +17,9 @@ std::string SerializerLine(const std::string& message)
 }
 
 /// The lines so far and the parse's last one.
-Lines WithEnding(Lines lines, bool complete)
+Lines WithEnding(Lines lines, const std::string& text, bool complete)
 {
-    lines.push_back(SerializerLine(complete ? "ParseHttpResponse End !!!!\n" : "  PraseError !!!!\n"));
+    lines.push_back(SerializerLine(complete ? "ParseHttpResponse End !!!!\n" : RefusalMessage(text)));
     return lines;
 }
 
@@ -133,7 +134,7 @@ TEST_F(TruncatedSchedule, LeavesWhatItsBeginningSays)
         for (const DocumentEvent& event : document.EventsOf(length)) {
             Deliver(event, container);
         }
-        const Lines lines = WithEnding(Take(), document.IsComplete(length));
+        const Lines lines = WithEnding(Take(), whole.substr(0, length), document.IsComplete(length));
         const Lines everything = Everything();
 
         container = CVQMScheduleContainer();
@@ -180,7 +181,7 @@ TEST_F(TruncatedConstants, LeaveWhatTheirBeginningSays)
         for (const DocumentEvent& event : document.EventsOf(length)) {
             Deliver(event, constants);
         }
-        const Lines lines = WithEnding(Take(), document.IsComplete(length));
+        const Lines lines = WithEnding(Take(), whole.substr(0, length), document.IsComplete(length));
         const Cache cache = OpenConstants::m_DataCache;
 
         OpenConstants::m_DataCache = {{"before", "stays"}};

@@ -7,6 +7,7 @@ import subprocess
 import jsonschema
 
 from home import APP_ID, BUILD, PATIENCE, ROOT
+from sandbox import sandboxed
 
 RES = f"/opt/usr/apps/{APP_ID}/res"
 RECH = f"/opt/usr/apps/{APP_ID}/RECH"
@@ -30,7 +31,7 @@ class Shop:
                             "out": str(home.folder), "res": RES, "rech": RECH, "media": MEDIA}
 
     def command(self, script, *options):
-        return [ROOT / "Scripts/sandbox", *options, "sh", "-c", script]
+        return sandboxed(*options, "sh", "-c", script)
 
     def run(self, script, *options, **streams):
         streams = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **streams}

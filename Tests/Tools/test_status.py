@@ -16,6 +16,7 @@ from Xlib import X
 from desktop import APP_ID, BUILD, PATIENCE, SETTING_KEY, TOOL_KEYS, Keyboard, new_desktop
 from home import ROOT
 from notifications import set_paused, start_dunst
+from sandbox import sandboxed
 
 VQMCTL = BUILD / "bin/vqmctl"
 SCHEMA = json.loads((ROOT / "Docs/schemas/status.schema.json").read_text())
@@ -37,7 +38,7 @@ def run(desktop, *arguments, prepare=":", binary=False, **environment):
     folder = variables.get("XDG_CONFIG_HOME")
     settings = "unset XDG_CONFIG_HOME" if folder is None else f"XDG_CONFIG_HOME={shlex.quote(folder)}"
     return subprocess.run(
-        [ROOT / "Scripts/sandbox", "sh", "-c", f'{prepare}\n{settings}\nexec "$0" status "$@"', VQMCTL, *arguments],
+        sandboxed("sh", "-c", f'{prepare}\n{settings}\nexec "$0" status "$@"', VQMCTL, *arguments),
         env={name: value for name, value in variables.items() if value is not None},
         stdin=subprocess.DEVNULL, capture_output=True, text=not binary, timeout=2 * PATIENCE,
     )

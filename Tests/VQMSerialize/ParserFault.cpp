@@ -108,10 +108,16 @@ XML_Parser XML_ParserCreate(const XML_Char* encoding)
 
 void* XML_GetBuffer(XML_Parser parser, int length)
 {
+    using parser_fault::EmptyBuffer;
     if (parser_fault::faults().recordBuffer) {
         recorder::Record("XML_GetBuffer " + std::to_string(length));
     }
     using Function = void* (*)(XML_Parser, int);
     static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "XML_GetBuffer"));
-    return parser_fault::faults().refuseBuffer ? nullptr : real(parser, length);
+    const EmptyBuffer emptyBuffer = length == 0 ? parser_fault::faults().emptyBuffer : EmptyBuffer::Real;
+    if (parser_fault::faults().refuseBuffer || emptyBuffer == EmptyBuffer::Null) {
+        return nullptr;
+    }
+    // Every version has a buffer for one byte.
+    return real(parser, emptyBuffer == EmptyBuffer::Given ? 1 : length);
 }

@@ -8,9 +8,13 @@ namespace parser_fault {
 
 enum class Creation { Real, Null, StandardException, OtherException };
 
+/// What the parser answers to a request for a buffer of no bytes; versions of the library differ.
+enum class EmptyBuffer { Real, Given, Null };
+
 struct Faults {
     Creation creation = Creation::Real;
     bool refuseBuffer = false;
+    EmptyBuffer emptyBuffer = EmptyBuffer::Real;
     /// Records "XML_GetBuffer <length>".
     bool recordBuffer = false;
     /// The parser's n-th allocation from now on fails, 1 being the next one; counts down to 0.

@@ -15,7 +15,7 @@ protected:
     void ExpectRefused(const std::string& document, const Lines& steps, const std::string& what)
     {
         EXPECT_FALSE(Parse(document)) << what;
-        EXPECT_EQ(Take(), Whole(document, steps, {kParseError, "Destroy"})) << what;
+        EXPECT_EQ(Take(), Whole(document, steps, {Line("Deserialize", RefusalMessage(document)), "Destroy"})) << what;
     }
 
     void ExpectRead(const std::string& document, const Lines& steps, const std::string& what)
@@ -51,9 +51,22 @@ TEST_F(XMLSerializeInput, OfOneByteIsNoDocument)
         const std::string document(1, static_cast<char>(byte));
         ASSERT_TRUE(serializer.Create());
         EXPECT_FALSE(serializer.Deserialize(document.c_str(), &target)) << byte;
-        EXPECT_THAT(Take(), ElementsAre(byte == 0 ? "XML_GetBuffer 0" : "XML_GetBuffer 1", kParseError, "Destroy"))
+        EXPECT_THAT(Take(), ElementsAre(byte == 0 ? "XML_GetBuffer 0" : "XML_GetBuffer 1",
+                                        Line("Deserialize", RefusalMessage(document)), "Destroy"))
             << byte;
         ExpectNoParser();
+    }
+}
+
+TEST_F(XMLSerializeInput, ThatIsEmptyIsRefusedWithABufferAndWithout)
+{
+    using parser_fault::EmptyBuffer;
+    for (const auto& [answer, line] : {std::pair(EmptyBuffer::Given, kParseError), {EmptyBuffer::Null, kNoBuffer}}) {
+        parser_fault::faults().emptyBuffer = answer;
+        EXPECT_FALSE(Parse(""));
+        EXPECT_THAT(Take(), ElementsAre("XML_GetBuffer 0", line, "Destroy"));
+        EXPECT_TRUE(Parse("<a/>"));
+        EXPECT_EQ(Take().front(), "XML_GetBuffer 4");
     }
 }
 

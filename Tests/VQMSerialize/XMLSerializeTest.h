@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include "Tests/Support/Recorder.h"
+#include "Tests/VQMSerialize/EmptyText.h"
 #include "Tests/VQMSerialize/ParserFault.h"
 #include "VQMSerialize/VQMXMLSerialize.h"
 
@@ -101,6 +102,6 @@ protected:
     StepTarget target;
 
     const std::string kEnd = Line("Deserialize", "ParseHttpResponse End !!!!\n");
-    const std::string kParseError = Line("Deserialize", "  PraseError !!!!\n");
-    const std::string kNoBuffer = Line("Deserialize", "CVQMXMLSerialize::Deserialize-  XML_GetBuffer Failed!!!!\n");
+    const std::string kParseError = Line("Deserialize", kParseErrorMessage);
+    const std::string kNoBuffer = Line("Deserialize", kNoBufferMessage);
 };
