@@ -1,7 +1,9 @@
 #include "Tools/CommandLine.h"
 
+#include <charconv>
 #include <cstdlib>
 #include <new>
+#include <system_error>
 #include <utility>
 
 #include "Diagnostics/Text/Suggestions.h"
@@ -54,6 +56,42 @@ std::string DescribeMissingCommand(const CLI::App& group, const std::vector<std:
     return text + (close.empty() ? "expected " + JoinWithOr(names) : "did you mean " + JoinWithOr(close) + "?");
 }
 
+/// The required argument that the line lacks, or nothing.
+const CLI::Option* MissingArgument(const CLI::App& command)
+{
+    for (const CLI::Option* option : command.get_options()) {
+        if (option->get_required() && option->count() == 0) {
+            return option;
+        }
+    }
+    return nullptr;
+}
+
+/// The option of the command, or of what it belongs to, that the library's error names.
+const CLI::Option* NamedOption(const CLI::App* command, const CLI::ParseError& error)
+{
+    for (; command != nullptr; command = command->get_parent()) {
+        for (const CLI::Option* option : command->get_options()) {
+            if (std::string(error.what()).find(option->get_name()) != std::string::npos) {
+                return option;
+            }
+        }
+    }
+    return nullptr;
+}
+
+/// In our own words: the library's differ from version to version.
+std::string DescribeArgument(const CLI::App& command, const CLI::ParseError& error)
+{
+    if (const CLI::Option* const missing = MissingArgument(command)) {
+        return missing->get_name() + " is missing";
+    }
+    if (const CLI::Option* const option = NamedOption(&command, error)) {
+        return option->get_name() + (option->get_expected_min() == 0 ? " takes no value" : " wants a value");
+    }
+    return "the arguments cannot be understood";
+}
+
 std::string Describe(CLI::App& app, const CLI::ParseError& error)
 {
     CLI::App& command = LastCommand(app);
@@ -61,7 +99,8 @@ std::string Describe(CLI::App& app, const CLI::ParseError& error)
     if (TakesCommands(command)) {
         return DescribeMissingCommand(command, leftOver);
     }
-    std::string text = leftOver.empty() ? error.what() : "unexpected argument '" + leftOver.front() + "'";
+    std::string text =
+        leftOver.empty() ? DescribeArgument(command, error) : "unexpected argument '" + leftOver.front() + "'";
     return text + "; see '" + FullName(command) + " --help'";
 }
 
@@ -103,6 +142,20 @@ CLI::App& CommandLine::AddCommand(CLI::App& group, const std::string& name, cons
 CLI::App& CommandLine::AddCommand(const std::string& name, const std::string& description, Action action)
 {
     return AddCommand(app_, name, description, std::move(action));
+}
+
+std::function<std::string(const std::string&)> WholeNumber(const std::string& option, int least, int most)
+{
+    return [option, least, most](const std::string& text) -> std::string {
+        int number = 0;
+        const char* const end = text.data() + text.size();
+        const auto [rest, error] = std::from_chars(text.data(), end, number);
+        if (rest != end || error != std::errc() || number < least || number > most) {
+            throw Failure(ExitCode::kUsage, option + " is '" + text + "'; expected a whole number from " +
+                                                std::to_string(least) + " to " + std::to_string(most));
+        }
+        return "";
+    };
 }
 
 int CommandLine::Run(int argc, char** argv)

@@ -18,17 +18,18 @@ void AddRemoteCommands(CommandLine& line)
     CLI::App& press = line.AddCommand(group, "press", "Press and release a key that the application holds",
                                       [options] { return PressRemoteKey(*options); });
     press.add_option("KEY", options->key, "The key's keysym name, such as XF86SimpleMenu or XF86More")->required();
-    press.add_option("--times", options->times, "How often to press it")
+    press.add_option("--times", options->times, "How often to press it, up to 10000 times")
         ->capture_default_str()
         ->type_name("N")
-        ->check(CLI::Range(1, 10000));
-    press.add_option("--hold", options->holdMilliseconds, "How long to hold it down each time")
+        ->check(WholeNumber("--times", 1, 10000), "");
+    press.add_option("--hold", options->holdMilliseconds, "How long to hold it down each time, up to 60000")
         ->capture_default_str()
         ->type_name("MS")
-        ->check(CLI::Range(0, 60000));
-    press.add_option("--wait", options->waitMilliseconds, "How long to wait for the application to hold it")
+        ->check(WholeNumber("--hold", 0, 60000), "");
+    press
+        .add_option("--wait", options->waitMilliseconds, "How long to wait for the application to hold it, up to 60000")
         ->capture_default_str()
         ->type_name("MS")
-        ->check(CLI::Range(0, 60000));
+        ->check(WholeNumber("--wait", 0, 60000), "");
     press.add_flag("--anyway", options->anyway, "Press it whoever receives it, held or not");
 }
