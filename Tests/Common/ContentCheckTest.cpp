@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include "Tests/Common/ContentCheckFixture.h"
+#include "Tests/VQMSerialize/EmptyText.h"
 #include "Tests/VQMSerialize/ParserFault.h"
 
 using recorder::Lines;

@@ -96,7 +96,7 @@ TEST_F(XMLSerialize, EventsBeforeAnErrorStayDelivered)
         EXPECT_FALSE(Parse(expected.document)) << expected.document;
         Lines lines = {"XML_GetBuffer " + std::to_string(std::string(expected.document).size())};
         lines.insert(lines.end(), expected.steps.begin(), expected.steps.end());
-        lines.push_back(kParseError);
+        lines.push_back(Line("Deserialize", RefusalMessage(expected.document)));
         lines.emplace_back("Destroy");
         EXPECT_EQ(Take(), lines) << expected.document;
     }
