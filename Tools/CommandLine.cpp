@@ -151,8 +151,8 @@ std::function<std::string(const std::string&)> WholeNumber(const std::string& op
         const char* const end = text.data() + text.size();
         const auto [rest, error] = std::from_chars(text.data(), end, number);
         if (rest != end || error != std::errc() || number < least || number > most) {
-            throw Failure(ExitCode::kUsage, option + " is '" + text + "'; expected a whole number from " +
-                                                std::to_string(least) + " to " + std::to_string(most));
+            throw CommandError(ExitCode::kUsage, option + " is '" + text + "'; expected a whole number from " +
+                                                     std::to_string(least) + " to " + std::to_string(most));
         }
         return "";
     };

@@ -8,7 +8,7 @@
 #include "Tools/ExitCode.h"
 
 /// A check for an option's value, which must be a whole number in this range. The check throws
-/// `Failure` and names the option.
+/// `CommandError` and names the option.
 std::function<std::string(const std::string&)> WholeNumber(const std::string& option, int least, int most);
 
 /// The command line of vqmctl: a tree of commands, each file of commands adding its own branch.

@@ -11,6 +11,9 @@ else()
     set(static_cxx OFF)
 endif()
 option(VQM_STATIC_CXX "Link the C++ runtime and Boost statically" ${static_cxx})
+if(POLICY CMP0167)
+    cmake_policy(SET CMP0167 NEW) # Boost's own description of itself; newer CMakes have no other
+endif()
 set(Boost_USE_STATIC_LIBS ${VQM_STATIC_CXX})
 find_package(Boost REQUIRED COMPONENTS system filesystem thread)
 

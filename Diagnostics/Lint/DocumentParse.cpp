@@ -1,11 +1,12 @@
 #include "Diagnostics/Lint/DocumentParse.h"
 
-#include <algorithm>
 #include <new>
 #include <string>
 #include <string_view>
 #include <strings.h>
 #include <utility>
+
+#include "Diagnostics/Lint/ParserPlace.h"
 
 namespace lint {
 
@@ -112,7 +113,7 @@ bool DocumentParse::ParseTo(std::uint64_t end, bool isFinal)
 /// Where the parser is; before its first event it is nowhere.
 std::uint64_t DocumentParse::Offset() const
 {
-    const XML_Index index = XML_GetCurrentByteIndex(parser_.get());
+    const std::int64_t index = ByteIndex(parser_.get());
     return index < 0 ? 0 : static_cast<std::uint64_t>(index);
 }
 
@@ -134,7 +135,7 @@ void DocumentParse::OnStart(void* self, const char* name, const char** attribute
 {
     auto& parse = *static_cast<DocumentParse*>(self);
     parse.Guarded([&] {
-        const auto size = static_cast<std::uint64_t>(XML_GetCurrentByteCount(parse.parser_.get()));
+        const auto size = static_cast<std::uint64_t>(ByteCount(parse.parser_.get()));
         const Mark mark = parse.window_.Advance(parse.Offset());
         parse.checker_.Start(StartTag(parse.window_, name, attributes, mark, size));
     });
@@ -178,7 +179,7 @@ void DocumentParse::OnDeclaration(void* self, const char* /*version*/, const cha
 void DocumentParse::ReportNotWellFormed()
 {
     const XML_Error error = XML_GetErrorCode(parser_.get());
-    const auto offset = static_cast<std::uint64_t>(std::max<XML_Index>(XML_GetErrorByteIndex(parser_.get()), 0));
+    const auto offset = Offset();
     Problem problem = {Rule::kNotWellFormed, std::string("not well-formed: ") + XML_ErrorString(error),
                        "well-formed XML", kRejects};
     const ScheduleChecker::Open* open = checker_.Innermost();
