@@ -88,6 +88,14 @@ apt_site() {
         awk -v release="^($1)\$" '$2 ~ release && $3 == "main" { print $1; exit }'
 }
 
+# ccache compiles nothing where it can keep nothing, as in a home that is read-only.
+spare_ccache() {
+    local folder
+    command -v ccache >/dev/null && [ -z "${CCACHE_READONLY:-}" ] || return 0
+    folder=$(ccache --get-config cache_dir 2>/dev/null) && mkdir -p "$folder" 2>/dev/null && [ -w "$folder" ] ||
+        export CCACHE_DISABLE=1
+}
+
 # Configures and builds a preset: build_preset dev [target...]
 build_preset() { build_with -DVQM_BUILD_TESTS=ON -- "$@"; }
 
@@ -112,6 +120,7 @@ build_with() {
     log=$root/build/$preset.log
     mkdir -p "$root/build"
     say "Building ($preset)"
+    spare_ccache
     : >"$log"
     (cd "$root" && cmake --preset "$preset" "${settings[@]}" &&
         NINJA_STATUS='[%f/%t] ' cmake --build --preset "$preset" "${targets[@]}") 2>&1 | follow "$log" || {
@@ -126,9 +135,11 @@ build_benchmarks() {
     install_packages build run benchmark
     build=$root/build/benchmark
     say "Building (release, with the benchmarks)"
+    spare_ccache
     mkdir -p "$build"
+    : >"$build/build.log"
     (cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DVQM_BUILD_TESTS=OFF -DVQM_BUILD_BENCHMARKS=ON &&
-        ninja -C "$build" "$@") >"$build/build.log" 2>&1 || {
+        NINJA_STATUS='[%f/%t] ' ninja -C "$build" "$@") 2>&1 | follow "$build/build.log" || {
         tail -n 20 "$build/build.log" >&2
         fail "the build failed; the whole story is in $build/build.log"
     }
