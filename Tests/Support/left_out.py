@@ -25,7 +25,8 @@ def left_out(results):
 
 def main(results):
     for reason, tests in left_out(results).items():
-        print(f"Left out: {sum(count or 1 for _, count in tests)} tests, because {reason}")
+        total = sum(count or 1 for _, count in tests)
+        print(f"Left out: {total} {'test' if total == 1 else 'tests'}, because {reason}")
         for name, count in sorted(tests):
             print(f"    {name}" + (f" ({count} of its tests)" if count else ""))
 

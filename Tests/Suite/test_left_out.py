@@ -1,0 +1,69 @@
+"""What ./test says of the tests that a machine leaves out, from a real run of ctest."""
+
+import os
+import subprocess
+from pathlib import Path
+
+import pytest
+
+from left_out import main
+
+NEEDS_NAMESPACE = Path(__file__).parents[1] / "Support/needs-namespace"
+PROJECT = """
+cmake_minimum_required(VERSION 3.25)
+project(Sample NONE)
+enable_testing()
+function(sample name skips text result)
+    file(WRITE ${CMAKE_BINARY_DIR}/${name} "${text}\\n")
+    add_test(NAME ${name} COMMAND sh -c "cat ${name}; exit ${result}" )
+    if(skips)
+        set_tests_properties(${name} PROPERTIES SKIP_RETURN_CODE 77)
+    endif()
+endfunction()
+"""
+SUMMARY = """..s
+=========================== short test summary info ============================
+SKIPPED [2] test_a.py:12: no namespace (for a reason)
+SKIPPED [1] test_b.py:7: no bus
+7 passed, 3 skipped in 0.1s"""
+
+
+def run(folder, capsys, *samples):
+    """What is said of a run of these samples: name, output, exit code."""
+    lines = "".join(f'sample({name} ON "{text}" {code})\n' for name, text, code in samples)
+    (folder / "CMakeLists.txt").write_text(PROJECT + lines)
+    build = folder / "build"
+    subprocess.run(["cmake", "-S", folder, "-B", build], check=True, capture_output=True)
+    subprocess.run(["ctest", "--test-dir", build, "--output-junit", folder / "tests.xml",
+                    "--test-output-size-passed", "65536"], capture_output=True)
+    main(folder / "tests.xml")
+    return capsys.readouterr().out
+
+
+def test_nothing_is_said_when_nothing_is_left_out(tmp_path, capsys):
+    assert run(tmp_path, capsys, ("passes", "SKIPPED is a word", 0), ("fails", "no", 1)) == ""
+
+
+def test_whole_tests_and_parts_are_counted_by_reason(tmp_path, capsys):
+    said = run(tmp_path, capsys, ("whole", "no namespace (for a reason)", 77), ("parts", SUMMARY, 0), ("fine", "", 0))
+    assert said == (
+        "Left out: 3 tests, because no namespace (for a reason)\n"
+        "    parts (2 of its tests)\n"
+        "    whole\n"
+        "Left out: 1 test, because no bus\n"
+        "    parts (1 of its tests)\n")
+
+
+@pytest.mark.parametrize("program, result, output", [
+    ('shift; exec "$@"', 0, "ran\n"),
+    ("echo 'unshare: no' >&2; exit 1", 77, "this machine lets you make no mount namespace (unshare: no)\n"),
+])
+def test_a_test_that_needs_a_namespace_runs_or_says_why_not(tmp_path, program, result, output):
+    """In place of unshare and mount: a machine that gives the right, and one that does not."""
+    for name, body in (("unshare", program), ("mount", "")):
+        path = tmp_path / name
+        path.write_text(f"#!/bin/sh\n{body}\n")
+        path.chmod(0o755)
+    completed = subprocess.run([NEEDS_NAMESPACE, "echo", "ran"], capture_output=True, text=True,
+                               env={**os.environ, "PATH": f"{tmp_path}:{os.environ['PATH']}"})
+    assert (completed.returncode, completed.stdout) == (result, output)
