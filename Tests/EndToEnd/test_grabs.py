@@ -6,7 +6,7 @@ import pytest
 from Xlib import X
 from Xlib.ext import xtest
 
-from desktop import TOOL_KEYS, Keyboard, keysym, wait_until
+from desktop import APP_ID, TOOL_KEYS, Keyboard, keysym, new_desktop, wait_until
 from home import BUILD, PATIENCE
 
 MORE = TOOL_KEYS["XF86More"]
@@ -125,3 +125,64 @@ def test_a_keyboard_change_while_a_lent_key_is_down_loses_no_release(desktop):
     assert press.process.wait(2 * PATIENCE) == 0
     application.wait_for("not used in vqm mode")
     assert not on_keyboard(keyboard, MORE)
+
+
+@pytest.mark.parametrize("modifiers", [X.AnyModifier, X.ControlMask])
+@pytest.mark.parametrize("end", ["releases it", "disconnects"])
+def test_key_that_another_client_gives_up_is_taken(desktop, keyboard, modifiers, end):
+    other = hold(desktop, keyboard, MORE, modifiers)
+    application = desktop.start_application()
+    wait_until(lambda: any("XF86More" in line for line in platform_lines(application)), "the failed key is named")
+    if end == "disconnects":
+        other.close()
+    else:
+        other.screen().root.ungrab_key(keyboard.keycode(MORE), modifiers)
+        other.sync()
+    connection = desktop.connect()
+    wait_until(lambda: not failed_keys(connection), "no key fails any more")
+    keyboard.tap(MORE)
+    application.wait_for("not used in vqm mode")
+
+
+def failed_keys(connection):
+    """What the application publishes as its failures."""
+    owner = connection.get_selection_owner(connection.intern_atom(APP_ID))
+    names = owner.get_full_property(connection.intern_atom("_TV_FAILED_KEYS"), X.AnyPropertyType)
+    return names.value if names else b""
+
+
+@pytest.fixture
+def two_screens():
+    created = new_desktop(server_options=["-screen", "1", "800x600x24"])
+    yield created
+    created.close()
+
+
+@pytest.mark.parametrize("focused", [0, 1])
+def test_keys_arrive_whichever_screen_has_the_focus(two_screens, focused):
+    keyboard = Keyboard(two_screens)
+    keyboard.add(*TOOL_KEYS.values())
+    application = two_screens.start_application()
+    connection = two_screens.connect()
+    screen = connection.screen(focused)
+    window = screen.root.create_window(0, 0, 100, 100, 0, screen.root_depth, override_redirect=True)
+    window.map()
+    connection.sync()
+    window.set_input_focus(X.RevertToParent, X.CurrentTime)
+    connection.sync()
+    assert connection.get_input_focus().focus.id == window.id
+    keyboard.tap(MENU)
+    keyboard.tap(MORE)
+    application.wait_for("not used in vqm mode", 2)
+
+
+def test_key_held_on_another_screen_only_is_named(two_screens):
+    keyboard = Keyboard(two_screens)
+    keyboard.add(*TOOL_KEYS.values())
+    other = two_screens.connect()
+    other.screen(1).root.grab_key(keyboard.keycode(MORE), X.AnyModifier, True, X.GrabModeAsync, X.GrabModeAsync)
+    other.sync()
+    application = two_screens.start_application()
+    wait_until(lambda: any("XF86More" in line for line in platform_lines(application)), "the failed key is named")
+    keyboard.tap(MORE)
+    application.wait_for("not used in vqm mode")

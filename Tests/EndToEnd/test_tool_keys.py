@@ -4,10 +4,12 @@ import os
 import time
 
 import pytest
+from Xlib import X
 
 from desktop import (
     SETTING_KEY,
     TOOL_KEYS,
+    FocusedClient,
     children_of,
     is_running,
     keysym,
@@ -138,3 +140,55 @@ def test_without_a_companion_a_negative_result_is_logged_and_it_runs_on(desktop,
     application.wait_for("result = ", 2)
     assert application.results()[1] > 0
     assert is_running(application.pid)
+
+
+PLAY = "XF86AudioPlay"
+
+
+@pytest.mark.parametrize(
+    "steps",
+    [
+        "+Play +More -Play -More",
+        "+Play +More -More -Play",
+        "+More +Play -More -Play",
+        "+SimpleMenu +More -SimpleMenu -More",
+        "+SimpleMenu +More -More -SimpleMenu",
+        "+Play +SimpleMenu +More -Play -SimpleMenu -More",
+        "+Play +More -Play -More +More -More +Play +More -Play -More",
+        "+a +More -a -More",
+        "+More +a -More -a",
+    ],
+)
+def test_every_release_counts_once_however_keys_overlap(desktop, keyboard, steps):
+    desktop.install_companion(PASSING_COMPANION)
+    desktop.switch_on()
+    numbers = {**{name.removeprefix("XF86"): number for name, number in TOOL_KEYS.items()},
+               "Play": keysym(PLAY), "a": keysym("a")}
+    keyboard.add(keysym(PLAY))
+    client = FocusedClient(desktop)
+    client.take_focus()
+    application = desktop.start_application()
+    for _ in range(5):
+        for step in steps.split():
+            (keyboard.press if step[0] == "+" else keyboard.release)(numbers[step[1:]])
+    releases = 5 * (steps.count("-More") + steps.count("-SimpleMenu"))
+    application.wait_for("result = ", releases)
+    # One more tap, which comes last: what would be counted twice has been counted by then.
+    keyboard.tap(TOOL_KEYS["XF86More"])
+    application.wait_for("result = ", releases + 1)
+    assert len(application.results()) == releases + 1
+    assert client.has_focus()
+    assert client.focus_lost == 0
+
+
+def test_tool_key_pressed_while_another_client_has_the_keyboard_is_left_to_it(desktop, keyboard):
+    application = desktop.start_application()
+    other = desktop.connect()
+    other.screen().root.grab_keyboard(False, X.GrabModeAsync, X.GrabModeAsync, X.CurrentTime)
+    other.sync()
+    keyboard.tap(TOOL_KEYS["XF86More"])
+    other.ungrab_keyboard(X.CurrentTime)
+    other.sync()
+    keyboard.tap(TOOL_KEYS["XF86SimpleMenu"])
+    application.wait_for("not used in vqm mode")
+    assert len(application.matching("not used in vqm mode")) == 1

@@ -118,7 +118,7 @@ class Application(Program):
 class Desktop:
     """One X server with a private home. Close it when done."""
 
-    def __init__(self, root, width=1920, height=1080):
+    def __init__(self, root, width=1920, height=1080, server_options=()):
         self.root = Path(root)
         self.programs = []
         self.cleanup = contextlib.ExitStack()
@@ -127,7 +127,7 @@ class Desktop:
         self.runtime, self.settings = self._home.runtime, self._home.settings
         self.data = self.home / ".local/share"
         (self.data / "applications").mkdir(parents=True)
-        x_server = XServer(self.root / "xvfb.log", width, height)
+        x_server = XServer(self.root / "xvfb.log", width, height, server_options)
         self.cleanup.callback(x_server.stop)
         self.server, self.stop_server, self.display_name = x_server.process, x_server.stop, x_server.display
         self.environment = self._home.environment

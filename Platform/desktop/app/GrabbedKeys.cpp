@@ -32,21 +32,23 @@ std::map<KeyCode, int> FindKeycodes(const std::set<int>& keyIds, const KeyboardM
 /// Asks for many grabs at once and learns with one round trip which were refused.
 class GrabRequests {
 public:
-    GrabRequests(Display* display, Window root) : display_(display), root_(root), trap_(display) {}
+    using Place = std::pair<KeyCode, Window>;
 
-    void Ask(KeyCode keycode, unsigned int modifiers)
+    explicit GrabRequests(Display* display) : display_(display), trap_(display) {}
+
+    void Ask(const Place& place, unsigned int modifiers)
     {
-        keycodes_[NextRequest(display_)] = keycode;
-        XGrabKey(display_, keycode, modifiers, root_, False, GrabModeAsync, GrabModeAsync);
+        places_[NextRequest(display_)] = place;
+        XGrabKey(display_, place.first, modifiers, place.second, False, GrabModeAsync, GrabModeAsync);
     }
 
-    /// How many requests of each keycode were refused.
-    std::map<KeyCode, std::size_t> Refused()
+    /// How many requests for each place were refused.
+    std::map<Place, std::size_t> Refused()
     {
-        std::map<KeyCode, std::size_t> refused;
+        std::map<Place, std::size_t> refused;
         for (const unsigned long request : trap_.FailedRequests()) {
-            const auto asked = keycodes_.find(request);
-            if (asked != keycodes_.end()) {
+            const auto asked = places_.find(request);
+            if (asked != places_.end()) {
                 ++refused[asked->second];
             }
         }
@@ -55,14 +57,19 @@ public:
 
 private:
     Display* display_;
-    Window root_;
     XErrorTrap trap_;
-    std::map<unsigned long, KeyCode> keycodes_;
+    std::map<unsigned long, Place> places_;
 };
 
 } // namespace
 
-GrabbedKeys::GrabbedKeys(Display* display) : display_(display), root_(DefaultRootWindow(display)) {}
+GrabbedKeys::GrabbedKeys(Display* display) : display_(display)
+{
+    // A key press is looked up on the screen that has the focus, or the pointer.
+    for (int screen = 0; screen < ScreenCount(display); ++screen) {
+        roots_.push_back(RootWindow(display, screen));
+    }
+}
 
 void GrabbedKeys::Add(const std::set<int>& keyIds)
 {
@@ -76,12 +83,23 @@ void GrabbedKeys::Remove(const std::set<int>& keyIds)
         wanted_.erase(keyId);
     }
     std::map<KeyCode, int> kept;
-    for (const auto& [keycode, key] : keys_) {
+    for (const auto& [place, key] : keys_) {
         if (wanted_.count(key.keyId) != 0) {
-            kept.emplace(keycode, key.keyId);
+            kept.emplace(place.first, key.keyId);
         }
     }
     DropAllBut(kept);
+    XFlush(display_);
+}
+
+void GrabbedKeys::Clear()
+{
+    wanted_.clear();
+    keys_.clear();
+    logged_.clear();
+    for (const Window root : roots_) {
+        XUngrabKey(display_, AnyKey, AnyModifier, root);
+    }
     XFlush(display_);
 }
 
@@ -91,18 +109,21 @@ void GrabbedKeys::Renew()
     const std::map<KeyCode, int> found = FindKeycodes(wanted_, keyboard);
     DropAllBut(found);
     for (const auto& [keycode, keyId] : found) {
-        // A key that is grabbed already keeps its grab: released for a moment it could be missed.
-        keys_.emplace(keycode, Key{keyId, Grip::kNone}).first->second.keyId = keyId;
+        for (const Window root : roots_) {
+            // A key that is grabbed already keeps its grab: released for a moment it could be missed.
+            keys_.emplace(Place(keycode, root), Key{keyId, GrabState::kNone}).first->second.keyId = keyId;
+        }
     }
     Grab(LockModifierCombinations(display_, keyboard));
-    LogNewFailures();
+    LogChanges();
 }
 
 void GrabbedKeys::DropAllBut(const std::map<KeyCode, int>& wanted)
 {
     for (auto key = keys_.begin(); key != keys_.end();) {
-        if (wanted.count(key->first) == 0) {
-            XUngrabKey(display_, key->first, AnyModifier, root_);
+        const auto& [keycode, root] = key->first;
+        if (wanted.count(keycode) == 0) {
+            XUngrabKey(display_, keycode, AnyModifier, root);
             key = keys_.erase(key);
         } else {
             ++key;
@@ -112,16 +133,16 @@ void GrabbedKeys::DropAllBut(const std::map<KeyCode, int>& wanted)
 
 void GrabbedKeys::Grab(const std::vector<unsigned int>& lockCombinations)
 {
-    GrabRequests requests(display_, root_);
-    for (const auto& [keycode, key] : keys_) {
-        if (key.grip != Grip::kWhole) {
-            requests.Ask(keycode, AnyModifier);
+    GrabRequests requests(display_);
+    for (const auto& [place, key] : keys_) {
+        if (key.state != GrabState::kWhole) {
+            requests.Ask(place, AnyModifier);
         }
     }
-    const std::map<KeyCode, std::size_t> refused = requests.Refused();
-    for (auto& [keycode, key] : keys_) {
-        if (refused.count(keycode) == 0) {
-            key.grip = Grip::kWhole;
+    const std::map<Place, std::size_t> refused = requests.Refused();
+    for (auto& [place, key] : keys_) {
+        if (refused.count(place) == 0) {
+            key.state = GrabState::kWhole;
         }
     }
     if (refused.empty()) {
@@ -129,47 +150,52 @@ void GrabbedKeys::Grab(const std::vector<unsigned int>& lockCombinations)
     }
 
     // Any modifier is refused as a whole where another client has one combination.
-    for (const auto& [keycode, count] : refused) {
+    for (const auto& [place, count] : refused) {
         for (const unsigned int modifiers : lockCombinations) {
-            requests.Ask(keycode, modifiers);
+            requests.Ask(place, modifiers);
         }
     }
-    std::map<KeyCode, std::size_t> refusedParts = requests.Refused();
-    for (const auto& [keycode, count] : refused) {
-        const bool nothingLeft = refusedParts[keycode] == lockCombinations.size();
-        keys_.at(keycode).grip = nothingLeft ? Grip::kNone : Grip::kPartial;
+    std::map<Place, std::size_t> refusedParts = requests.Refused();
+    for (const auto& [place, count] : refused) {
+        const bool nothingLeft = refusedParts[place] == lockCombinations.size();
+        keys_.at(place).state = nothingLeft ? GrabState::kNone : GrabState::kPartial;
     }
 }
 
-void GrabbedKeys::LogNewFailures()
+void GrabbedKeys::LogChanges()
 {
-    std::map<int, Grip> failures;
-    for (const auto& [keycode, key] : keys_) {
-        if (key.grip != Grip::kWhole) {
-            failures[key.keyId] = GripOf(key.keyId);
+    std::map<int, GrabState> failures;
+    for (const auto& [place, key] : keys_) {
+        if (key.state != GrabState::kWhole) {
+            failures[key.keyId] = StateOf(key.keyId);
         }
     }
-    for (const auto& [keyId, grip] : failures) {
+    for (const auto& [keyId, state] : failures) {
         const auto logged = logged_.find(keyId);
-        if (logged != logged_.end() && logged->second == grip) {
+        if (logged != logged_.end() && logged->second == state) {
             continue;
         }
-        if (grip == Grip::kPartial) {
+        if (state == GrabState::kPartial) {
             PLATFORM_LOG(DLOG_WARN, "another program holds a combination of the key %s: taken without it",
                          KeyName(keyId));
         } else {
             PLATFORM_LOG(DLOG_WARN, "another program holds the key %s: not taken", KeyName(keyId));
         }
     }
+    for (const auto& [keyId, state] : logged_) {
+        if (failures.count(keyId) == 0 && wanted_.count(keyId) != 0) {
+            PLATFORM_LOG(DLOG_INFO, "no other program holds the key %s any more: taken", KeyName(keyId));
+        }
+    }
     logged_ = std::move(failures);
 }
 
-Grip GrabbedKeys::GripOf(int keyId) const
+GrabState GrabbedKeys::StateOf(int keyId) const
 {
-    Grip worst = Grip::kWhole;
-    for (const auto& [keycode, key] : keys_) {
+    GrabState worst = GrabState::kWhole;
+    for (const auto& [place, key] : keys_) {
         if (key.keyId == keyId) {
-            worst = std::max(worst, key.grip);
+            worst = std::max(worst, key.state);
         }
     }
     return worst;
@@ -177,18 +203,18 @@ Grip GrabbedKeys::GripOf(int keyId) const
 
 std::vector<std::string> GrabbedKeys::HeldNames() const
 {
-    return NamesOf([](const Key& key) { return key.grip != Grip::kNone; });
+    return NamesOf([](const Key& key) { return key.state != GrabState::kNone; });
 }
 
 std::vector<std::string> GrabbedKeys::FailedNames() const
 {
-    return NamesOf([](const Key& key) { return key.grip != Grip::kWhole; });
+    return NamesOf([](const Key& key) { return key.state != GrabState::kWhole; });
 }
 
 std::vector<std::string> GrabbedKeys::NamesOf(bool (*counts)(const Key&)) const
 {
     std::set<int> keyIds;
-    for (const auto& [keycode, key] : keys_) {
+    for (const auto& [place, key] : keys_) {
         if (counts(key)) {
             keyIds.insert(key.keyId);
         }

@@ -3,6 +3,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <X11/Xlib.h>
@@ -10,13 +11,14 @@
 namespace desktop {
 
 /// How much of a key is ours.
-enum class Grip {
+enum class GrabState {
     kWhole,   ///< every press, whatever modifiers are down
     kPartial, ///< another client has some combination; ours are what is left of plain and locked
     kNone,    ///< another client has the key
 };
 
-/// Key ids grabbed on a display's root window, so that their events arrive whoever has the focus.
+/// Key ids grabbed on the root window of each of a display's screens, so that their events arrive
+/// whoever has the focus.
 ///
 /// An id stands for every key that gives its symbol without a modifier; an id without a key on
 /// this keyboard is remembered for the day it appears. What another client holds is logged by
@@ -33,8 +35,11 @@ public:
     /// are now, and tries again what another client held.
     void Renew();
 
+    /// Releases every grab, and remembers no id. Waits for nothing.
+    void Clear();
+
     /// The worst among the keys of this id; whole when the keyboard has none.
-    Grip GripOf(int keyId) const;
+    GrabState StateOf(int keyId) const;
 
     /// Names of the keys whose presses arrive, in the order of their ids.
     std::vector<std::string> HeldNames() const;
@@ -44,19 +49,22 @@ public:
 private:
     struct Key {
         int keyId;
-        Grip grip;
+        GrabState state;
     };
+
+    /// A grab is one key on one screen.
+    using Place = std::pair<KeyCode, Window>;
 
     void DropAllBut(const std::map<KeyCode, int>& wanted);
     void Grab(const std::vector<unsigned int>& lockCombinations);
-    void LogNewFailures();
+    void LogChanges();
     std::vector<std::string> NamesOf(bool (*counts)(const Key&)) const;
 
     Display* display_;
-    Window root_;
+    std::vector<Window> roots_;
     std::set<int> wanted_;
-    std::map<KeyCode, Key> keys_;
-    std::map<int, Grip> logged_;
+    std::map<Place, Key> keys_;
+    std::map<int, GrabState> logged_;
 };
 
 } // namespace desktop

@@ -3,18 +3,23 @@
 #include <cstdlib>
 #include <memory>
 #include <set>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include <Ecore.h>
 #include <Ecore_X.h>
 #include <X11/XKBlib.h>
 
 #include "Platform/desktop/app/GrabbedKeys.h"
+#include "Platform/desktop/app/KeyGrab.h"
 #include "Platform/desktop/app/KeyWindow.h"
 #include "Platform/desktop/app/RunningInstance.h"
+#include "Platform/desktop/app/UngrabWatch.h"
 #include "Platform/desktop/app/XServerLoss.h"
 #include "Platform/desktop/base/PlatformLog.h"
 #include "Platform/desktop/x11/KeyTable.h"
+#include "Platform/desktop/x11/XConnection.h"
 
 static_assert(sizeof(GrabKey) == 12 && sizeof(GrabKeyList) == 2316, "callers allocate lists of this size");
 static_assert(GRAB_KEY_COUNT == desktop::kKeyIds);
@@ -49,15 +54,50 @@ std::set<int> KeysOf(const GrabKeyList& list, bool onlyToolKeys)
     return keys;
 }
 
+void Renew();
+
+/// The toolkit closes its connection with its last window, and the grabs end with it.
+bool CanGrab()
+{
+    return HeldKeys() != nullptr && ecore_x_display_get() != nullptr;
+}
+
+void OnMayBeFree()
+{
+    if (CanGrab() && !HeldKeys()->FailedNames().empty()) {
+        Renew();
+    }
+}
+
+void WatchFailedKeys(void* /*data*/)
+{
+    if (CanGrab() && !HeldKeys()->FailedNames().empty()) {
+        desktop::WatchForUngrabs(desktop::OwnDisplay(), OnMayBeFree);
+    }
+}
+
+/// Lets the tools know, and keeps an eye on what could not be had.
 void Publish()
 {
-    desktop::PublishKeys(HeldKeys()->HeldNames(), HeldKeys()->FailedNames());
+    const std::vector<std::string> failed = HeldKeys()->FailedNames();
+    desktop::PublishKeys(HeldKeys()->HeldNames(), failed);
+    if (!failed.empty()) {
+        // Later: what was refused may be handed back anyway.
+        ecore_job_add(WatchFailedKeys, nullptr);
+    }
+}
+
+void Renew()
+{
+    HeldKeys()->Renew();
+    Publish();
 }
 
 Eina_Bool OnMappingChanged(void* /*data*/, int /*type*/, void* /*event*/)
 {
-    HeldKeys()->Renew();
-    Publish();
+    if (CanGrab()) {
+        Renew();
+    }
     return ECORE_CALLBACK_PASS_ON;
 }
 
@@ -65,11 +105,20 @@ void StartHolding(Display* display)
 {
     // A held key then repeats as presses alone, and its one release is real.
     XkbSetDetectableAutoRepeat(display, True, nullptr);
+    desktop::ReceiveGrabbedKeys(display);
     ecore_event_handler_add(ECORE_X_EVENT_MAPPING_CHANGE, OnMappingChanged, nullptr);
     HeldKeys() = std::make_unique<desktop::GrabbedKeys>(display);
 }
 
 } // namespace
+
+void desktop::ReleaseHeldKeys()
+{
+    if (CanGrab()) {
+        HeldKeys()->Clear();
+    }
+    HeldKeys().reset();
+}
 
 int Grab_InitKeys(GrabKeyList* list)
 {
@@ -114,7 +163,7 @@ int Grab_RegisterKeys(void* display, unsigned int window, GrabKeyList* list)
 
     int result = 0;
     for (GrabKey& slot : list->keys) {
-        slot.result = HeldKeys()->GripOf(slot.keyId) == desktop::Grip::kWhole ? 0 : kFailure;
+        slot.result = HeldKeys()->StateOf(slot.keyId) == desktop::GrabState::kWhole ? 0 : kFailure;
         result = slot.result == 0 ? result : kFailure;
     }
     return result;

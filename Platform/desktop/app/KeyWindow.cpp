@@ -1,9 +1,18 @@
 #include "Platform/desktop/app/KeyWindow.h"
 
+#include <array>
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+
 #include <Ecore_Evas.h>
 #include <Ecore_Input.h>
 #include <Ecore_X.h>
 #include <Elementary.h>
+#include <X11/extensions/XInput2.h>
+
+#include "Platform/desktop/base/PlatformLog.h"
 
 namespace desktop {
 
@@ -21,6 +30,30 @@ Target& TheTarget()
     static Target target;
     return target;
 }
+
+/// What a key was when it went down. Its release is reported under the same name.
+struct PressedKey {
+    std::string name;
+    std::string symbol;
+};
+
+/// The keys whose presses arrived and whose releases have not.
+std::map<unsigned int, PressedKey>& PressedKeys()
+{
+    static std::map<unsigned int, PressedKey> keys;
+    return keys;
+}
+
+/// The windows that keys are grabbed on. An event's own root window is that of the pointer's screen,
+/// which may be another than the one whose root has the grab.
+std::set<Window>& Roots()
+{
+    static std::set<Window> roots;
+    return roots;
+}
+
+/// The X server's number for the input extension; 0 without it.
+int inputExtension = 0;
 
 Evas* CanvasOf(Window window)
 {
@@ -49,10 +82,15 @@ Evas_Object* WindowObjectOn(Evas* canvas, Window window)
     return nullptr;
 }
 
-void ForgetTarget(void* /*data*/, Evas* /*canvas*/, Evas_Object* /*object*/, void* /*info*/)
+void ForgetTarget()
 {
     ecore_event_filter_del(TheTarget().filter);
     TheTarget() = Target();
+}
+
+void OnWindowDeleted(void* /*data*/, Evas* /*canvas*/, Evas_Object* /*object*/, void* /*info*/)
+{
+    ForgetTarget();
 }
 
 /// The focus on the canvas is our doing; a real change of focus on the display takes it away again.
@@ -66,15 +104,67 @@ void FocusOnCanvas(const Target& target)
     }
 }
 
-Eina_Bool RedirectKey(void* /*data*/, void* /*loopData*/, int type, void* event)
+void NotePress(const Ecore_Event_Key& key)
+{
+    // A key that is held repeats its press.
+    PressedKeys().try_emplace(key.keycode, PressedKey{key.keyname, key.key});
+}
+
+/// False when the release was reported already: of two reports the first counts.
+bool NoteRelease(const Ecore_Event_Key& key)
+{
+    return PressedKeys().erase(key.keycode) != 0;
+}
+
+void ReportRelease(const XIRawEvent& release)
+{
+    const auto pressed = PressedKeys().find(static_cast<unsigned int>(release.detail));
+    if (pressed == PressedKeys().end()) {
+        return;
+    }
+    const PressedKey key = std::move(pressed->second);
+    PressedKeys().erase(pressed);
+    const Target& target = TheTarget();
+    FocusOnCanvas(target);
+    evas_event_feed_key_up(target.canvas, key.name.c_str(), key.symbol.c_str(), nullptr, nullptr,
+                           static_cast<unsigned int>(release.time), nullptr);
+}
+
+/// Any client may destroy any window. The toolkit would take its canvas down with it, and with its
+/// last window its connection and the grabs. Keys need the canvas alone: on the display there is
+/// nothing of the window to see.
+bool IsLossOfKeyWindow(const Ecore_X_Event_Window_Destroy& destroyed)
+{
+    if (destroyed.win != TheTarget().window) {
+        return false;
+    }
+    PLATFORM_LOG(DLOG_WARN, "another program has closed the application's window: the keys go on without it");
+    return true;
+}
+
+/// Returns whether the event goes on to its handlers.
+Eina_Bool FilterEvent(void* /*data*/, void* /*loopData*/, int type, void* event)
 {
     if (type == ECORE_EVENT_KEY_DOWN || type == ECORE_EVENT_KEY_UP) {
         auto* key = static_cast<Ecore_Event_Key*>(event);
+        if (Roots().count(key->event_window) == 0) {
+            return EINA_TRUE;
+        }
+        if (type == ECORE_EVENT_KEY_DOWN) {
+            NotePress(*key);
+        } else if (!NoteRelease(*key)) {
+            return EINA_FALSE;
+        }
         const Target& target = TheTarget();
-        if (key->event_window == key->root_window) {
-            FocusOnCanvas(target);
-            key->window = target.window;
-            key->event_window = target.window;
+        FocusOnCanvas(target);
+        key->window = target.window;
+        key->event_window = target.window;
+    } else if (type == ECORE_X_EVENT_WINDOW_DESTROY) {
+        return !IsLossOfKeyWindow(*static_cast<const Ecore_X_Event_Window_Destroy*>(event));
+    } else if (type == ECORE_X_EVENT_GENERIC && inputExtension != 0) {
+        const auto* generic = static_cast<const Ecore_X_Event_Generic*>(event);
+        if (generic->extension == inputExtension && generic->evtype == XI_RawKeyRelease && generic->data != nullptr) {
+            ReportRelease(*static_cast<const XIRawEvent*>(generic->data));
         }
     }
     return EINA_TRUE;
@@ -105,14 +195,14 @@ bool DirectGrabbedKeysTo(Window window)
         return true;
     }
     if (target.object != nullptr) {
-        evas_object_event_callback_del(target.object, EVAS_CALLBACK_DEL, ForgetTarget);
-        ForgetTarget(nullptr, nullptr, nullptr, nullptr);
+        evas_object_event_callback_del(target.object, EVAS_CALLBACK_DEL, OnWindowDeleted);
+        ForgetTarget();
     }
     target.window = window;
     target.canvas = canvas;
     target.object = object;
-    target.filter = ecore_event_filter_add(nullptr, RedirectKey, nullptr, nullptr);
-    evas_object_event_callback_add(object, EVAS_CALLBACK_DEL, ForgetTarget, nullptr);
+    target.filter = ecore_event_filter_add(nullptr, FilterEvent, nullptr, nullptr);
+    evas_object_event_callback_add(object, EVAS_CALLBACK_DEL, OnWindowDeleted, nullptr);
     KeepOutOfTheWay(static_cast<Ecore_X_Window>(window));
     return true;
 }
@@ -120,6 +210,29 @@ bool DirectGrabbedKeysTo(Window window)
 Window KeyWindow()
 {
     return TheTarget().window;
+}
+
+void ReceiveGrabbedKeys(Display* display)
+{
+    for (int screen = 0; screen < ScreenCount(display); ++screen) {
+        Roots().insert(RootWindow(display, screen));
+    }
+    int opcode = 0;
+    int firstEvent = 0;
+    int firstError = 0;
+    // From 2.1 on these events arrive whoever has the keyboard; the toolkit has asked for as much.
+    int major = 2;
+    int minor = 2;
+    if (XQueryExtension(display, "XInputExtension", &opcode, &firstEvent, &firstError) == False ||
+        XIQueryVersion(display, &major, &minor) != Success) {
+        return; // every release of a key that is pressed alone still arrives
+    }
+    std::array<unsigned char, XIMaskLen(XI_LASTEVENT)> bits = {};
+    XISetMask(bits.data(), XI_RawKeyRelease);
+    XIEventMask mask = {XIAllMasterDevices, static_cast<int>(bits.size()), bits.data()};
+    // One selection is enough for all screens.
+    XISelectEvents(display, DefaultRootWindow(display), &mask, 1);
+    inputExtension = opcode;
 }
 
 } // namespace desktop

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <X11/X.h>
+#include <X11/Xlib.h>
 
 namespace desktop {
 
@@ -12,5 +12,13 @@ bool DirectGrabbedKeysTo(Window window);
 
 /// The window that the keys go to; `None` when there is none.
 Window KeyWindow();
+
+/// From now on the events of keys that are grabbed on the display's root windows go to the window,
+/// and every press brings exactly one release. Call it once.
+///
+/// A grab ends with the release of the key that began it. What else is down at that moment would be
+/// released to the client that has the focus. `display` is the toolkit's connection, which the grabs
+/// belong to.
+void ReceiveGrabbedKeys(Display* display);
 
 } // namespace desktop
