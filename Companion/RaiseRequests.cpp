@@ -2,7 +2,9 @@
 
 #include <utility>
 
-RaiseRequests::RaiseRequests(Display* display, const desktop::InstanceClaim& claim, std::function<void()> raise)
+#include "Platform/desktop/app/EndSignals.h"
+
+RaiseRequests::RaiseRequests(Display* display, desktop::InstanceClaim& claim, std::function<void()> raise)
     : display_(display),
       claim_(claim),
       raise_(std::move(raise)),
@@ -21,7 +23,9 @@ Eina_Bool RaiseRequests::OnReadable(void* data, Ecore_Fd_Handler* /*handler*/)
     while (XPending(self->display_) > 0) {
         XEvent event;
         XNextEvent(self->display_, &event);
-        if (self->claim_.IsLaunchRequest(event)) {
+        // A process that was told to end leaves the request to its successor, which is the one that asks.
+        if (self->claim_.IsLaunchRequest(event) && !desktop::EndRequested()) {
+            self->claim_.AnswerLaunchRequest(event);
             self->raise_();
         }
     }

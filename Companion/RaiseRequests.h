@@ -10,7 +10,7 @@
 class RaiseRequests {
 public:
     /// `display` and `claim` are borrowed. `raise` runs for each request.
-    RaiseRequests(Display* display, const desktop::InstanceClaim& claim, std::function<void()> raise);
+    RaiseRequests(Display* display, desktop::InstanceClaim& claim, std::function<void()> raise);
     ~RaiseRequests();
 
     RaiseRequests(const RaiseRequests&) = delete;
@@ -21,7 +21,7 @@ private:
     static Eina_Bool HasBuffered(void* data, Ecore_Fd_Handler* handler);
 
     Display* display_;
-    const desktop::InstanceClaim& claim_;
+    desktop::InstanceClaim& claim_;
     std::function<void()> raise_;
     Ecore_Fd_Handler* handler_;
 };

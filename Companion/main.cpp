@@ -1,5 +1,8 @@
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
+#include <unistd.h>
 
 #include <Efreet.h>
 #include <Elementary.h>
@@ -7,6 +10,7 @@
 #include "Common/VQMConfig.h"
 #include "Companion/RaiseRequests.h"
 #include "Companion/SyncDemoWindow.h"
+#include "Platform/desktop/app/EndSignals.h"
 #include "Platform/desktop/environment/ToolkitHome.h"
 #include "Platform/desktop/x11/Instance.h"
 #include "Platform/desktop/x11/XConnection.h"
@@ -15,6 +19,8 @@ namespace {
 
 constexpr char kCompanionId[] = VQM_APP_ID ".gui";
 constexpr int kCouldNotRun = 3;
+/// A start-up answers only once it is over.
+constexpr std::chrono::seconds kAnswerTimeout{30};
 
 /// A window of its own needs no power or locale daemons, no index of the installed applications,
 /// and no word about each read of the setting in the log it shares with the launching application.
@@ -26,20 +32,41 @@ void KeepQuiet()
     desktop::GiveToolkitWritableHome();
 }
 
-Eina_Bool OnSignal(void* /*data*/, int /*type*/, void* /*event*/)
+[[noreturn]] void LeaveAtOnce(const char* reason)
 {
-    elm_exit();
-    return ECORE_CALLBACK_RENEW;
+    std::fprintf(stderr, "VQMCompanion: %s\n", reason);
+    _exit(kCouldNotRun);
 }
 
-void RunWindow(Display* display, const desktop::InstanceClaim& claim)
+/// Becomes the one companion of the display; false when another one runs and comes forward instead.
+/// One that is about to end is waited for.
+bool BecomeTheCompanion(Display* display, std::unique_ptr<desktop::InstanceClaim>& claim)
+{
+    claim = std::make_unique<desktop::InstanceClaim>(display, kCompanionId);
+    while (claim->OtherInstance()) {
+        switch (desktop::RequestLaunch(display, *claim->OtherInstance(), kAnswerTimeout)) {
+        case desktop::LaunchAnswer::kTold:
+            return false;
+        case desktop::LaunchAnswer::kSilent:
+            std::fputs("VQMCompanion: the one that runs already does not answer\n", stderr);
+            std::exit(kCouldNotRun);
+        case desktop::LaunchAnswer::kGone:
+            claim = std::make_unique<desktop::InstanceClaim>(display, kCompanionId);
+        }
+    }
+    return true;
+}
+
+void RunWindow(Display* display, desktop::InstanceClaim& claim)
 {
     SyncDemoWindow window;
     const RaiseRequests requests(display, claim, [&window] { window.Raise(); });
-    Ecore_Event_Handler* signals = ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, OnSignal, nullptr);
     window.Raise();
+    desktop::EndMainLoopOnSignal(elm_exit);
     elm_run();
-    ecore_event_handler_del(signals);
+    desktop::LimitTeardown();
+    // First of all: the next start takes over.
+    claim.GiveUp();
 }
 
 } // namespace
@@ -52,16 +79,16 @@ int main(int argc, char** argv)
         std::fputs("VQMCompanion: cannot open the display that DISPLAY names\n", stderr);
         return kCouldNotRun;
     }
-    const desktop::InstanceClaim claim(display, kCompanionId);
-    if (claim.OtherInstance()) {
-        desktop::RequestLaunch(display, *claim.OtherInstance());
+    std::unique_ptr<desktop::InstanceClaim> claim;
+    if (!BecomeTheCompanion(display, claim)) {
         return EXIT_SUCCESS;
     }
+    desktop::CatchEndSignals(LeaveAtOnce); // until here they end the process as they do by default
     if (elm_init(argc, argv) <= 0) {
         std::fputs("VQMCompanion: cannot start the toolkit\n", stderr);
         return kCouldNotRun;
     }
-    RunWindow(display, claim);
+    RunWindow(display, *claim);
     elm_shutdown();
     return EXIT_SUCCESS;
 }

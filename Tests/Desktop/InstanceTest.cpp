@@ -2,6 +2,7 @@
 
 #include "Platform/desktop/x11/Instance.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <sys/wait.h>
@@ -15,7 +16,11 @@ using namespace desktop;
 
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr char kName[] = "org.example.instance";
+/// What never comes is not waited for any longer.
+constexpr auto kPatience = 60s;
 
 using Names = std::vector<std::string>;
 
@@ -53,6 +58,35 @@ protected:
         close(ready[0]);
         close(ready[1]);
         return pid;
+    }
+
+    /// A process that asks the instance to come forward, and ends with the answer as its status.
+    pid_t StartAsking() const
+    {
+        const pid_t pid = fork();
+        if (pid == 0) {
+            Display* display = XOpenDisplay(server_.Name().c_str());
+            _exit(static_cast<int>(RequestLaunch(display, *ReadInstance(display, kName), kPatience)));
+        }
+        return pid;
+    }
+
+    static LaunchAnswer AnswerTo(pid_t asking)
+    {
+        int status = 0;
+        waitpid(asking, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status));
+        return static_cast<LaunchAnswer>(WEXITSTATUS(status));
+    }
+
+    /// The next launch request that reaches the claim.
+    XEvent TakeRequest(const InstanceClaim& claim) const
+    {
+        XEvent event;
+        do {
+            XNextEvent(display_, &event);
+        } while (!claim.IsLaunchRequest(event));
+        return event;
     }
 
     XServer server_;
@@ -132,29 +166,86 @@ TEST_F(Instance, TheKeyWindowIsThereOnceTheMainLoopRuns)
     EXPECT_EQ(ReadInstance(display_, kName)->keyWindow, DefaultRootWindow(display_));
 }
 
-TEST_F(Instance, ALaunchRequestReachesTheClaim)
+TEST_F(Instance, ALaunchRequestReachesTheClaimAndIsAnswered)
 {
-    Display* asking = XOpenDisplay(server_.Name().c_str());
-    ASSERT_NE(asking, nullptr);
-    const InstanceClaim claim(display_, kName);
+    InstanceClaim claim(display_, kName);
+    const pid_t asking = StartAsking();
+    const XEvent request = TakeRequest(claim);
+    claim.AnswerLaunchRequest(request);
+    XFlush(display_);
+    EXPECT_EQ(AnswerTo(asking), LaunchAnswer::kTold);
 
-    RequestLaunch(asking, *ReadInstance(asking, kName));
-    XEvent event;
-    XNextEvent(display_, &event);
-    EXPECT_TRUE(claim.IsLaunchRequest(event));
-
-    XEvent other = event;
+    XEvent other = request;
     other.xclient.message_type = XA_STRING;
     EXPECT_FALSE(claim.IsLaunchRequest(other));
-    XCloseDisplay(asking);
 }
 
-TEST_F(Instance, ARequestToAWindowThatIsGoneIsNoError)
+TEST_F(Instance, AStartThatAsksAnInstanceThatEndsTakesOver)
+{
+    InstanceClaim claim(display_, kName);
+    const pid_t asking = StartAsking();
+    const XEvent request = TakeRequest(claim);
+    claim.GiveUp();
+    EXPECT_EQ(AnswerTo(asking), LaunchAnswer::kGone);
+    EXPECT_FALSE(claim.IsLaunchRequest(request));
+    EXPECT_FALSE(ReadInstance(display_, kName));
+    EXPECT_FALSE(InstanceClaim(display_, kName).OtherInstance());
+}
+
+TEST_F(Instance, ARequestIsSilentWhenNobodyAnswers)
+{
+    const InstanceClaim claim(display_, kName);
+    EXPECT_EQ(RequestLaunch(display_, *ReadInstance(display_, kName), 0ms), LaunchAnswer::kSilent);
+}
+
+TEST_F(Instance, ARequestToAWindowThatIsGoneSaysSo)
 {
     InstanceFacts gone;
     gone.window = 0x7654321;
-    RequestLaunch(display_, gone);
-    XSync(display_, False);
+    EXPECT_EQ(RequestLaunch(display_, gone, kPatience), LaunchAnswer::kGone);
+}
+
+TEST_F(Instance, AnswersToWindowsThatNeverWereAreIgnored)
+{
+    InstanceClaim claim(display_, kName);
+    for (const long window : {0L, 1L, 0x7654321L, 0xFFFFFFFFL}) {
+        XEvent request = {};
+        request.xclient.data.l[0] = window;
+        claim.AnswerLaunchRequest(request);
+    }
+    EXPECT_EQ(ReadInstance(display_, kName)->pid, getpid()) << "the connection lives";
+}
+
+TEST_F(Instance, ASuccessorWaitsUntilItsPredecessorIsGone)
+{
+    int go[2] = {-1, -1};
+    int ready[2] = {-1, -1};
+    ASSERT_EQ(pipe(go), 0);
+    ASSERT_EQ(pipe(ready), 0);
+    const pid_t predecessor = fork();
+    if (predecessor == 0) {
+        Display* display = XOpenDisplay(server_.Name().c_str());
+        InstanceClaim claim(display, kName);
+        claim.GiveUp();
+        XSync(display, False);
+        char byte = 0;
+        _exit(write(ready[1], "x", 1) == 1 && read(go[0], &byte, 1) == 1 ? 0 : 1);
+    }
+    char byte = 0;
+    ASSERT_EQ(read(ready[0], &byte, 1), 1);
+    const Atom ending = XInternAtom(display_, (std::string(kName) + ".ending").c_str(), False);
+
+    InstanceClaim successor(display_, kName);
+    EXPECT_FALSE(successor.OtherInstance());
+    successor.WaitForPredecessor(0ms);
+    EXPECT_NE(XGetSelectionOwner(display_, ending), None) << "the time was up";
+    ASSERT_EQ(write(go[1], "x", 1), 1);
+    successor.WaitForPredecessor(kPatience);
+    EXPECT_EQ(XGetSelectionOwner(display_, ending), None);
+    waitpid(predecessor, nullptr, 0);
+    for (const int fd : {go[0], go[1], ready[0], ready[1]}) {
+        close(fd);
+    }
 }
 
 TEST_F(Instance, AnOwnerThatDoesNotTellItsProcessIsNoInstance)

@@ -5,7 +5,7 @@ import signal
 
 import pytest
 
-from desktop import BUILD, TOOL_KEYS, Application, children_of, is_running, wait_until
+from desktop import BUILD, COMPANION_ID, TOOL_KEYS, Application, children_of, is_running, wait_until
 
 MORE = TOOL_KEYS["XF86More"]
 
@@ -48,7 +48,8 @@ def test_companion_that_forks_away(desktop, keyboard, application):
     wait_until((desktop.home / "forked").exists, "what it left behind lives on")
 
 
-def test_companion_gets_no_signal_of_the_terminal_that_the_application_was_started_in(desktop, keyboard):
+@pytest.mark.parametrize("end", ["hangup", "interrupt"])
+def test_signals_of_the_terminal_end_the_application_and_spare_the_companion(desktop, keyboard, end):
     desktop.switch_on()
     desktop.install_companion("exec sleep 1000\n")
     log = desktop.root / "application.log"
@@ -61,8 +62,10 @@ def test_companion_gets_no_signal_of_the_terminal_that_the_application_was_start
     own = int(Application.LINE.match(application.output().splitlines()[0])["pid"])
 
     pid = press(keyboard, application)
-    application.kill()  # a hangup for the terminal's session
-    os.killpg(own, signal.SIGINT)  # what Ctrl-C would send
+    if end == "hangup":
+        application.kill()  # closes the terminal
+    else:
+        os.killpg(own, signal.SIGINT)  # what Ctrl-C would send
     wait_until(lambda: not is_running(own), "the application ends")
     assert is_running(pid)
     os.killpg(pid, signal.SIGKILL)
@@ -119,7 +122,7 @@ def test_unusable_entry_is_a_negative_result_and_one_clear_line(desktop, keyboar
     assert press(keyboard, application) < 0
     own = [line for line in application.output().splitlines()[lines:] if "Quillmere" not in line]
     assert len(own) == 1, own
-    assert "org.quillmere.vqmkeygrab.gui" in own[0]
+    assert COMPANION_ID in own[0]
 
 
 def test_no_shell_sees_the_entry(desktop, keyboard, application):

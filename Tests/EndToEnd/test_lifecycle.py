@@ -9,7 +9,7 @@ from pathlib import Path
 
 import pytest
 
-from desktop import LANGUAGE_KEY, TOOL_KEYS, children_of, is_running, wait_until
+from desktop import BUILD, LANGUAGE_KEY, PATIENCE, TOOL_KEYS, Application, children_of, is_running, wait_until
 
 
 def test_start_up_in_order(desktop, keyboard):
@@ -35,7 +35,7 @@ def test_start_up_in_order(desktop, keyboard):
     assert {line[0] for line in lines[-3:]} == {"I"}
 
 
-@pytest.mark.parametrize("signal_number", [signal.SIGTERM, signal.SIGINT, signal.SIGQUIT])
+@pytest.mark.parametrize("signal_number", [signal.SIGTERM, signal.SIGINT, signal.SIGQUIT, signal.SIGHUP])
 def test_orderly_end(desktop, keyboard, signal_number):
     application = desktop.start_application()
     wait_until(lambda: "_resume() called start" in application.messages(), "resumed")
@@ -54,6 +54,19 @@ def test_orderly_end(desktop, keyboard, signal_number):
         ("D", "elm_main", "Unblock popups end"),
         ("D", "elm_main", "VQMKeygrab main End"),
     ]
+
+
+def test_started_with_hangups_ignored_it_goes_on_without_its_terminal(desktop):
+    application = Application(
+        ["sh", "-c", 'trap "" HUP; exec "$0"', BUILD / "bin/VQMKeygrab"], desktop.environment, desktop.root / "log"
+    )
+    desktop.programs.append(application)
+    application.wait_for("_app_control() called end")
+    application.process.send_signal(signal.SIGHUP)
+    application.process.send_signal(signal.SIGHUP)
+    desktop.start_application("second", wait=False).process.wait(PATIENCE)
+    application.wait_for("_app_control() called end", 2)
+    assert application.stop() == 0
 
 
 def test_launched_companion_lives_on(desktop, keyboard):

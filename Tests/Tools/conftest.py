@@ -16,11 +16,17 @@ def home(tmp_path):
 
 
 @pytest.fixture
-def screen(home):
-    """The X server's python connection; programs started from `home` use the same server."""
+def x_server(home):
+    """Programs started from `home` use it."""
     server = XServer(home.folder / "xvfb.log", 1280, 720)
     home.environment["DISPLAY"] = server.display
-    connection = xdisplay.Display(server.display)
+    yield server
+    server.stop()
+
+
+@pytest.fixture
+def screen(x_server):
+    """A python connection to the X server."""
+    connection = xdisplay.Display(x_server.display)
     yield connection
     connection.close()
-    server.stop()

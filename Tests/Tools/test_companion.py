@@ -3,6 +3,7 @@
 import configparser
 import signal
 import subprocess
+import time
 from pathlib import Path
 
 import pytest
@@ -59,6 +60,40 @@ def test_a_second_start_raises_the_first_and_ends(home, screen, companion):
     assert second.wait(timeout=PATIENCE) == 0
     wait_until(lambda: root.query_tree().children[-1].id == window(screen).id, "the window is on top")
     assert companion.poll() is None
+
+
+def test_start_right_after_the_signal_to_end_takes_over(home, screen, companion):
+    running = companion
+    for _ in range(5):
+        running.send_signal(signal.SIGTERM)
+        successor = home.start("VQMCompanion")
+        assert running.wait(timeout=PATIENCE) == 0
+        wait_until(lambda: window(screen), "the window is there")
+        running = successor
+    assert running.poll() is None
+
+
+def test_start_that_finds_a_companion_that_has_not_yet_seen_its_signal_takes_over(home, screen, companion):
+    companion.send_signal(signal.SIGSTOP)
+    companion.send_signal(signal.SIGTERM)
+    second = home.start("VQMCompanion")
+    time.sleep(0.5)  # it asks the first, which does not run
+    companion.send_signal(signal.SIGCONT)
+    assert companion.wait(timeout=PATIENCE) == 0
+    wait_until(lambda: window(screen), "the window is there")
+    assert second.poll() is None
+
+
+def test_hangup_ends_it_with_0(companion):
+    companion.send_signal(signal.SIGHUP)
+    assert companion.wait(timeout=PATIENCE) == 0
+
+
+def test_signal_ends_it_though_the_x_server_does_not_answer(x_server, companion):
+    x_server.process.send_signal(signal.SIGSTOP)
+    companion.send_signal(signal.SIGTERM)
+    companion.wait(timeout=PATIENCE)
+    x_server.process.send_signal(signal.SIGCONT)
 
 
 @pytest.mark.parametrize("key", ["Escape", "XF86Back", "Return"])

@@ -6,8 +6,10 @@
 
 #include "Platform/desktop/app/AppEvents.h"
 #include "Platform/desktop/app/CommandLine.h"
+#include "Platform/desktop/app/EndSignals.h"
+#include "Platform/desktop/app/KeyGrab.h"
 #include "Platform/desktop/app/KeyWindow.h"
-#include "Platform/desktop/app/RunningInstance.h"
+#include "Platform/desktop/app/OwnInstance.h"
 #include "Platform/desktop/app/ToolkitSetup.h"
 #include "Platform/desktop/app/XServerLoss.h"
 #include "Platform/desktop/base/PlatformLog.h"
@@ -29,6 +31,7 @@ constexpr int kFailure = -1;
 {
     AnswerCommandLine(argc, argv);
     PrepareForToolkit();
+    CatchEndSignals(LeaveAtOnce);
 }
 
 /// The application's life between create and terminate. One exists, during `ui_app_main`.
@@ -38,7 +41,6 @@ public:
     {
         running_ = this;
         ListenForLaunchRequests(OnLaunch);
-        AddHandler(ECORE_EVENT_SIGNAL_EXIT, OnExitSignal);
         // These types exist from the first window on. What covers the window does not count: it is
         // there for the keys, and on a desktop there is nothing of it to see.
         AddHandler(ECORE_X_EVENT_WINDOW_SHOW, OnShow);
@@ -61,7 +63,12 @@ public:
     {
         Launch();
         PublishKeyWindow(KeyWindow());
+        EndMainLoopOnSignal(ecore_main_loop_quit);
         ecore_main_loop_begin();
+        LimitTeardown();
+        // First of all: the next start can take over while this one still gives popups back.
+        ReleaseHeldKeys();
+        GiveUpInstance();
         Pause();
         if (callbacks_.terminate != nullptr) {
             callbacks_.terminate(userData_);
@@ -100,12 +107,6 @@ private:
     }
 
     static void OnLaunch() { running_->Launch(); }
-
-    static Eina_Bool OnExitSignal(void* /*data*/, int /*type*/, void* /*event*/)
-    {
-        ecore_main_loop_quit();
-        return ECORE_CALLBACK_PASS_ON;
-    }
 
     static Eina_Bool OnShow(void* data, int /*type*/, void* /*event*/)
     {
@@ -159,6 +160,10 @@ int ui_app_main(int /*argc*/, char** /*argv*/, ui_app_lifecycle_callback_s* call
     if (OwnDisplay() == nullptr) {
         PLATFORM_LOG(DLOG_ERROR, "no X display: cannot open \"%s\" (DISPLAY), the application ends",
                      XDisplayName(nullptr));
+        return kFailure;
+    }
+    if (KeyWindow() == None) {
+        PLATFORM_LOG(DLOG_ERROR, "the toolkit has opened no window that keys could arrive at, the application ends");
         return kFailure;
     }
     if (callback->create != nullptr && !callback->create(user_data)) {

@@ -11,8 +11,9 @@ namespace {
 constexpr char kHelp[] =
     "Usage: " PLATFORM_APP_NAME " [--help | --version]\n"
     "\n"
-    "Holds the remote control's keys on the X display that DISPLAY names until SIGTERM, SIGINT or\n"
-    "SIGQUIT. A second start on the same display leaves the keys to the first and exits with 0.\n"
+    "Holds the remote control's keys on the X display that DISPLAY names until SIGTERM, SIGINT,\n"
+    "SIGQUIT or SIGHUP. A second start on the same display leaves the keys to the first and exits\n"
+    "with 0.\n"
     "'vqmctl status' says what the running application does. Other arguments go to the toolkit.\n"
     "\n"
     "Options:\n"

@@ -14,7 +14,7 @@
 #include "Platform/desktop/app/GrabbedKeys.h"
 #include "Platform/desktop/app/KeyGrab.h"
 #include "Platform/desktop/app/KeyWindow.h"
-#include "Platform/desktop/app/RunningInstance.h"
+#include "Platform/desktop/app/OwnInstance.h"
 #include "Platform/desktop/app/UngrabWatch.h"
 #include "Platform/desktop/app/XServerLoss.h"
 #include "Platform/desktop/base/PlatformLog.h"

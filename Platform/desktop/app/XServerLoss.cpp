@@ -1,5 +1,7 @@
 #include "Platform/desktop/app/XServerLoss.h"
 
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <unistd.h>
 
@@ -14,27 +16,33 @@ namespace desktop {
 namespace {
 
 /// Popups must come back within this time, or the process ends without.
-constexpr unsigned int kPatienceInSeconds = 4;
+constexpr std::chrono::seconds kRestoreTimeout{4};
 
-[[noreturn]] void Leave(void* /*data*/)
+void LeaveWithoutServer(void* /*data*/)
 {
-    alarm(kPatienceInSeconds);
-    RestorePopupsNow();
-    PLATFORM_LOG(DLOG_ERROR, "the connection to the X server is lost: the application ends");
-    _exit(EXIT_FAILURE);
+    LeaveAtOnce("the connection to the X server is lost");
 }
 
 int OnConnectionLost(Display* /*display*/)
 {
-    Leave(nullptr);
+    LeaveAtOnce("the connection to the X server is lost");
 }
 
 } // namespace
 
+void LeaveAtOnce(const char* reason)
+{
+    std::signal(SIGALRM, SIG_DFL);
+    alarm(static_cast<unsigned int>(kRestoreTimeout.count()));
+    RestorePopupsNow();
+    PLATFORM_LOG(DLOG_ERROR, "%s: the application ends", reason);
+    _exit(EXIT_FAILURE);
+}
+
 void ExitWhenXServerIsLost()
 {
     XSetIOErrorHandler(OnConnectionLost);
-    ecore_x_io_error_handler_set(Leave, nullptr);
+    ecore_x_io_error_handler_set(LeaveWithoutServer, nullptr);
 }
 
 } // namespace desktop

@@ -2,9 +2,14 @@
 
 namespace desktop {
 
-/// From now on losing an X connection ends the process in an orderly way: popups are given back,
-/// one line says why, and the exit status is not 0. The toolkit cannot be torn down at that point.
-/// Call it again once the toolkit has its connection: it installs a handler of its own.
+/// Ends the process at once with an exit status that is not 0: popups are given back, and one line
+/// gives the reason. For the moments at which the main loop and the toolkit do not answer any more.
+/// Bounded in time; takes no part in the normal end.
+[[noreturn]] void LeaveAtOnce(const char* reason);
+
+/// From now on losing an X connection ends the process with `LeaveAtOnce`. The toolkit cannot be
+/// torn down at that point. Call it again once the toolkit has its connection: it installs a handler
+/// of its own.
 void ExitWhenXServerIsLost();
 
 } // namespace desktop

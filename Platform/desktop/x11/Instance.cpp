@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <poll.h>
 #include <string_view>
 #include <unistd.h>
 
@@ -22,6 +23,8 @@ constexpr char kHeldProperty[] = "_TV_HELD_KEYS";
 constexpr char kFailedProperty[] = "_TV_FAILED_KEYS";
 constexpr char kKeyWindowProperty[] = "_TV_KEY_WINDOW";
 constexpr char kLaunchMessage[] = "_TV_LAUNCH";
+constexpr char kLaunchAnswer[] = "_TV_LAUNCH_ANSWER";
+constexpr char kEndingSuffix[] = ".ending";
 
 constexpr long kLongestName = 64;
 constexpr long kLongestList = kKeyIds * kLongestName;
@@ -119,6 +122,58 @@ void WriteNames(Display* display, Window window, const char* property, const std
                     static_cast<int>(list.size()));
 }
 
+Window CreateHiddenWindow(Display* display)
+{
+    return XCreateSimpleWindow(display, DefaultRootWindow(display), -1, -1, 1, 1, 0, 0, 0);
+}
+
+void SendMessage(Display* display, Window window, const char* type, Window item)
+{
+    XEvent message = {};
+    message.xclient.type = ClientMessage;
+    message.xclient.window = window;
+    message.xclient.message_type = AtomNamed(display, type);
+    message.xclient.format = 32;
+    message.xclient.data.l[0] = static_cast<long>(item);
+    XSendEvent(display, window, False, NoEventMask, &message);
+}
+
+/// Asks for the events of a window of another client; false when the window is gone.
+bool WatchWindow(Display* display, Window window)
+{
+    XErrorTrap trap(display);
+    XSelectInput(display, window, StructureNotifyMask);
+    return trap.FailedRequests().empty();
+}
+
+/// Reads events until one `isAwaited`; false when none was within the time.
+template <typename IsAwaited>
+bool AwaitEvent(Display* display, std::chrono::milliseconds timeout, IsAwaited isAwaited)
+{
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point end = Clock::now() + timeout;
+    for (;;) {
+        while (XPending(display) > 0) {
+            XEvent event;
+            XNextEvent(display, &event);
+            if (isAwaited(event)) {
+                return true;
+            }
+        }
+        const auto rest = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
+        if (rest <= 0) {
+            return false;
+        }
+        pollfd readable = {ConnectionNumber(display), POLLIN, 0};
+        poll(&readable, 1, static_cast<int>(rest));
+    }
+}
+
+bool IsEndOf(Window window, const XEvent& event)
+{
+    return event.type == DestroyNotify && event.xdestroywindow.window == window;
+}
+
 /// While it lives no other client's requests are served, so that of two starts one comes first.
 class ServerGrab {
 public:
@@ -156,21 +211,37 @@ std::optional<InstanceFacts> ReadInstance(Display* display, const char* applicat
     return facts;
 }
 
-void RequestLaunch(Display* display, const InstanceFacts& instance)
+LaunchAnswer RequestLaunch(Display* display, const InstanceFacts& instance, std::chrono::milliseconds timeout)
 {
-    const XErrorTrap trap(display);
-    XEvent message = {};
-    message.xclient.type = ClientMessage;
-    message.xclient.window = instance.window;
-    message.xclient.message_type = AtomNamed(display, kLaunchMessage);
-    message.xclient.format = 32;
-    XSendEvent(display, instance.window, False, NoEventMask, &message);
+    if (!WatchWindow(display, instance.window)) {
+        return LaunchAnswer::kGone;
+    }
+    const Window replies = CreateHiddenWindow(display);
+    {
+        const XErrorTrap trap(display);
+        SendMessage(display, instance.window, kLaunchMessage, replies);
+    }
+    const Atom answer = AtomNamed(display, kLaunchAnswer);
+    LaunchAnswer result = LaunchAnswer::kSilent;
+    AwaitEvent(display, timeout, [&](const XEvent& event) {
+        if (IsEndOf(instance.window, event)) {
+            result = LaunchAnswer::kGone;
+        } else if (event.type == ClientMessage && event.xclient.window == replies &&
+                   event.xclient.message_type == answer) {
+            result = LaunchAnswer::kTold;
+        }
+        return result != LaunchAnswer::kSilent;
+    });
+    XDestroyWindow(display, replies);
+    XFlush(display);
+    return result;
 }
 
-InstanceClaim::InstanceClaim(Display* display, const char* applicationId) : display_(display)
+InstanceClaim::InstanceClaim(Display* display, const char* applicationId)
+    : display_(display), ending_(AtomNamed(display, (std::string(applicationId) + kEndingSuffix).c_str()))
 {
     // The properties come first: an owner without them is taken for a stranger.
-    window_ = XCreateSimpleWindow(display_, DefaultRootWindow(display_), -1, -1, 1, 1, 0, 0, 0);
+    window_ = CreateHiddenWindow(display_);
     launch_ = AtomNamed(display_, kLaunchMessage);
     const auto pid = static_cast<unsigned long>(getpid());
     XChangeProperty(display_, window_, AtomNamed(display_, kPidProperty), XA_CARDINAL, 32, PropModeReplace,
@@ -186,12 +257,37 @@ InstanceClaim::InstanceClaim(Display* display, const char* applicationId) : disp
 
 InstanceClaim::~InstanceClaim()
 {
+    if (window_ != None) {
+        XDestroyWindow(display_, window_);
+        XFlush(display_);
+    }
+}
+
+void InstanceClaim::WaitForPredecessor(std::chrono::milliseconds timeout)
+{
+    const Window predecessor = XGetSelectionOwner(display_, ending_);
+    if (predecessor != None && WatchWindow(display_, predecessor)) {
+        AwaitEvent(display_, timeout, [&](const XEvent& event) { return IsEndOf(predecessor, event); });
+    }
+}
+
+void InstanceClaim::GiveUp()
+{
+    if (window_ == None || other_) {
+        return;
+    }
+    // Its window is destroyed with the process and not before.
+    XSetSelectionOwner(display_, ending_, CreateHiddenWindow(display_), CurrentTime);
     XDestroyWindow(display_, window_);
     XFlush(display_);
+    window_ = None;
 }
 
 void InstanceClaim::PublishKeys(const std::vector<std::string>& held, const std::vector<std::string>& failed)
 {
+    if (window_ == None) {
+        return;
+    }
     WriteNames(display_, window_, kHeldProperty, held);
     WriteNames(display_, window_, kFailedProperty, failed);
     XFlush(display_);
@@ -199,6 +295,9 @@ void InstanceClaim::PublishKeys(const std::vector<std::string>& held, const std:
 
 void InstanceClaim::PublishKeyWindow(Window window)
 {
+    if (window_ == None) {
+        return;
+    }
     XChangeProperty(display_, window_, AtomNamed(display_, kKeyWindowProperty), XA_WINDOW, 32, PropModeReplace,
                     reinterpret_cast<const unsigned char*>(&window), 1);
     XFlush(display_);
@@ -206,7 +305,18 @@ void InstanceClaim::PublishKeyWindow(Window window)
 
 bool InstanceClaim::IsLaunchRequest(const XEvent& event) const
 {
-    return event.type == ClientMessage && event.xclient.window == window_ && event.xclient.message_type == launch_;
+    return window_ != None && event.type == ClientMessage && event.xclient.window == window_ &&
+           event.xclient.message_type == launch_;
+}
+
+void InstanceClaim::AnswerLaunchRequest(const XEvent& event)
+{
+    const auto asking = static_cast<Window>(event.xclient.data.l[0]);
+    if (asking != None) {
+        // That window may be gone, or never have been.
+        const XErrorTrap trap(display_);
+        SendMessage(display_, asking, kLaunchAnswer, None);
+    }
 }
 
 } // namespace desktop

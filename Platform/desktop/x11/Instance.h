@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <sys/types.h>
@@ -19,8 +20,13 @@
 ///     _TV_KEY_WINDOW   WINDOW/32      the window that the keys go to, or 0; there as soon as the
 ///                                     main loop runs
 ///
-/// A client message _TV_LAUNCH to that window asks the instance to come forward. The X server
-/// forgets all of it at the moment the process ends, however it ends.
+/// A client message _TV_LAUNCH/32 to that window asks the instance to come forward. Its first item
+/// may name a window of the asking process: that window gets a _TV_LAUNCH_ANSWER in return, unless
+/// the instance is about to end. The X server forgets all of it at the moment the process ends,
+/// however it ends.
+///
+/// An instance gives the name up when its end begins, so that a start from then on takes over. Until
+/// the process is gone it owns a second selection, the name with ".ending" behind it.
 namespace desktop {
 
 /// The id of the application that this build belongs to.
@@ -41,10 +47,17 @@ struct InstanceFacts {
 /// key could have are left out, and no more is read than the key table could fill.
 std::optional<InstanceFacts> ReadInstance(Display* display, const char* applicationId = kApplicationId);
 
-/// Asks a running instance to come forward. Has left for the server when the call returns.
-void RequestLaunch(Display* display, const InstanceFacts& instance);
+enum class LaunchAnswer {
+    kTold,   ///< the instance comes forward
+    kGone,   ///< the instance has given its name up
+    kSilent, ///< neither within the time
+};
 
-/// This process's claim to be the instance.
+/// Asks a running instance to come forward and waits for its answer, at most for `timeout`. Events
+/// that arrive on `display` in the meantime are lost.
+LaunchAnswer RequestLaunch(Display* display, const InstanceFacts& instance, std::chrono::milliseconds timeout);
+
+/// This process's claim to be the instance. Main thread only.
 class InstanceClaim {
 public:
     /// Becomes the instance, unless one runs: then `OtherInstance` tells which.
@@ -57,6 +70,15 @@ public:
 
     const std::optional<InstanceFacts>& OtherInstance() const { return other_; }
 
+    /// Waits until an instance that has given the name up is gone, at most for `timeout`: what it
+    /// gives back at its end must not undo what this one does. Events that arrive on the display in
+    /// the meantime are lost.
+    void WaitForPredecessor(std::chrono::milliseconds timeout);
+
+    /// Gives the name up: the end of this process begins. Waits for nothing. A second call, or one
+    /// without the name, does nothing.
+    void GiveUp();
+
     /// Replaces the published key lists.
     void PublishKeys(const std::vector<std::string>& held, const std::vector<std::string>& failed);
 
@@ -65,9 +87,12 @@ public:
 
     /// True for the message of a second start.
     bool IsLaunchRequest(const XEvent& event) const;
+    /// Tells the process that sent this request that it was heard.
+    void AnswerLaunchRequest(const XEvent& event);
 
 private:
     Display* display_;
+    Atom ending_ = None;
     Window window_ = None;
     Atom launch_ = None;
     std::optional<InstanceFacts> other_;

@@ -1,10 +1,12 @@
-#include "Platform/desktop/app/RunningInstance.h"
+#include "Platform/desktop/app/OwnInstance.h"
 
+#include <chrono>
 #include <cstdlib>
 #include <memory>
 
 #include <Ecore.h>
 
+#include "Platform/desktop/app/EndSignals.h"
 #include "Platform/desktop/base/PlatformLog.h"
 #include "Platform/desktop/x11/Instance.h"
 #include "Platform/desktop/x11/XConnection.h"
@@ -12,6 +14,11 @@
 namespace desktop {
 
 namespace {
+
+/// A start-up answers only once it is over.
+constexpr std::chrono::seconds kAnswerTimeout{30};
+/// More than an orderly end takes.
+constexpr std::chrono::seconds kPredecessorTimeout{10};
 
 std::unique_ptr<InstanceClaim>& Claim()
 {
@@ -28,7 +35,9 @@ void ReadEvents()
     while (XPending(display) > 0) {
         XEvent event;
         XNextEvent(display, &event);
-        if (launchCallback != nullptr && Claim() && Claim()->IsLaunchRequest(event)) {
+        // A process that was told to end leaves the request to its successor, which is the one that asks.
+        if (launchCallback != nullptr && Claim() && Claim()->IsLaunchRequest(event) && !EndRequested()) {
+            Claim()->AnswerLaunchRequest(event);
             launchCallback();
         }
     }
@@ -49,11 +58,21 @@ void BecomeTheInstance()
         return;
     }
     Claim() = std::make_unique<InstanceClaim>(display);
-    if (const auto& other = Claim()->OtherInstance()) {
-        PLATFORM_LOG(DLOG_INFO, "already running as process %d, which has been told", static_cast<int>(other->pid));
-        RequestLaunch(display, *other);
-        std::exit(EXIT_SUCCESS);
+    while (Claim()->OtherInstance()) {
+        const InstanceFacts other = *Claim()->OtherInstance();
+        const auto pid = static_cast<int>(other.pid);
+        switch (RequestLaunch(display, other, kAnswerTimeout)) {
+        case LaunchAnswer::kTold:
+            PLATFORM_LOG(DLOG_INFO, "already running as process %d, which has been told", pid);
+            std::exit(EXIT_SUCCESS);
+        case LaunchAnswer::kSilent:
+            PLATFORM_LOG(DLOG_ERROR, "already running as process %d, which does not answer", pid);
+            std::exit(EXIT_FAILURE);
+        case LaunchAnswer::kGone:
+            Claim() = std::make_unique<InstanceClaim>(display);
+        }
     }
+    Claim()->WaitForPredecessor(kPredecessorTimeout);
 }
 
 void ListenForLaunchRequests(void (*callback)())
@@ -82,6 +101,13 @@ void PublishKeyWindow(Window window)
 {
     if (Claim()) {
         Claim()->PublishKeyWindow(window);
+    }
+}
+
+void GiveUpInstance()
+{
+    if (Claim()) {
+        Claim()->GiveUp();
     }
 }
 

@@ -1,0 +1,129 @@
+#include "Platform/desktop/app/EndSignals.h"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdint>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <Ecore.h>
+
+namespace desktop {
+
+namespace {
+
+using std::chrono::seconds;
+
+/// A slow machine starts slowly; an X server that is stopped for a moment goes on.
+constexpr seconds kStartUpTimeout{60};
+constexpr seconds kStartUpTimeoutAfterSignal{2};
+/// Popups are given back in at most two seconds of it.
+constexpr seconds kTeardownTimeout{8};
+
+constexpr std::array<int, 4> kSignals = {SIGTERM, SIGINT, SIGQUIT, SIGHUP};
+
+enum Phase : std::sig_atomic_t { kStartUp, kRunning, kTeardown };
+
+// All that the handlers touch.
+volatile std::sig_atomic_t phase = kStartUp;
+volatile std::sig_atomic_t requested = 0;
+volatile std::sig_atomic_t wakeUp = -1;
+LeaveFunction leaveNow = nullptr;
+
+void (*quitLoop)() = nullptr;
+
+void SetAlarm(seconds timeout)
+{
+    alarm(static_cast<unsigned int>(timeout.count()));
+}
+
+void OnSignal(int /*signal*/)
+{
+    const int error = errno;
+    requested = 1;
+    if (phase == kStartUp) {
+        SetAlarm(kStartUpTimeoutAfterSignal);
+    }
+    const std::uint64_t one = 1;
+    // It fails only when the loop has been woken often enough.
+    [[maybe_unused]] const ssize_t written = write(wakeUp, &one, sizeof one);
+    errno = error;
+}
+
+void OnAlarm(int /*signal*/)
+{
+    if (phase == kTeardown) {
+        leaveNow("the end takes too long, the X server may be stopped");
+    } else if (requested != 0) {
+        leaveNow("told to end in the middle of a start-up that waits, perhaps for the X server");
+    } else {
+        leaveNow("the start takes too long, the X server may be stopped");
+    }
+}
+
+void Handle(int signal, void (*handler)(int), int flags)
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = flags;
+    sigaction(signal, &action, nullptr);
+}
+
+Eina_Bool OnWakeUp(void* /*data*/, Ecore_Fd_Handler* /*handler*/)
+{
+    std::uint64_t count = 0;
+    [[maybe_unused]] const ssize_t taken = read(wakeUp, &count, sizeof count);
+    quitLoop();
+    return ECORE_CALLBACK_RENEW;
+}
+
+/// For a signal that came while the toolkit's own handlers were in place, at the very beginning.
+Eina_Bool OnToolkitSignal(void* /*data*/, int /*type*/, void* /*event*/)
+{
+    quitLoop();
+    return ECORE_CALLBACK_PASS_ON;
+}
+
+} // namespace
+
+void CatchEndSignals(LeaveFunction leave)
+{
+    struct sigaction hangup = {};
+    sigaction(SIGHUP, nullptr, &hangup);
+    const bool hangupIgnored = hangup.sa_handler == SIG_IGN; // nohup
+
+    leaveNow = leave;
+    wakeUp = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    ecore_init();
+    // The leaving function sets an alarm of its own, which must get through.
+    Handle(SIGALRM, OnAlarm, SA_RESTART | SA_NODEFER);
+    SetAlarm(kStartUpTimeout);
+    for (const int signal : kSignals) {
+        Handle(signal, signal == SIGHUP && hangupIgnored ? SIG_IGN : OnSignal, SA_RESTART);
+    }
+}
+
+bool EndRequested()
+{
+    return requested != 0;
+}
+
+void EndMainLoopOnSignal(void (*quit)())
+{
+    phase = kRunning;
+    alarm(0);
+    quitLoop = quit;
+    ecore_main_fd_handler_add(wakeUp, ECORE_FD_READ, OnWakeUp, nullptr, nullptr, nullptr);
+    ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, OnToolkitSignal, nullptr);
+    ecore_shutdown(); // the toolkit keeps the loop from here on
+}
+
+void LimitTeardown()
+{
+    phase = kTeardown;
+    SetAlarm(kTeardownTimeout);
+}
+
+} // namespace desktop
