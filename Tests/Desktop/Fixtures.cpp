@@ -10,7 +10,6 @@
 #include <sstream>
 #include <stdexcept>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -123,18 +122,6 @@ void WriteFile(const std::string& path, const std::string& content)
 bool Exists(const std::string& path)
 {
     return std::filesystem::exists(std::filesystem::symlink_status(path));
-}
-
-bool Eventually(const std::function<bool()>& condition)
-{
-    const double end = Seconds() + 5;
-    while (!condition()) {
-        if (Seconds() > end) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return true;
 }
 
 double Seconds()

@@ -5,6 +5,8 @@
 #include <sys/types.h>
 #include <vector>
 
+#include "Tests/Support/Eventually.h"
+
 /// Real files and real processes for the desktop platform's tests.
 namespace fixtures {
 
@@ -65,8 +67,7 @@ std::string ReadFile(const std::string& path); ///< empty when there is none
 void WriteFile(const std::string& path, const std::string& content);
 bool Exists(const std::string& path);
 
-/// Looks again until the condition holds; false after five seconds.
-bool Eventually(const std::function<bool()>& condition);
+using ::Eventually;
 
 double Seconds(); ///< of a clock that only goes forward
 
