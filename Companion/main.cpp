@@ -11,6 +11,7 @@
 #include "Companion/RaiseRequests.h"
 #include "Companion/SyncDemoWindow.h"
 #include "Platform/desktop/app/EndSignals.h"
+#include "Platform/desktop/base/StandardDescriptors.h"
 #include "Platform/desktop/environment/ToolkitHome.h"
 #include "Platform/desktop/x11/Instance.h"
 #include "Platform/desktop/x11/XConnection.h"
@@ -73,6 +74,7 @@ void RunWindow(Display* display, desktop::InstanceClaim& claim)
 
 int main(int argc, char** argv)
 {
+    desktop::KeepStandardErrorFromBlocking();
     KeepQuiet();
     Display* display = desktop::OwnDisplay();
     if (display == nullptr) {

@@ -4,7 +4,8 @@
 #include <string>
 #include <string_view>
 
-/// Makes `text` safe for a terminal: control characters and broken UTF-8 become \xNN.
+/// Makes `text` safe for a terminal: control characters, invisible ones and broken UTF-8 become \xNN,
+/// as in a log line.
 std::string EscapedForTerminal(std::string_view text);
 
 /// The number of columns that a terminal gives to `text`, which must be safe for one.

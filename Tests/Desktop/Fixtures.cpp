@@ -7,11 +7,14 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <sstream>
 #include <stdexcept>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
+
+#include "Platform/desktop/base/LogOutput.h"
 
 namespace fixtures {
 
@@ -122,6 +125,19 @@ void WriteFile(const std::string& path, const std::string& content)
 bool Exists(const std::string& path)
 {
     return std::filesystem::exists(std::filesystem::symlink_status(path));
+}
+
+CapturedLog::CapturedLog()
+{
+    testing::internal::CaptureStderr();
+    desktop::ExamineStandardError();
+}
+
+std::string CapturedLog::Text()
+{
+    std::string text = testing::internal::GetCapturedStderr();
+    desktop::ExamineStandardError();
+    return text;
 }
 
 double Seconds()

@@ -67,6 +67,17 @@ std::string ReadFile(const std::string& path); ///< empty when there is none
 void WriteFile(const std::string& path, const std::string& content);
 bool Exists(const std::string& path);
 
+/// What the log says meanwhile.
+class CapturedLog {
+public:
+    CapturedLog();
+    CapturedLog(const CapturedLog&) = delete;
+    CapturedLog& operator=(const CapturedLog&) = delete;
+
+    /// Ends the capture.
+    std::string Text();
+};
+
 using ::Eventually;
 
 double Seconds(); ///< of a clock that only goes forward

@@ -85,9 +85,9 @@ protected:
     /// The result of a launch that fails, and the one line about it.
     static std::pair<int, std::string> Failed(const char* id = kId)
     {
-        testing::internal::CaptureStderr();
+        fixtures::CapturedLog log;
         const int result = aul_launch_app(id, nullptr);
-        std::string line = testing::internal::GetCapturedStderr();
+        std::string line = log.Text();
         EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1) << line;
         EXPECT_THAT(line, MatchesRegex("E/Platform\\( *[0-9]+\\): Launcher.cpp: .*\n"));
         line = line.substr(line.find(" > ") + 3);

@@ -12,7 +12,9 @@
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
 #include "Tests/Desktop/Fixtures.h"
 
@@ -101,6 +103,27 @@ using Expected = std::map<std::string, std::string>;
     _exit(testing::Test::HasFailure() ? 1 : 0);
 }
 
+/// In a process of its own: the journal takes the stream and the first entries, and then nothing more.
+[[noreturn]] void LogToStalledJournal()
+{
+    EnterPrivateRun();
+    const int entries = BoundSocket(SOCK_DGRAM, "/run/systemd/journal/socket");
+    const int streams = BoundSocket(SOCK_STREAM, "/run/systemd/journal/stdout");
+    Require(listen(streams, 1) == 0 && entries >= 0, "listen");
+    const int stream = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strcpy(address.sun_path, "/run/systemd/journal/stdout");
+    Require(connect(stream, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, "connect");
+    dup2(stream, STDERR_FILENO);
+    alarm(static_cast<unsigned>(TestPatience().count()));
+    bool lost = false;
+    for (int line = 0; line < 20'000; ++line) {
+        lost |= dlog_print(DLOG_DEBUG, "T", "line") < 0;
+    }
+    _exit(lost ? 0 : 1);
+}
+
 int RunCheck(void (*log)(), const Expected& expected)
 {
     fixtures::Process process([&] {
@@ -133,4 +156,47 @@ TEST(LogJournal, AMessageWithoutAPlaceHasNone)
     EXPECT_EQ(RunCheck([] { dlog_print(DLOG_INFO, nullptr, "a: b(c) > d\te"); },
                        {{"MESSAGE", "a: b(c) > d\\te"}, {"PRIORITY", "6"}, {"SYSLOG_IDENTIFIER", ""}}),
               0);
+}
+
+TEST(LogJournal, AJournalThatHangsDoesNotHoldUpTheProgram)
+{
+    fixtures::Process process([] {
+        try {
+            LogToStalledJournal();
+        } catch (const std::exception& failure) {
+            ADD_FAILURE() << failure.what();
+            _exit(2);
+        }
+    });
+    EXPECT_EQ(process.Wait(), 0);
+}
+
+TEST(LogJournal, AnEntryThatIsTooLargeIsWrittenAsALine)
+{
+    fixtures::Process process([] {
+        EnterPrivateRun();
+        const int entries = BoundSocket(SOCK_DGRAM, "/run/systemd/journal/socket");
+        const int streams = BoundSocket(SOCK_STREAM, "/run/systemd/journal/stdout");
+        Require(listen(streams, 1) == 0 && entries >= 0, "listen");
+        const int stream = socket(AF_UNIX, SOCK_STREAM, 0);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::strcpy(address.sun_path, "/run/systemd/journal/stdout");
+        Require(connect(stream, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, "connect");
+        const int reader = accept(streams, nullptr, nullptr);
+        dup2(stream, STDERR_FILENO);
+        constexpr std::size_t kLarge = 1'000'000;
+        std::thread([] { dlog_print(DLOG_DEBUG, "T", "%s", std::string(kLarge, 'x').c_str()); }).detach();
+        std::string line;
+        std::vector<char> part(1 << 16);
+        while (line.size() < kLarge) {
+            const ssize_t size = read(reader, part.data(), part.size());
+            if (size <= 0) {
+                _exit(1);
+            }
+            line.append(part.data(), static_cast<std::size_t>(size));
+        }
+        _exit(line.rfind("D/T(", 0) == 0 ? 0 : 2);
+    });
+    EXPECT_EQ(process.Wait(), 0);
 }

@@ -195,10 +195,10 @@ TEST_F(Popups, ASignalDoesNotPassForSilence)
 TEST_F(Popups, ABusWithoutADaemonIsNoError)
 {
     StartBus();
-    testing::internal::CaptureStderr();
+    fixtures::CapturedLog captured;
     EXPECT_EQ(tvcontext_init(), 0);
     EXPECT_LT(tvcontext_begin_popup_free(), 0);
-    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string log = captured.Text();
     EXPECT_THAT(log, testing::StartsWith("I/Platform("));
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 1);
     EXPECT_FALSE(Exists(Record()));
@@ -208,7 +208,7 @@ TEST_F(Popups, DunstIsPausedAndResumed)
 {
     StartBus();
     StartDunst();
-    testing::internal::CaptureStderr();
+    fixtures::CapturedLog log;
     EXPECT_EQ(tvcontext_init(), 0);
     EXPECT_EQ(tvcontext_begin_popup_free(), 0);
     EXPECT_EQ(Paused(), kYes);
@@ -220,7 +220,7 @@ TEST_F(Popups, DunstIsPausedAndResumed)
     EXPECT_EQ(tvcontext_end_popup_free(), 0);
     EXPECT_EQ(Paused(), kNo);
     EXPECT_FALSE(Exists(Record()));
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), IsEmpty());
+    EXPECT_THAT(log.Text(), IsEmpty());
 }
 
 TEST_F(Popups, AUsersPauseStays)

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <unistd.h>
 
 #include "Diagnostics/Text/TerminalText.h"
@@ -29,7 +30,8 @@ bool Print(std::string_view data)
     if (errno == EPIPE) {
         return false;
     }
-    throw CommandError(ExitCode::kCouldNotRun, std::string("cannot write to stdout: ") + std::strerror(errno));
+    const std::string reason = errno == EBADF ? "it is not open for writing" : std::strerror(errno);
+    throw CommandError(ExitCode::kCouldNotRun, "cannot write to stdout: " + reason);
 }
 
 void PrintError(std::string_view text)

@@ -5,6 +5,7 @@
 #include <Efreet.h>
 
 #include "Platform/desktop/base/PlatformLog.h"
+#include "Platform/desktop/base/StandardDescriptors.h"
 #include "Platform/desktop/bus/BusProbe.h"
 #include "Platform/desktop/environment/OwnEnvironment.h"
 #include "Platform/desktop/environment/ToolkitHome.h"
@@ -28,6 +29,7 @@ bool SystemBusAnswers()
 
 void PrepareForToolkit()
 {
+    KeepStandardErrorFromBlocking();
     if (!NamesWritableFolder("XDG_RUNTIME_DIR") && !NamesWritableFolder("HOME")) {
         PLATFORM_LOG(DLOG_ERROR, "neither XDG_RUNTIME_DIR nor HOME names a folder that can be written: "
                                  "the toolkit cannot start");

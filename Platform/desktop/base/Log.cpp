@@ -11,6 +11,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <optional>
 #include <pthread.h>
 #include <string>
 #include <string_view>
@@ -103,11 +104,11 @@ constexpr std::string_view kColoursOff = "\x1b[0m";
 /// One line under way: the head, "D/Tag( 1234): ", and the message right behind it.
 class Line {
 public:
-    Line(int priority, const char* tag) : priority_(priority), tag_(tag)
+    Line(int priority, const char* tag) : priority_(priority), tag_(tag, strnlen(tag, kLongestTag))
     {
         const char start[] = {Letter(priority), '/'};
         AppendToHead(std::string_view(start, sizeof start));
-        AppendToHead(std::string_view(tag, strnlen(tag, kLongestTag)));
+        AppendToHead(tag_);
         AppendProcess();
     }
 
@@ -136,8 +137,8 @@ public:
         if (NeedsEscape(std::string_view(Data(), head_ + size_)) || StandardErrorHasColours()) {
             return WriteRemade();
         }
-        if (StandardErrorIsJournal() && WriteToJournal(priority_, tag_, Message())) {
-            return static_cast<int>(size_);
+        if (const auto result = WriteEntry(tag_, Message())) {
+            return *result;
         }
         Data()[head_ + size_] = '\n'; // in the place of the terminator
         return WriteLine(std::string_view(Data(), head_ + size_ + 1));
@@ -200,8 +201,8 @@ private:
     int WriteRemade()
     {
         const std::string message = Escape(Message());
-        if (StandardErrorIsJournal() && WriteToJournal(priority_, Escape(tag_), message)) {
-            return static_cast<int>(message.size());
+        if (const auto result = WriteEntry(Escape(tag_), message)) {
+            return *result;
         }
         std::string line = Escape(Head()) + message;
         if (StandardErrorHasColours()) {
@@ -211,18 +212,40 @@ private:
         return WriteLine(line);
     }
 
+    /// Nothing: the message is to be written as a line.
+    std::optional<int> WriteEntry(std::string_view tag, std::string_view message) const
+    {
+        const JournalAnswer answer =
+            StandardErrorIsJournal() ? WriteToJournal(priority_, tag, message) : JournalAnswer::kRefused;
+        if (answer == JournalAnswer::kRefused) {
+            return std::nullopt;
+        }
+        return answer == JournalAnswer::kTaken ? static_cast<int>(message.size()) : -1;
+    }
+
     static int WriteLine(std::string_view line)
     {
         return WriteToStandardError(line) ? static_cast<int>(line.size()) : -1;
     }
 
     int priority_;
-    const char* tag_;
+    std::string_view tag_;
     std::array<char, kUsualLine> usual_;
     std::unique_ptr<char[]> whole_;
     std::size_t head_ = 0;
     std::size_t size_ = 0; ///< of the message
 };
+
+/// In the place of the lines that are missing, and before the first one after them.
+void TellDroppedLines()
+{
+    const unsigned long long lines = TakeDroppedLines();
+    if (lines != 0 &&
+        dlog_print(DLOG_ERROR, kPlatformTag, "%s: %s(%d) > %llu lines dropped: stderr had no room for them",
+                   __FILE_NAME__, __func__, __LINE__, lines) < 0) {
+        PutBackDroppedLines(lines - 1); // by now this line is one of them
+    }
+}
 
 /// Kept out of `dlog_print`, where a dropped line's way is short.
 [[gnu::noinline]] __attribute__((format(printf, 3, 0))) int Print(int priority, const char* tag, const char* format,
@@ -237,6 +260,7 @@ private:
     const int savedErrno = errno;
     int result = -1;
     try {
+        TellDroppedLines();
         Line line(priority, tag != nullptr ? tag : "");
         va_list again;
         va_copy(again, arguments);

@@ -5,11 +5,11 @@
 
 namespace desktop {
 
-/// True when a text holds characters that would break its line or command a terminal.
+/// True when a text holds what would break its line, command a terminal or leave no mark on it.
 bool NeedsEscape(std::string_view text);
 
-/// The text with control characters spelled out: \n, \r, \t, else \x1b and the like. C1 controls
-/// count only in their UTF-8 form; bytes that are not UTF-8 pass as they are.
+/// The text with those characters, and bytes that are not UTF-8, spelled out: \n, \r, \t, else \x1b
+/// and the like, byte by byte.
 std::string Escape(std::string_view text);
 
 } // namespace desktop

@@ -1,129 +1,154 @@
 #include "Platform/desktop/base/LogOutput.h"
 
-#include <array>
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
-#include <csignal>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
-#include <dlog.h>
-#include <glib.h>
+#include <memory>
+#include <mutex>
 #include <optional>
-#include <poll.h>
 #include <unistd.h>
+#include <utility>
+
+#include "Platform/desktop/base/LogJournal.h"
+#include "Platform/desktop/base/LogSink.h"
+#include "Platform/desktop/base/StandardDescriptors.h"
 
 namespace desktop {
 
 namespace {
 
-/// How long a full stderr may hold the program up before its line is dropped.
-constexpr int kFullOutputMilliseconds = 100;
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
 
-/// Keeps SIGPIPE from ending the program while it writes. Where stderr can be positioned it is
-/// neither pipe nor socket, and the signal cannot come: asking is cheaper than keeping it off.
-/// Asked anew for each line, since a program may put something else in the place of its stderr.
-class BrokenPipeShield {
+constexpr milliseconds kLongestWait{100};
+constexpr milliseconds kWaitsInAll{1000};
+constexpr int kShareOfTime = 20;
+constexpr std::chrono::seconds kPause{1};
+
+/// The time that lines may still wait.
+class WaitingTime {
 public:
-    BrokenPipeShield() : needed_(lseek(STDERR_FILENO, 0, SEEK_CUR) == -1)
+    int MayWaitMilliseconds()
     {
-        if (!needed_) {
-            return;
-        }
-        sigemptyset(&brokenPipe_);
-        sigaddset(&brokenPipe_, SIGPIPE);
-        pthread_sigmask(SIG_BLOCK, &brokenPipe_, &before_);
+        const Clock::time_point now = Clock::now();
+        left_ = std::min<Clock::duration>(kWaitsInAll, left_ + (now - earnedUntil_) / kShareOfTime);
+        earnedUntil_ = now;
+        return static_cast<int>(std::min(kLongestWait, std::chrono::duration_cast<milliseconds>(left_)).count());
     }
-    BrokenPipeShield(const BrokenPipeShield&) = delete;
-    BrokenPipeShield& operator=(const BrokenPipeShield&) = delete;
-    ~BrokenPipeShield()
-    {
-        if (!needed_) {
-            return;
-        }
-        if (broken_ && sigismember(&before_, SIGPIPE) == 0) {
-            const timespec now{};
-            while (sigtimedwait(&brokenPipe_, nullptr, &now) == -1 && errno == EINTR) {
-            }
-        }
-        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
-    }
-    void SawBrokenPipe() { broken_ = true; }
+    /// A wait that ends at once costs something too, so that there is an end to those.
+    void Spend(Clock::duration waited) { left_ -= std::max<Clock::duration>(waited, milliseconds(1)); }
 
 private:
-    const bool needed_;
-    sigset_t brokenPipe_{};
-    sigset_t before_{};
-    bool broken_ = false;
+    Clock::duration left_ = kWaitsInAll;
+    Clock::time_point earnedUntil_ = Clock::now();
 };
 
-/// Where a message comes from, read off its prefix.
-struct SourcePlace {
-    std::string_view file;
-    std::string_view function;
-    std::string_view line;
+/// The lines that found no room.
+class DroppedLines {
+public:
+    void Count()
+    {
+        resumeAt_ = (Clock::now() + kPause).time_since_epoch().count();
+        ++count_;
+    }
+    bool Any() const { return count_.load(std::memory_order_relaxed) != 0; }
+    bool IsPause() const { return Any() && Clock::now().time_since_epoch().count() < resumeAt_; }
+    /// A line of the pause does not make it longer.
+    void CountInPause() { ++count_; }
+    unsigned long long Take() { return count_.exchange(0); }
+    void PutBack(unsigned long long lines) { count_ += lines; }
+
+private:
+    std::atomic<unsigned long long> count_{0};
+    std::atomic<Clock::rep> resumeAt_{0};
 };
 
-std::optional<SourcePlace> PlaceOf(std::string_view message)
+DroppedLines dropped;
+std::atomic<bool> lineIsCut{false};
+
+bool WantsColours()
 {
-    const std::size_t end = message.find(") > ");
-    const std::size_t fileEnd = message.find(": ");
-    if (end == std::string_view::npos || fileEnd == std::string_view::npos || fileEnd > end) {
-        return std::nullopt;
-    }
-    const std::size_t functionAt = fileEnd + 2;
-    const std::size_t open = message.rfind('(', end);
-    if (open == std::string_view::npos || open < functionAt) {
-        return std::nullopt;
-    }
-    const SourcePlace place{message.substr(0, fileEnd), message.substr(functionAt, open - functionAt),
-                            message.substr(open + 1, end - open - 1)};
-    const bool number = !place.line.empty() && place.line.find_first_not_of("0123456789") == std::string_view::npos;
-    return number ? std::optional(place) : std::nullopt;
+    const char* noColor = std::getenv("NO_COLOR");
+    const char* terminal = std::getenv("TERM");
+    const bool refused = noColor != nullptr && *noColor != '\0';
+    const bool capable = terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
+    return !refused && capable && isatty(STDERR_FILENO) == 1;
 }
 
-const char* SyslogPriority(int priority)
+struct StandardError {
+    LogSink lines = LogSink::For(STDERR_FILENO);
+    bool colours = WantsColours();
+    bool journal = IsJournal(STDERR_FILENO);
+    std::mutex journalMutex; ///< guards `entries`
+    std::optional<LogSink> entries;
+};
+
+/// Never destroyed: destructors log, too.
+std::unique_ptr<StandardError>& Current()
 {
-    switch (priority) {
-    case DLOG_INFO:
-        return "6";
-    case DLOG_WARN:
-        return "4";
-    case DLOG_ERROR:
-        return "3";
-    case DLOG_FATAL:
-        return "2";
-    default:
-        return "7";
-    }
+    static auto* current = [] {
+        OpenStandardDescriptors();
+        return new std::unique_ptr<StandardError>(new StandardError);
+    }();
+    return *current;
 }
 
-GLogField Field(const char* key, std::string_view value)
+/// Returns false when the wait is over: there was none left, or it brought nothing.
+bool WaitForRoom(const LogSink& sink)
 {
-    return {key, value.data(), static_cast<gssize>(value.size())};
+    static std::mutex mutex;
+    static WaitingTime time;
+    const std::lock_guard lock(mutex);
+    if (dropped.Any()) {
+        return false; // another line has waited already
+    }
+    const int most = time.MayWaitMilliseconds();
+    if (most <= 0) {
+        return false;
+    }
+    const Clock::time_point begin = Clock::now();
+    sink.WaitForRoom(most);
+    const Clock::duration waited = Clock::now() - begin;
+    time.Spend(waited);
+    return waited < milliseconds(most);
+}
+
+/// Returns 0 or the errno.
+int WriteWhole(const LogSink& sink, std::string_view data)
+{
+    const std::size_t whole = data.size();
+    while (!data.empty()) {
+        const ssize_t written = sink.Write(data);
+        if (written >= 0) {
+            data.remove_prefix(static_cast<std::size_t>(written));
+        } else if (errno != EINTR && !(errno == EAGAIN && WaitForRoom(sink))) {
+            const int error = errno;
+            if (data.size() < whole) {
+                lineIsCut = true;
+            }
+            return error;
+        }
+    }
+    return 0;
 }
 
 } // namespace
 
-bool WriteToStandardError(std::string_view data)
+bool WriteToStandardError(std::string_view line)
 {
-    BrokenPipeShield shield;
-    while (!data.empty()) {
-        const ssize_t written = write(STDERR_FILENO, data.data(), data.size());
-        if (written >= 0) {
-            data.remove_prefix(static_cast<std::size_t>(written));
-            continue;
-        }
-        if (errno == EINTR) {
-            continue;
-        }
-        if (errno == EAGAIN) {
-            pollfd full{STDERR_FILENO, POLLOUT, 0};
-            if (poll(&full, 1, kFullOutputMilliseconds) == 1 || errno == EINTR) {
-                continue;
-            }
-        } else if (errno == EPIPE) {
-            shield.SawBrokenPipe();
-        }
+    if (dropped.IsPause()) {
+        dropped.CountInPause();
+        return false;
+    }
+    const LogSink& sink = Current()->lines;
+    if (lineIsCut.load(std::memory_order_relaxed) && WriteWhole(sink, "\n") == 0) {
+        lineIsCut = false;
+    }
+    if (WriteWhole(sink, line) != 0) {
+        dropped.Count();
         return false;
     }
     return true;
@@ -131,35 +156,57 @@ bool WriteToStandardError(std::string_view data)
 
 bool StandardErrorHasColours()
 {
-    static const bool colours = [] {
-        const char* noColor = std::getenv("NO_COLOR");
-        const char* terminal = std::getenv("TERM");
-        const bool refused = noColor != nullptr && *noColor != '\0';
-        const bool capable = terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
-        return !refused && capable && isatty(STDERR_FILENO) == 1;
-    }();
-    return colours;
+    return Current()->colours;
 }
 
 bool StandardErrorIsJournal()
 {
-    static const bool journal = g_log_writer_is_journald(STDERR_FILENO) != FALSE;
-    return journal;
+    return Current()->journal;
 }
 
-bool WriteToJournal(int priority, std::string_view tag, std::string_view message)
+JournalAnswer WriteToJournal(int priority, std::string_view tag, std::string_view message)
 {
-    std::array<GLogField, 6> fields{};
-    std::size_t count = 0;
-    fields[count++] = Field("MESSAGE", message);
-    fields[count++] = Field("PRIORITY", SyslogPriority(priority));
-    fields[count++] = Field("SYSLOG_IDENTIFIER", tag);
-    if (const auto place = PlaceOf(message)) {
-        fields[count++] = Field("CODE_FILE", place->file);
-        fields[count++] = Field("CODE_FUNC", place->function);
-        fields[count++] = Field("CODE_LINE", place->line);
+    if (dropped.IsPause()) {
+        dropped.CountInPause();
+        return JournalAnswer::kDropped;
     }
-    return g_log_writer_journald(G_LOG_LEVEL_MESSAGE, fields.data(), count, nullptr) == G_LOG_WRITER_HANDLED;
+    const std::string entry = JournalEntry(priority, tag, message);
+    StandardError& standardError = *Current();
+    const std::lock_guard lock(standardError.journalMutex);
+    // A journal that was started anew has another socket.
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        if (!standardError.entries) {
+            standardError.entries = ConnectToJournal();
+        }
+        const int error = standardError.entries ? WriteWhole(*standardError.entries, entry) : ENOTCONN;
+        if (error == 0) {
+            return JournalAnswer::kTaken;
+        }
+        if (error == EAGAIN) {
+            dropped.Count();
+            return JournalAnswer::kDropped;
+        }
+        if (error == EMSGSIZE || error == ENOBUFS) {
+            break;
+        }
+        standardError.entries.reset();
+    }
+    return JournalAnswer::kRefused;
+}
+
+unsigned long long TakeDroppedLines()
+{
+    return dropped.Any() && !dropped.IsPause() ? dropped.Take() : 0;
+}
+
+void PutBackDroppedLines(unsigned long long lines)
+{
+    dropped.PutBack(lines);
+}
+
+void ExamineStandardError()
+{
+    Current() = std::make_unique<StandardError>();
 }
 
 } // namespace desktop

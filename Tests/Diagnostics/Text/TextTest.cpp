@@ -1,4 +1,5 @@
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -47,6 +48,23 @@ TEST(Table, WidthIsWhatATerminalShows)
                             "e\u0301         2\n"
                             "\u65e5\u672c      3\n"
                             "\\x1b\\xff  4\n");
+}
+
+TEST(Terminal, WhatLeavesNoMarkIsSpelledOut)
+{
+    for (const auto& [text, escaped] : std::vector<std::pair<std::string, std::string>>{
+             {"caf\u00e9 \u65e5\u672c e\u0301", "caf\u00e9 \u65e5\u672c e\u0301"},
+             {"a\n\x1b\x7f", "a\\x0a\\x1b\\x7f"},
+             {"\ufeff", "\\xef\\xbb\\xbf"},
+             {"\u202e", "\\xe2\\x80\\xae"},
+             {"\u200b", "\\xe2\\x80\\x8b"},
+             {"\u2028", "\\xe2\\x80\\xa8"},
+             {"\u3164", "\\xe3\\x85\\xa4"},
+             {"\ufe0f", "\\xef\\xb8\\x8f"},
+             {"\xc2\x9b", "\\xc2\\x9b"},
+             {"\x9b\xff", "\\x9b\\xff"}}) {
+        EXPECT_EQ(EscapedForTerminal(text), escaped);
+    }
 }
 
 TEST(Terminal, WidthOfAText)

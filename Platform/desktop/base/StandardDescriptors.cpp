@@ -1,0 +1,57 @@
+#include "Platform/desktop/base/StandardDescriptors.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <string>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+namespace desktop {
+
+void OpenStandardDescriptors()
+{
+    // Open gives the lowest free number: that of the descriptor in turn, as those below are open.
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) == -1 && errno == EBADF) {
+            const int wrongWay = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+            if (open("/dev/null", wrongWay) == -1) {
+                open("/", O_PATH); // without a /dev: can neither be read nor written
+            }
+        }
+    }
+}
+
+FileDescriptor OpenWithoutBlocking(int descriptor)
+{
+    const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
+    return FileDescriptor(open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+}
+
+void KeepStandardErrorFromBlocking()
+{
+    struct stat status {};
+    if (fstat(STDERR_FILENO, &status) == -1) {
+        return;
+    }
+    if (S_ISSOCK(status.st_mode)) {
+        // A socket cannot be opened again. A limit for its writers changes nothing where there is room.
+        constexpr timeval kLimit{0, 100'000};
+        setsockopt(STDERR_FILENO, SOL_SOCKET, SO_SNDTIMEO, &kLimit, sizeof kLimit);
+    } else if (S_ISFIFO(status.st_mode) || isatty(STDERR_FILENO) == 1) {
+        const FileDescriptor again = OpenWithoutBlocking(STDERR_FILENO);
+        if (again.IsOpen()) {
+            dup2(again.Get(), STDERR_FILENO);
+        }
+    }
+}
+
+namespace {
+
+/// A constructor would run after those of the libraries, which may open files.
+[[gnu::section(".preinit_array"), gnu::used]] void (*const atStart)() = OpenStandardDescriptors;
+
+} // namespace
+
+} // namespace desktop
