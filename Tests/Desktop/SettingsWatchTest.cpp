@@ -1,6 +1,7 @@
 #include <vconf.h>
 
 #include <Ecore.h>
+#include <fcntl.h>
 #include <filesystem>
 #include <functional>
 #include <gmock/gmock.h>
@@ -20,25 +21,14 @@ namespace {
 constexpr char kKey[] = "db/menu/syncdemo/state";
 constexpr char kNeighbour[] = "db/menu/syncdemo/other";
 
-/// Runs the main loop until the condition holds; false after five seconds.
-bool LoopUntil(const std::function<bool()>& condition)
+template <typename Condition>
+bool LoopUntil(Condition condition)
 {
-    const double end = fixtures::Seconds() + 5;
-    while (!condition()) {
-        if (fixtures::Seconds() > end) {
-            return false;
-        }
+    return Eventually(condition, [] {
         ecore_main_loop_iterate();
         ecore_main_loop_iterate_may_block(0);
         usleep(1000);
-    }
-    return true;
-}
-
-void LoopFor(double seconds)
-{
-    const double end = fixtures::Seconds() + seconds;
-    LoopUntil([end] { return fixtures::Seconds() >= end; });
+    });
 }
 
 using Seen = std::vector<int>;
@@ -56,7 +46,22 @@ protected:
     {
         while (vconf_ignore_key_changed(kKey, Note) == 0 || vconf_ignore_key_changed(kNeighbour, Note) == 0) {
         }
-        LoopFor(0.01); // lets the watch of this test's folder go
+        // Lets the watch of this test's folder go: its job comes before this one.
+        bool gone = false;
+        ecore_job_add([](void* done) { *static_cast<bool*>(done) = true; }, &gone);
+        EXPECT_TRUE(LoopUntil([&] { return gone; }));
+    }
+
+    /// All that has been stored until now is delivered, if it ever will be: events of a folder come in
+    /// their order, and the one that is stored here is the last one.
+    void DeliverAllUntilNow()
+    {
+        constexpr char kMarker[] = "db/menu/syncdemo/marker";
+        Seen markers;
+        ASSERT_EQ(vconf_notify_key_changed(kMarker, Note, &markers), 0);
+        ASSERT_EQ(vconf_set_int(kMarker, 1), 0);
+        EXPECT_TRUE(LoopUntil([&] { return !markers.empty(); }));
+        ASSERT_EQ(vconf_ignore_key_changed(kMarker, Note), 0);
     }
 
     fixtures::TemporaryFolder folder_;
@@ -74,7 +79,7 @@ TEST_F(SettingsWatch, SeesEachSetOnce)
         EXPECT_EQ(vconf_set_int(kKey, value), 0);
         EXPECT_TRUE(LoopUntil([&] { return seen_.size() > before; }));
     }
-    LoopFor(0.1);
+    DeliverAllUntilNow();
     EXPECT_THAT(seen_, ElementsAre(1, 0, 0, 1));
 }
 
@@ -93,7 +98,7 @@ TEST_F(SettingsWatch, SeesAnEditInPlaceOnce)
     ASSERT_EQ(vconf_notify_key_changed(kKey, Note, &seen_), 0);
     fixtures::WriteFile(File(), "1\n");
     EXPECT_TRUE(LoopUntil([&] { return !seen_.empty(); }));
-    LoopFor(0.1);
+    DeliverAllUntilNow();
     EXPECT_THAT(seen_, ElementsAre(1));
 }
 
@@ -101,7 +106,7 @@ TEST_F(SettingsWatch, WhatStoodThereBeforeIsNoChange)
 {
     EXPECT_EQ(vconf_set_int(kKey, 1), 0);
     ASSERT_EQ(vconf_notify_key_changed(kKey, Note, &seen_), 0);
-    LoopFor(0.1);
+    DeliverAllUntilNow();
     EXPECT_THAT(seen_, IsEmpty());
 }
 
@@ -141,7 +146,7 @@ TEST_F(SettingsWatch, KeysOfOneFolderAreToldApart)
     EXPECT_TRUE(LoopUntil([&] { return !seen_.empty(); }));
     // One going leaves the other one watched.
     EXPECT_EQ(vconf_ignore_key_changed(kNeighbour, Note), 0);
-    LoopFor(0.05);
+    DeliverAllUntilNow();
     EXPECT_EQ(vconf_set_int(kNeighbour, 7), 0);
     EXPECT_EQ(vconf_set_int(kKey, 8), 0);
     EXPECT_TRUE(LoopUntil([&] { return seen_.size() == 2; }));
@@ -161,7 +166,7 @@ TEST_F(SettingsWatch, TwoRegistrationsOfOneCallbackAreTwo)
     EXPECT_EQ(vconf_ignore_key_changed(kKey, Note), 0);
     EXPECT_EQ(vconf_ignore_key_changed(kKey, Note), -1);
     EXPECT_EQ(vconf_set_int(kKey, 3), 0);
-    LoopFor(0.1);
+    DeliverAllUntilNow();
     EXPECT_THAT(seen_, ElementsAre(1, 1, 2));
 }
 
@@ -171,7 +176,7 @@ TEST_F(SettingsWatch, ARegistrationAfterTheLastOneEndedWorks)
     EXPECT_EQ(vconf_ignore_key_changed(kKey, Note), 0);
     EXPECT_EQ(vconf_set_int(kKey, 1), 0);
     ASSERT_EQ(vconf_notify_key_changed(kKey, Note, &seen_), 0);
-    LoopFor(0.05);
+    DeliverAllUntilNow();
     EXPECT_THAT(seen_, IsEmpty());
     EXPECT_EQ(vconf_set_int(kKey, 2), 0);
     EXPECT_TRUE(LoopUntil([&] { return seen_ == Seen{2}; }));
@@ -218,7 +223,7 @@ TEST_F(SettingsWatch, ACallbackMayRemoveItselfAndAddAnother)
     ASSERT_EQ(vconf_notify_key_changed(kKey, RemoveMyselfAndAddNote, &seen_), 0);
     EXPECT_EQ(vconf_set_int(kKey, 1), 0);
     EXPECT_TRUE(LoopUntil([&] { return !seen_.empty(); }));
-    LoopFor(0.05);
+    DeliverAllUntilNow();
     EXPECT_THAT(seen_, ElementsAre(1)); // the added one waits for the next change
     EXPECT_EQ(vconf_set_int(kKey, 2), 0);
     EXPECT_TRUE(LoopUntil([&] { return seen_ == Seen{1, 2}; }));
@@ -229,7 +234,7 @@ TEST_F(SettingsWatch, ARemovedCallbackIsNotRunForTheSameChange)
     ASSERT_EQ(vconf_notify_key_changed(kKey, RemoveNote, nullptr), 0);
     ASSERT_EQ(vconf_notify_key_changed(kKey, Note, &seen_), 0);
     EXPECT_EQ(vconf_set_int(kKey, 1), 0);
-    LoopFor(0.1);
+    DeliverAllUntilNow();
     EXPECT_THAT(seen_, IsEmpty());
     EXPECT_EQ(vconf_ignore_key_changed(kKey, RemoveNote), 0);
 }
@@ -241,9 +246,149 @@ TEST_F(SettingsWatch, SurvivesTheFoldersRemoval)
     EXPECT_TRUE(LoopUntil([&] { return seen_ == Seen{1}; }));
     std::filesystem::remove_all(folder_ / "tvsettings");
     EXPECT_TRUE(LoopUntil([&] { return seen_ == Seen{1, 0}; }));
-    EXPECT_TRUE(LoopUntil([&] { return fixtures::Exists(folder_ / "tvsettings/db/menu/syncdemo"); }));
     EXPECT_EQ(vconf_set_int(kKey, 2), 0);
     EXPECT_TRUE(LoopUntil([&] { return seen_ == Seen{1, 0, 2}; }));
+}
+
+TEST_F(SettingsWatch, MakesNoFolders)
+{
+    ASSERT_EQ(vconf_notify_key_changed(kKey, Note, &seen_), 0);
+    EXPECT_FALSE(fixtures::Exists(folder_ / "tvsettings"));
+    EXPECT_EQ(vconf_set_int(kKey, 1), 0);
+    EXPECT_TRUE(LoopUntil([&] { return seen_ == Seen{1}; }));
+}
+
+namespace {
+
+/// One way to put another store, which holds 2, in the place of one that holds 1.
+struct Replacement {
+    const char* name;
+    /// Below the folder of configurations: what stands there first, and the link that leads to it.
+    std::function<void(const std::string& home)> replace;
+    bool linked = false;
+};
+
+void PrintTo(const Replacement& replacement, std::ostream* out)
+{
+    *out << replacement.name;
+}
+
+class ReplacedPath : public testing::TestWithParam<Replacement> {
+protected:
+    static void Store(const std::string& folder, int value)
+    {
+        fixtures::WriteFile(folder + "/" + kKey, std::to_string(value));
+    }
+
+    fixtures::TemporaryFolder folder_;
+};
+
+void MakeOther(const std::string& folder)
+{
+    fixtures::WriteFile(folder + "/" + kKey, "2");
+}
+
+} // namespace
+
+TEST_P(ReplacedPath, IsFollowed)
+{
+    const std::string home = folder_ / "home";
+    const fixtures::Variable configuration("XDG_CONFIG_HOME", home + "/config");
+    if (GetParam().linked) {
+        Store(home + "/first", 1);
+        std::filesystem::create_directories(home + "/config");
+        std::filesystem::create_directory_symlink("../first", home + "/config/tvsettings");
+    } else {
+        Store(home + "/config/tvsettings", 1);
+    }
+    Seen seen;
+    ASSERT_EQ(vconf_notify_key_changed(kKey, Note, &seen), 0);
+    GetParam().replace(home);
+    EXPECT_TRUE(LoopUntil([&] { return !seen.empty() && seen.back() == 2; }));
+    EXPECT_EQ(vconf_set_int(kKey, 3), 0);
+    EXPECT_TRUE(LoopUntil([&] { return seen.back() == 3; }));
+    EXPECT_EQ(vconf_ignore_key_changed(kKey, Note), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    SettingsWatch, ReplacedPath,
+    testing::Values(Replacement{"KeysFolderRenamed",
+                                [](const std::string& home) {
+                                    const std::string folder = home + "/config/tvsettings/db/menu/syncdemo";
+                                    std::filesystem::rename(folder, folder + "-old");
+                                    MakeOther(home + "/config/tvsettings");
+                                }},
+                    Replacement{"StoreRenamed",
+                                [](const std::string& home) {
+                                    std::filesystem::rename(home + "/config/tvsettings", home + "/old");
+                                    MakeOther(home + "/config/tvsettings");
+                                }},
+                    Replacement{"ParentRenamed",
+                                [](const std::string& home) {
+                                    std::filesystem::rename(home + "/config", home + "/old");
+                                    MakeOther(home + "/new/tvsettings");
+                                    std::filesystem::rename(home + "/new", home + "/config");
+                                }},
+                    Replacement{"HomeRenamed",
+                                [](const std::string& home) {
+                                    std::filesystem::rename(home, home + "-old");
+                                    MakeOther(home + "/config/tvsettings");
+                                }},
+                    Replacement{"AllRemoved",
+                                [](const std::string& home) {
+                                    std::filesystem::remove_all(home);
+                                    MakeOther(home + "/config/tvsettings");
+                                }},
+                    Replacement{"RemovedWhileOpen",
+                                [](const std::string& home) {
+                                    const int held = open((home + "/config/tvsettings/db/menu/syncdemo").c_str(),
+                                                          O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+                                    std::filesystem::remove_all(home + "/config/tvsettings");
+                                    MakeOther(home + "/config/tvsettings");
+                                    EXPECT_GE(held, 0); // and stays open
+                                }},
+                    Replacement{"LinkPointedElsewhere",
+                                [](const std::string& home) {
+                                    MakeOther(home + "/second");
+                                    std::filesystem::remove(home + "/config/tvsettings");
+                                    std::filesystem::create_directory_symlink("../second", home + "/config/tvsettings");
+                                },
+                                true},
+                    Replacement{"LinkReplacedAtOnce",
+                                [](const std::string& home) {
+                                    MakeOther(home + "/second");
+                                    std::filesystem::create_directory_symlink("../second", home + "/link");
+                                    std::filesystem::rename(home + "/link", home + "/config/tvsettings");
+                                },
+                                true},
+                    Replacement{"LinksTargetRenamed",
+                                [](const std::string& home) {
+                                    std::filesystem::rename(home + "/first", home + "/old");
+                                    MakeOther(home + "/first");
+                                },
+                                true}),
+    [](const auto& test) { return std::string(test.param.name); });
+
+TEST_F(SettingsWatch, SeesAWriterThatKeepsItsFileOpen)
+{
+    EXPECT_EQ(vconf_set_int(kKey, 0), 0);
+    ASSERT_EQ(vconf_notify_key_changed(kKey, Note, &seen_), 0);
+    const int writer = open(File().c_str(), O_WRONLY | O_CLOEXEC);
+    ASSERT_EQ(pwrite(writer, "1", 1, 0), 1);
+    EXPECT_TRUE(LoopUntil([&] { return seen_ == Seen{1}; }));
+    ASSERT_EQ(pwrite(writer, "2", 1, 0), 1);
+    EXPECT_TRUE(LoopUntil([&] { return seen_ == Seen{1, 2}; }));
+    close(writer);
+}
+
+TEST_F(SettingsWatch, SeesAFileThatIsLinkedIntoPlace)
+{
+    std::filesystem::create_directories(File("db/menu/syncdemo"));
+    ASSERT_EQ(vconf_notify_key_changed(kKey, Note, &seen_), 0);
+    const std::string prepared = folder_ / "prepared";
+    fixtures::WriteFile(prepared, "1");
+    std::filesystem::create_hard_link(prepared, File());
+    EXPECT_TRUE(LoopUntil([&] { return seen_ == Seen{1}; }));
 }
 
 TEST_F(SettingsWatch, RefusesWhatCannotBeWatched)

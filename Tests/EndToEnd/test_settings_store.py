@@ -185,11 +185,85 @@ def test_folder_and_files_are_the_users_alone(desktop):
                 assert os.stat(os.path.join(folder, name)).st_mode & 0o777 == 0o600
 
 
-def test_watcher_outlives_a_removed_folder(desktop):
+def rename_the_store(desktop):
+    desktop.settings.rename(desktop.root / "old")
 
-    watcher = desktop.run([BUILD / "bin/vqmctl", "setting", "watch"], name="watch")
-    wait_until(watcher.output, "the watcher shows the value it finds")
+
+def rename_the_configuration(desktop):
+    desktop.settings.parent.rename(desktop.root / "old")
+
+
+def remove_the_store(desktop):
     shutil.rmtree(desktop.settings)
-    time.sleep(1)
+
+
+def point_the_link_elsewhere(desktop):
+    other = desktop.root / "second"
+    other.mkdir()
+    link = desktop.root / "link"
+    link.symlink_to(other)
+    link.rename(desktop.settings)
+
+
+@pytest.mark.parametrize("replace, linked", [
+    (rename_the_store, False), (rename_the_configuration, False), (remove_the_store, False),
+    (point_the_link_elsewhere, True),
+])
+def test_watcher_follows_the_store(desktop, replace, linked):
+    if linked:
+        first = desktop.root / "first"
+        first.mkdir()
+        desktop.settings.parent.mkdir(parents=True)
+        desktop.settings.symlink_to(first)
+    desktop.store(SETTING_KEY, "1")
+    watcher = desktop.run([BUILD / "bin/vqmctl", "setting", "watch"], name="watch")
+    wait_until(lambda: watcher.output() == "on\n", "the watcher shows the value it finds")
+    replace(desktop)
+    wait_until(lambda: watcher.output() == "on\noff\n", "the watcher sees that the value is gone")
     desktop.vqmctl("setting", "on")
-    wait_until(lambda: watcher.output().split()[-1] == "on", "the watcher sees the new value")
+    wait_until(lambda: watcher.output() == "on\noff\non\n", "the watcher sees the new value")
+
+
+def test_watcher_sees_a_writer_that_keeps_its_file_open(desktop):
+    desktop.store(SETTING_KEY, "0")
+    watcher = desktop.run([BUILD / "bin/vqmctl", "setting", "watch"], name="watch")
+    wait_until(lambda: watcher.output() == "off\n", "the watcher shows the value it finds")
+    with open(desktop.settings / SETTING_KEY, "r+b", buffering=0) as writer:
+        writer.write(b"1")
+        wait_until(lambda: watcher.output() == "off\non\n", "the watcher sees what is not closed yet")
+
+
+def test_watcher_sees_a_file_that_is_linked_into_place(desktop):
+    watcher = desktop.run([BUILD / "bin/vqmctl", "setting", "watch"], name="watch")
+    wait_until(lambda: watcher.output() == "off\n", "the watcher shows that nothing is stored")
+    path = desktop.settings / SETTING_KEY
+    path.parent.mkdir(parents=True, exist_ok=True)
+    prepared = desktop.root / "prepared"
+    prepared.write_text("1")
+    os.link(prepared, path)
+    wait_until(lambda: watcher.output() == "off\non\n", "the watcher sees the file")
+
+
+@pytest.mark.parametrize("command", [["setting", "on"], ["setting", "watch"]])
+def test_a_linked_store_keeps_its_mode(desktop, command):
+    shared = desktop.root / "shared"
+    shared.mkdir()
+    shared.chmod(0o3775)
+    desktop.settings.parent.mkdir(parents=True)
+    desktop.settings.symlink_to(shared)
+    program = desktop.run([BUILD / "bin/vqmctl", *command])
+    if command[-1] == "watch":
+        wait_until(program.output, "it watches")
+        program.stop()
+    else:
+        program.process.wait(PATIENCE)
+    assert os.stat(shared).st_mode & 0o7777 == 0o3775
+    assert desktop.settings.is_symlink()
+
+
+def test_a_file_made_by_hand_keeps_its_mode(desktop):
+    desktop.store(SETTING_KEY, "0")
+    path = desktop.settings / SETTING_KEY
+    path.chmod(0o664)
+    desktop.vqmctl("setting", "on")
+    assert (path.read_text(), os.stat(path).st_mode & 0o7777) == ("1", 0o664)

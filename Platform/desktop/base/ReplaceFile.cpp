@@ -9,6 +9,7 @@
 #include <memory>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/types.h>
 #include <unistd.h>
 
 #include "Platform/desktop/base/FileDescriptor.h"
@@ -53,6 +54,24 @@ public:
             }
         }
         return fsync(file_.Get()) == 0 ? 0 : errno;
+    }
+
+    /// Before there is content that a new group could read.
+    void TakeOver(const struct stat& other)
+    {
+        struct stat own {};
+        if (fstat(file_.Get(), &own) == -1) {
+            return;
+        }
+        bool sameGroup = own.st_gid == other.st_gid;
+        if (own.st_uid != other.st_uid || !sameGroup) {
+            // Only root gives files away; a member may hand them to the group.
+            sameGroup = fchown(file_.Get(), other.st_uid, other.st_gid) == 0 ||
+                        fchown(file_.Get(), own.st_uid, other.st_gid) == 0 || sameGroup;
+        }
+        constexpr mode_t kOfGroup = S_IRWXG;
+        const mode_t mode = other.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
+        fchmod(file_.Get(), sameGroup ? mode : mode & ~kOfGroup);
     }
 
     int MoveTo(const std::string& path)
@@ -124,6 +143,10 @@ int ReplaceFile(const std::string& path, std::string_view content)
     RemoveLeftovers(folder);
     int error = 0;
     TemporaryFile file(folder, error);
+    struct stat old {};
+    if (error == 0 && lstat(path.c_str(), &old) == 0 && S_ISREG(old.st_mode)) {
+        file.TakeOver(old);
+    }
     if (error == 0) {
         error = file.Write(content);
     }

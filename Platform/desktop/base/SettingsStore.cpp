@@ -78,12 +78,20 @@ bool MakeFolders(const std::string& path)
     }
 }
 
-/// The folder may have been made by hand, under an ordinary umask.
-void CloseToOthers(const std::string& folder)
+/// Says what stands at the path instead of a plain file.
+void NoteWrongKind(const std::string& path, mode_t mode)
+{
+    SetProblem(path + (S_ISLNK(mode) ? ": a symbolic link, not a plain file" : ": not a plain file"));
+}
+
+/// The open that follows no link calls one a loop.
+void NoteUnopened(const std::string& path, int error)
 {
     struct stat status {};
-    if (stat(folder.c_str(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
-        chmod(folder.c_str(), status.st_mode & S_IRWXU);
+    if (error == ELOOP && lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) {
+        NoteWrongKind(path, status.st_mode);
+    } else {
+        NoteSettingsProblem(path, error);
     }
 }
 
@@ -92,11 +100,11 @@ std::optional<std::string> ReadPlainFile(const std::string& path, struct stat& s
 {
     const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY));
     if (!file.IsOpen() || fstat(file.Get(), &status) == -1) {
-        NoteSettingsProblem(path, errno);
+        NoteUnopened(path, errno);
         return std::nullopt;
     }
     if (!S_ISREG(status.st_mode)) {
-        SetProblem(path + ": not a plain file");
+        NoteWrongKind(path, status.st_mode);
         return std::nullopt;
     }
     // One byte for the editor's line end, one to notice what is too large.
@@ -121,6 +129,7 @@ std::optional<std::string> ReadPlainFile(const std::string& path, struct stat& s
         SetProblem(path + ": larger than a setting can be");
         return std::nullopt;
     }
+    SetProblem("");
     return std::string(buffer.data(), size);
 }
 
@@ -135,7 +144,7 @@ bool MayBeReplaced(const std::string& path)
         return false;
     }
     if (!S_ISREG(status.st_mode)) {
-        SetProblem(path + ": not a plain file");
+        NoteWrongKind(path, status.st_mode);
         return false;
     }
     return true;
@@ -172,16 +181,6 @@ std::optional<std::string> SettingsFile(std::string_view key)
     return path;
 }
 
-bool MakeSettingsFolderOf(std::string_view key)
-{
-    const std::optional<std::string> path = SettingsFile(key);
-    if (!path || !MakeFolders(path->substr(0, path->rfind('/')))) {
-        return false;
-    }
-    CloseToOthers(SettingsFolder());
-    return true;
-}
-
 std::optional<std::string> ReadSetting(std::string_view key)
 {
     const std::optional<std::string> path = SettingsFile(key);
@@ -192,7 +191,7 @@ std::optional<std::string> ReadSetting(std::string_view key)
 bool WriteSetting(std::string_view key, std::string_view value)
 {
     const std::optional<std::string> path = SettingsFile(key);
-    if (!path || !MakeSettingsFolderOf(key) || !MayBeReplaced(*path)) {
+    if (!path || !MakeFolders(path->substr(0, path->rfind('/'))) || !MayBeReplaced(*path)) {
         return false;
     }
     if (value.size() > kLargestValue) {
@@ -208,6 +207,7 @@ bool WriteSetting(std::string_view key, std::string_view value)
         NoteSettingsProblem(*path, error);
         return false;
     }
+    SetProblem("");
     return true;
 }
 

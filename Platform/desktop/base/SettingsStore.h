@@ -11,9 +11,11 @@
 /// A key is a relative path: no empty part, no part that begins with a dot, no "..", at most
 /// `kLongestKey` characters. What stands in a key's place must be a plain file of at most
 /// `kLargestValue` bytes; a folder, a pipe or a link there is neither followed nor replaced.
-/// The folder is for its owner alone (0700, files 0600).
+/// Folders and files that are made here are for their owner alone (0700, 0600). What somebody else
+/// made keeps its mode and, as far as the writer may decide it, its owner and group; a folder may be
+/// a link.
 ///
-/// All functions may be called from any thread. The failing ones remember why, for each thread.
+/// All functions may be called from any thread. They remember why they failed, for each thread.
 namespace desktop {
 
 constexpr std::size_t kLongestKey = 512;
@@ -26,9 +28,6 @@ std::string SettingsFolder();
 /// The file of a key, or nothing when the key is refused or there is no settings folder.
 std::optional<std::string> SettingsFile(std::string_view key);
 
-/// Creates the folder that the key's file lies in.
-bool MakeSettingsFolderOf(std::string_view key);
-
 /// The value as text. One line end at the file's end is not part of it: editors leave it there.
 std::optional<std::string> ReadSetting(std::string_view key);
 
@@ -39,8 +38,8 @@ bool WriteSetting(std::string_view key, std::string_view value);
 /// A whole decimal number with nothing but blanks around it.
 std::optional<int> ParseSettingNumber(std::string_view text);
 
-/// Why the calling thread's last failed operation failed, one sentence without a line end;
-/// valid until its next failure.
+/// Why the calling thread's last operation failed, one sentence without a line end; empty when it
+/// did not. Valid until the next operation.
 const std::string& LastSettingsProblem();
 
 /// Makes "<path>: <the errno's text>" the calling thread's problem.

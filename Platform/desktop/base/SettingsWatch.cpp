@@ -1,32 +1,30 @@
 #include "Platform/desktop/base/SettingsWatch.h"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstdint>
+#include <cstddef>
 #include <cstdlib>
 #include <Ecore.h>
 #include <memory>
+#include <optional>
 #include <string>
-#include <sys/inotify.h>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
-#include "Platform/desktop/base/FileDescriptor.h"
 #include "Platform/desktop/base/PlatformLog.h"
 #include "Platform/desktop/base/SettingCallbacks.h"
+#include "Platform/desktop/base/SettingsPath.h"
 #include "Platform/desktop/base/SettingsStore.h"
 
 namespace desktop {
 
 namespace {
 
-/// After the watched folder went away: whoever removes it gets the time to finish.
+/// Where the path cannot be watched for now.
 constexpr double kFirstRetrySeconds = 0.2;
 constexpr double kLongestRetrySeconds = 60;
 
-constexpr std::size_t kEventBuffer = 4096;
+/// A writer that keeps its file open gets so long to write the whole value.
+constexpr double kWritingSeconds = 0.1;
 
 /// The watched keys of one folder. The folder is watched, as each write puts another file in a
 /// key's place.
@@ -35,14 +33,17 @@ constexpr std::size_t kEventBuffer = 4096;
 /// folder goes away is freed by Ecore, or not, depending on how it went.
 class FolderWatch {
 public:
-    explicit FolderWatch(std::string folder) : folder_(std::move(folder)) {}
+    /// `own` is the number of the path's last folders that belong to the store.
+    FolderWatch(std::string folder, std::size_t own) : folder_(std::move(folder)), own_(own) {}
     FolderWatch(const FolderWatch&) = delete;
     FolderWatch& operator=(const FolderWatch&) = delete;
     ~FolderWatch()
     {
         Disarm();
-        if (retry_ != nullptr) {
-            ecore_timer_del(retry_);
+        for (Ecore_Timer* timer : {retry_, writing_}) {
+            if (timer != nullptr) {
+                ecore_timer_del(timer);
+            }
         }
     }
 
@@ -51,7 +52,8 @@ public:
     bool Add(std::string_view key, vconf_callback_fn callback, void* userData)
     {
         // Watched before it is read: a change in between must not be lost.
-        if (!events_.IsOpen() && retry_ == nullptr && !Arm(key)) {
+        if (!path_ && !Arm()) {
+            Disarm();
             return false;
         }
         auto found = std::find_if(keys_.begin(), keys_.end(), [key](const auto& k) { return k->Key() == key; });
@@ -74,65 +76,79 @@ public:
     }
 
 private:
+    using Event = SettingsPath::Event;
+
     static Eina_Bool OnReadable(void* data, Ecore_Fd_Handler* /*handler*/)
     {
         auto* self = static_cast<FolderWatch*>(data);
-        alignas(inotify_event) std::array<char, kEventBuffer> buffer;
-        const ssize_t size = read(self->events_.Get(), buffer.data(), buffer.size());
-        for (ssize_t at = 0; at < size;) {
-            const auto* event = reinterpret_cast<const inotify_event*>(buffer.data() + at);
-            self->Take(event->mask, event->len > 0 ? event->name : "");
-            at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
+        const std::vector<Event> events = self->path_->Read();
+        const bool changed = std::any_of(events.begin(), events.end(),
+                                         [](const Event& event) { return event.kind == Event::Kind::kPathChanged; });
+        if (changed) {
+            self->FollowPathAnew(kFirstRetrySeconds);
+            return ECORE_CALLBACK_CANCEL; // that handler has been replaced
+        }
+        for (const Event& event : events) {
+            self->Take(event);
         }
         return ECORE_CALLBACK_RENEW;
     }
 
-    void Take(std::uint32_t mask, std::string_view name)
+    void Take(const Event& event)
     {
-        if ((mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT)) != 0) {
-            RetryAfter(kFirstRetrySeconds);
-        } else if ((mask & IN_Q_OVERFLOW) != 0) {
+        if (event.kind == Event::Kind::kOverflow) {
             DeliverAll();
-        } else {
-            Deliver(name);
+        } else if (event.kind == Event::Kind::kStored) {
+            Deliver(event.entry);
+        } else if (writing_ == nullptr && IsWatched(event.entry)) {
+            writing_ = ecore_timer_add(kWritingSeconds, OnWritten, this);
         }
+    }
+
+    static Eina_Bool OnWritten(void* data)
+    {
+        auto* self = static_cast<FolderWatch*>(data);
+        self->writing_ = nullptr;
+        self->DeliverAll();
+        return ECORE_CALLBACK_CANCEL;
     }
 
     static Eina_Bool OnRetry(void* data)
     {
         auto* self = static_cast<FolderWatch*>(data);
         self->retry_ = nullptr;
-        self->Disarm();
-        if (self->keys_.empty()) {
-            return ECORE_CALLBACK_CANCEL;
-        }
-        if (self->Arm(self->keys_.front()->Key())) {
-            self->DeliverAll();
-        } else {
-            if (self->retrySeconds_ <= kFirstRetrySeconds) {
-                PLATFORM_LOG(DLOG_ERROR, "changes in %s go unnoticed for now: %s", self->folder_.c_str(),
-                             LastSettingsProblem().c_str());
-            }
-            self->RetryAfter(std::min(2 * self->retrySeconds_, kLongestRetrySeconds));
-        }
+        self->FollowPathAnew(std::min(2 * self->retrySeconds_, kLongestRetrySeconds));
         return ECORE_CALLBACK_CANCEL;
     }
 
-    bool Arm(std::string_view key)
+    void FollowPathAnew(double retrySeconds)
     {
-        if (!MakeSettingsFolderOf(key)) {
-            return false;
+        // The loop forgets a handler late: until then its descriptor's number must not come again.
+        const std::optional<SettingsPath> old = std::move(path_);
+        Disarm();
+        if (!Arm() && retry_ == nullptr) {
+            if (retrySeconds <= kFirstRetrySeconds) {
+                PLATFORM_LOG(DLOG_ERROR, "changes in %s go unnoticed for now: %s", folder_.c_str(),
+                             LastSettingsProblem().c_str());
+            }
+            retrySeconds_ = retrySeconds;
+            retry_ = ecore_timer_add(retrySeconds, OnRetry, this);
         }
-        constexpr std::uint32_t kChanges = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
-        FileDescriptor events(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
-        if (!events.IsOpen() ||
-            inotify_add_watch(events.Get(), folder_.c_str(), kChanges | IN_DELETE_SELF | IN_MOVE_SELF) == -1) {
-            NoteSettingsProblem(folder_, errno);
-            return false;
+        DeliverAll();
+    }
+
+    /// What can be watched of the path is watched, also when this fails.
+    bool Arm()
+    {
+        path_.emplace(folder_, own_);
+        if (path_->Descriptor() >= 0) {
+            readable_ =
+                ecore_main_fd_handler_add(path_->Descriptor(), ECORE_FD_READ, OnReadable, this, nullptr, nullptr);
         }
-        events_ = std::move(events);
-        readable_ = ecore_main_fd_handler_add(events_.Get(), ECORE_FD_READ, OnReadable, this, nullptr, nullptr);
-        return true;
+        if (path_->Error() != 0) {
+            NoteSettingsProblem(path_->Place(), path_->Error());
+        }
+        return path_->Error() == 0;
     }
 
     void Disarm()
@@ -140,22 +156,24 @@ private:
         if (readable_ != nullptr) {
             ecore_main_fd_handler_del(std::exchange(readable_, nullptr));
         }
-        events_ = FileDescriptor();
+        path_.reset();
     }
 
-    void RetryAfter(double seconds)
+    bool IsWatched(std::string_view name) const
     {
-        if (retry_ == nullptr) {
-            retrySeconds_ = seconds;
-            retry_ = ecore_timer_add(seconds, OnRetry, this);
-        }
+        return std::any_of(keys_.begin(), keys_.end(), [=](const auto& key) { return NameOf(*key) == name; });
+    }
+
+    static std::string_view NameOf(const SettingCallbacks& callbacks)
+    {
+        const std::string_view key = callbacks.Key();
+        return key.substr(key.rfind('/') + 1);
     }
 
     void Deliver(std::string_view name)
     {
         for (SettingCallbacks* callbacks : PresentKeys()) {
-            const std::string_view key = callbacks->Key();
-            if (key.substr(key.rfind('/') + 1) == name) {
+            if (NameOf(*callbacks) == name) {
                 callbacks->Deliver();
             }
         }
@@ -177,10 +195,12 @@ private:
     }
 
     std::string folder_;
-    FileDescriptor events_;
+    std::size_t own_;
+    std::optional<SettingsPath> path_;
     Ecore_Fd_Handler* readable_ = nullptr;
     Ecore_Timer* retry_ = nullptr;
     double retrySeconds_ = 0;
+    Ecore_Timer* writing_ = nullptr;
     std::vector<std::unique_ptr<SettingCallbacks>> keys_;
 };
 
@@ -237,7 +257,9 @@ bool AddSettingWatch(std::string_view key, vconf_callback_fn callback, void* use
     if (found != all.end()) {
         return (*found)->Add(key, callback, userData);
     }
-    auto watch = std::make_unique<FolderWatch>(folder);
+    // The key's own folders and the settings folder.
+    const auto own = static_cast<std::size_t>(std::count(key.begin(), key.end(), '/')) + 1;
+    auto watch = std::make_unique<FolderWatch>(folder, own);
     if (!watch->Add(key, callback, userData)) {
         return false;
     }

@@ -1,0 +1,175 @@
+#include "Platform/desktop/base/SettingsPath.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdint>
+#include <deque>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace desktop {
+
+namespace {
+
+constexpr unsigned kItself = IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR | IN_DONT_FOLLOW;
+constexpr unsigned kEntries = IN_CREATE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
+constexpr unsigned kStores = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
+constexpr unsigned kWrites = IN_CREATE | IN_MODIFY;
+/// A link that is replaced loses its name, which counts as an attribute.
+constexpr unsigned kLink = IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_DONT_FOLLOW;
+
+using Names = std::deque<std::string>;
+
+/// Puts the path's names before those that are still to follow.
+void Prepend(Names& names, const std::string& path)
+{
+    std::vector<std::string> parts;
+    for (std::size_t begin = 0; begin < path.size();) {
+        const std::size_t end = std::min(path.find('/', begin), path.size());
+        if (end > begin && path.compare(begin, end - begin, ".") != 0) {
+            parts.push_back(path.substr(begin, end - begin));
+        }
+        begin = end + 1;
+    }
+    names.insert(names.begin(), parts.begin(), parts.end());
+}
+
+std::string ReadLink(const std::string& path)
+{
+    std::array<char, PATH_MAX> target;
+    const ssize_t size = readlink(path.c_str(), target.data(), target.size());
+    return size > 0 ? std::string(target.data(), static_cast<std::size_t>(size)) : "";
+}
+
+std::string ParentOf(const std::string& folder)
+{
+    const std::size_t end = folder.rfind('/');
+    return end == std::string::npos ? "" : folder.substr(0, end);
+}
+
+} // namespace
+
+SettingsPath::SettingsPath(const std::string& folder, std::size_t own)
+    : events_(inotify_init1(IN_CLOEXEC | IN_NONBLOCK))
+{
+    if (!events_.IsOpen()) {
+        Fail(folder, errno);
+        return;
+    }
+    // A path that changes while it is followed is followed again.
+    constexpr int kAttempts = 3;
+    for (int i = 0; i < kAttempts; ++i) {
+        Follow(folder, own);
+        if (error_ == 0 || (error_ != EAGAIN && AwaitAppearance())) {
+            return;
+        }
+    }
+}
+
+/// What is looked into is watched before. EAGAIN: the path has changed meanwhile.
+void SettingsPath::Follow(const std::string& folder, std::size_t own)
+{
+    constexpr int kMostLinks = 40;
+    Names names;
+    Prepend(names, folder);
+    steps_.clear();
+    error_ = 0;
+    std::string here; // without its last slash: empty for the root, which stays where it is
+    for (int links = 0; !names.empty();) {
+        const std::string name = names.front();
+        const int watch = here.empty() ? -1 : Watch(here, kItself | (names.size() <= own ? kEntries : 0U));
+        names.pop_front();
+        if (name == "..") {
+            here = ParentOf(here);
+            continue;
+        }
+        steps_.push_back({here, watch, name});
+        const std::string next = here + "/" + name;
+        struct stat status {};
+        if (lstat(next.c_str(), &status) == -1) {
+            Fail(next, errno);
+            return;
+        }
+        if (!S_ISLNK(status.st_mode)) {
+            here = next;
+            continue;
+        }
+        Watch(next, kLink);
+        const std::string target = ReadLink(next);
+        if (target.empty() || ++links > kMostLinks) {
+            Fail(next, target.empty() ? EAGAIN : ELOOP);
+            return;
+        }
+        here = target.front() == '/' ? "" : here;
+        Prepend(names, target);
+    }
+    folderWatch_ = Watch(here, kItself | kStores | kWrites);
+    if (folderWatch_ == -1) {
+        Fail(here, errno == ENOENT ? EAGAIN : errno);
+    }
+}
+
+/// Returns -1 and the errno where the system refuses.
+int SettingsPath::Watch(const std::string& path, unsigned events)
+{
+    return inotify_add_watch(events_.Get(), path.c_str(), events | IN_MASK_ADD);
+}
+
+void SettingsPath::Fail(const std::string& place, int error)
+{
+    place_ = place;
+    error_ = error;
+}
+
+/// Returns false when what was missing is there by now. The folder where the way ends may be removed
+/// as well, which its parent notices soonest.
+bool SettingsPath::AwaitAppearance()
+{
+    const std::size_t count = steps_.size();
+    for (std::size_t i = count - std::min<std::size_t>(count, 2); i < count; ++i) {
+        steps_[i].watch = Watch(steps_[i].folder.empty() ? "/" : steps_[i].folder, kItself | kEntries);
+    }
+    struct stat status {};
+    if (error_ == ENOENT) {
+        if (lstat(place_.c_str(), &status) == 0) {
+            error_ = EAGAIN;
+            return false;
+        }
+        error_ = 0;
+    }
+    return true;
+}
+
+bool SettingsPath::IsOnTheWay(int watch, const char* name) const
+{
+    return std::any_of(steps_.begin(), steps_.end(),
+                       [=](const Step& step) { return step.watch == watch && step.next == name; });
+}
+
+std::vector<SettingsPath::Event> SettingsPath::Read()
+{
+    std::vector<Event> all;
+    alignas(inotify_event) std::array<char, 4096> buffer;
+    const ssize_t size = read(events_.Get(), buffer.data(), buffer.size());
+    for (ssize_t at = 0; at < size;) {
+        const auto* event = reinterpret_cast<const inotify_event*>(buffer.data() + at);
+        const char* name = event->len > 0 ? event->name : "";
+        at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
+        if ((event->mask & IN_Q_OVERFLOW) != 0) {
+            all.push_back({Event::Kind::kOverflow, ""});
+        } else if ((event->mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_ATTRIB)) != 0 ||
+                   IsOnTheWay(event->wd, name)) {
+            all.push_back({Event::Kind::kPathChanged, ""});
+        } else if (event->wd == folderWatch_ && (event->mask & kStores) != 0) {
+            all.push_back({Event::Kind::kStored, name});
+        } else if (event->wd == folderWatch_ && (event->mask & kWrites) != 0) {
+            all.push_back({Event::Kind::kUnderWay, name});
+        }
+    }
+    return all;
+}
+
+} // namespace desktop
