@@ -18,7 +18,6 @@
 
 namespace {
 
-constexpr char kSettingKey[] = "db/menu/syncdemo/state";
 constexpr char kMediaDirectory[] = VQM_MEDIA_DIR;
 constexpr char kScheduleDirectory[] = VQM_APPS_DIR "/" VQM_APP_ID "/RECH";
 
@@ -95,7 +94,7 @@ void CVQMSyncDemoMonitor::DestroyInstance()
 bool CVQMSyncDemoMonitor::CheckSyncDemoEnbaled()
 {
     int state = 0;
-    vconf_get_int(kSettingKey, &state);
+    vconf_get_int(kSyncDemoSettingKey, &state);
     if (state == 1) {
         VQM_LOG_DEBUG("CVQMSyncDemoMonitor::CheckSyncDemoEnbaled - Enabled \n");
         return true;
@@ -116,8 +115,8 @@ void CVQMSyncDemoMonitor::SetSyncDemoVocnf(bool enable)
     }
 
     const int value = enable ? 1 : 0;
-    VQM_LOG_DEBUG("SetSyncDemoVocnf - path:%s, value:%d \n", kSettingKey, value);
-    if (vconf_set_int(kSettingKey, value) == kStoreFailure) {
+    VQM_LOG_DEBUG("SetSyncDemoVocnf - path:%s, value:%d \n", kSyncDemoSettingKey, value);
+    if (vconf_set_int(kSyncDemoSettingKey, value) == kStoreFailure) {
         VQM_LOG_DEBUG("CVQMSyncDemoMonitor::SetSyncDemoVocnf - vconf_set_int returned error \n");
     } else {
         VQM_LOG_DEBUG("CVQMSyncDemoMonitor::SetSyncDemoVocnf - success %d \n", value);
@@ -130,7 +129,7 @@ bool CVQMSyncDemoMonitor::SetVconfCallBack(void* callback, void* userData)
         VQM_LOG_DEBUG("error : vConfCallBack is NULL\n");
         return false;
     }
-    if (vconf_notify_key_changed(kSettingKey, AsStoreCallback(callback), userData) == kStoreFailure) {
+    if (vconf_notify_key_changed(kSyncDemoSettingKey, AsStoreCallback(callback), userData) == kStoreFailure) {
         VQM_LOG_DEBUG("CVQMSyncDemoMonitor::SetVconfCallBack - vconf_notify_key_changed returned error \n");
         return false;
     }
@@ -148,7 +147,7 @@ bool CVQMSyncDemoMonitor::UnSetVconfCallBack(void* callback)
         VQM_LOG_DEBUG("error : vConfCallBack is not setted before\n");
         return false;
     }
-    if (vconf_ignore_key_changed(kSettingKey, AsStoreCallback(callback)) == kStoreFailure) {
+    if (vconf_ignore_key_changed(kSyncDemoSettingKey, AsStoreCallback(callback)) == kStoreFailure) {
         VQM_LOG_DEBUG("CVQMSyncDemoMonitor::UnSetVconfCallBack - vconf_ignore_key_changed returned error \n");
         return false;
     }

@@ -6,6 +6,9 @@
 
 #include "Data/VQMScheduleRecords.h"
 
+/// The settings store's key of the sync-demo setting.
+inline constexpr char kSyncDemoSettingKey[] = "db/menu/syncdemo/state";
+
 /// The process-wide view of the sync-demo mode: the setting that turns it on, where its media and
 /// its schedule lie on disk, and the current policy, which a content check takes from there.
 ///

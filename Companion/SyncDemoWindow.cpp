@@ -116,9 +116,9 @@ void SyncDemoWindow::ShowState(bool enabled)
     elm_object_text_set(explanation_, enabled ? kOnText : kOffText);
 }
 
-void SyncDemoWindow::OnSettingChanged(keynode_t* node, void* data)
+void SyncDemoWindow::OnSettingChanged(keynode_t* /*node*/, void* data)
 {
-    static_cast<SyncDemoWindow*>(data)->ShowState(vconf_keynode_get_int(node) == 1);
+    static_cast<SyncDemoWindow*>(data)->ShowState(CVQMSyncDemoMonitor::CheckSyncDemoEnbaled());
 }
 
 Eina_Bool SyncDemoWindow::OnInput(void* /*data*/, Evas_Object* /*object*/, Evas_Object* /*source*/,

@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 
 #include "Common/VQMSyncDemoMonitor.h"
-#include "Diagnostics/Status/SettingKey.h"
 #include "Platform/desktop/base/SettingsStore.h"
 
 namespace status {
@@ -28,8 +27,8 @@ SettingStatus CollectSetting()
 {
     SettingStatus setting;
     setting.enabled = CVQMSyncDemoMonitor::CheckSyncDemoEnbaled();
-    const std::optional<std::string> file = desktop::SettingsFile(kSettingKey);
-    setting.stored = desktop::ReadSetting(kSettingKey);
+    const std::optional<std::string> file = desktop::SettingsFile(kSyncDemoSettingKey);
+    setting.stored = desktop::ReadSetting(kSyncDemoSettingKey);
     setting.file = file.value_or("");
     if (!setting.stored && !(file && IsAbsent(*file))) {
         setting.problem = desktop::LastSettingsProblem();

@@ -42,6 +42,26 @@ def test_a_store_that_cannot_be_written_is_named(home):
         f"vqmctl: cannot switch the setting on; it is stored in {home.setting} (")
 
 
+def test_writers_in_each_others_way_all_succeed(home):
+    """What one has stored another may have replaced before the first one looks."""
+    count = 8
+    writers = [
+        home.start("/bin/sh", "-c", 'for i in $(seq 40); do "$0" setting on || exit 1; "$0" setting off || exit 1; done',
+                   BUILD / "bin/vqmctl", stderr=subprocess.PIPE)
+        for _ in range(count)
+    ]
+    assert [(writer.communicate(timeout=600)[1], writer.returncode) for writer in writers] == [("", 0)] * count
+
+
+def test_a_refused_link_is_called_a_link(home):
+    home.setting.parent.mkdir(parents=True)
+    home.setting.symlink_to(home.folder / "elsewhere")
+    result = home.vqmctl("setting", "on")
+    assert (result.returncode, result.stderr) == (3, (
+        f"vqmctl: cannot switch the setting on; it is stored in {home.setting} "
+        f"({home.setting}: a symbolic link, not a plain file)\n"))
+
+
 def test_watch_prints_the_state_and_each_change_until_interrupted(home):
     watch = home.start("vqmctl", "setting", "watch", stdout=subprocess.PIPE, stderr=subprocess.PIPE)
     assert watch.stdout.readline() == "off\n"

@@ -5,7 +5,6 @@
 #include <vconf.h>
 
 #include "Common/VQMSyncDemoMonitor.h"
-#include "Diagnostics/Status/SettingKey.h"
 #include "Platform/desktop/base/SettingsStore.h"
 #include "Tools/CommandError.h"
 #include "Tools/CommandLine.h"
@@ -27,13 +26,13 @@ bool PrintState(bool enabled)
 
 std::string StorePath()
 {
-    return desktop::SettingsFile(kSettingKey).value_or("no file");
+    return desktop::SettingsFile(kSyncDemoSettingKey).value_or("no file");
 }
 
 ExitCode Get()
 {
     const bool enabled = CVQMSyncDemoMonitor::CheckSyncDemoEnbaled();
-    const std::optional<std::string> stored = desktop::ReadSetting(kSettingKey);
+    const std::optional<std::string> stored = desktop::ReadSetting(kSyncDemoSettingKey);
     if (stored && *stored != "0" && *stored != "1") {
         PrintError("note: " + StorePath() + " holds '" + *stored + "', expected 0 or 1; it counts as " +
                    StateName(enabled));
@@ -45,12 +44,12 @@ ExitCode Get()
 ExitCode Set(bool enable)
 {
     CVQMSyncDemoMonitor::SetSyncDemoVocnf(enable);
-    // Storing reports nothing to its caller: only reading back tells. The store's reason is taken
-    // first, for reading may replace it.
-    const std::string failure = std::string("cannot switch the setting ") + StateName(enable) + "; it is stored in " +
-                                StorePath() + " (" + desktop::LastSettingsProblem() + ")";
-    if (CVQMSyncDemoMonitor::CheckSyncDemoEnbaled() != enable) {
-        throw CommandError(ExitCode::kCouldNotRun, failure);
+    // Storing reports nothing to its caller: only the store knows. A setting that is another one
+    // by now is no failure: somebody else has stored it since.
+    const std::string problem = desktop::LastSettingsProblem();
+    if (!problem.empty() && CVQMSyncDemoMonitor::CheckSyncDemoEnbaled() != enable) {
+        throw CommandError(ExitCode::kCouldNotRun, std::string("cannot switch the setting ") + StateName(enable) +
+                                                       "; it is stored in " + StorePath() + " (" + problem + ")");
     }
     return ExitCode::kOk;
 }
@@ -88,9 +87,9 @@ ExitCode Watch::Run()
     return ExitCode::kOk;
 }
 
-void Watch::OnChanged(keynode_t* node, void* data)
+void Watch::OnChanged(keynode_t* /*node*/, void* data)
 {
-    static_cast<Watch*>(data)->Report(vconf_keynode_get_int(node) == 1);
+    static_cast<Watch*>(data)->Report(CVQMSyncDemoMonitor::CheckSyncDemoEnbaled());
 }
 
 void Watch::Report(bool enabled)
