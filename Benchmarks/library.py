@@ -208,7 +208,7 @@ class Benchmark:
             dropped.append(self.works.run("parse/product", items, 3)["ns"])
             delivered.append(self.works.run("parse/product", items, 3, delivered=True)["ns"])
         self.table.add(f"parse {items:,} items, log to a file, time", "log dropped",
-                       statistics.median(delivered) / statistics.median(dropped))
+                       statistics.median(delivered) / statistics.median(dropped), most=8)
         self.figures.append([f"parse {items:,} items", "log to a file", human(statistics.median(delivered))])
 
     def growth(self):

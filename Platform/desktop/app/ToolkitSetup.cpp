@@ -29,7 +29,7 @@ bool SystemBusAnswers()
 
 void PrepareForToolkit()
 {
-    KeepStandardErrorFromBlocking();
+    KeepStandardErrorFromBlocking(); // Xlib and the toolkit have something to say, too
     if (!NamesWritableFolder("XDG_RUNTIME_DIR") && !NamesWritableFolder("HOME")) {
         PLATFORM_LOG(DLOG_ERROR, "neither XDG_RUNTIME_DIR nor HOME names a folder that can be written: "
                                  "the toolkit cannot start");
