@@ -12,22 +12,19 @@ PopupAnswer AskSessionBus()
     if (!bus.Join()) {
         return answer;
     }
-    answer.daemon = bus.OwnerOf(desktop::kNotificationsName);
+    answer.daemon = desktop::UniqueNameIn(bus.Call(desktop::NameOwnerRequest(desktop::kNotificationsName)));
     // Asked second: without it, no owner only means that the bus fell silent.
-    answer.busIdentity = bus.Identity();
+    answer.busIdentity = desktop::IdentityIn(bus.Call(desktop::IdentityRequest()));
     answer.busAnswers = !answer.busIdentity.empty();
     if (answer.daemon.empty() || !answer.busAnswers) {
         return answer;
     }
-    desktop::NotificationDaemon daemon(bus, answer.daemon);
-    bool paused = false;
-    const desktop::BusAnswer told = daemon.GetPaused(paused);
-    answer.daemonAnswers = told != desktop::BusAnswer::kSilent;
-    if (told == desktop::BusAnswer::kDone) {
-        answer.paused = paused;
-    }
+    const desktop::NotificationDaemon daemon(answer.daemon);
+    const desktop::BusReply told = bus.Call(daemon.GetPausedRequest());
+    answer.daemonAnswers = told.answer != desktop::BusAnswer::kSilent;
+    answer.paused = desktop::PausedIn(told);
     if (answer.daemonAnswers) {
-        answer.product = daemon.ProductName();
+        answer.product = desktop::ProductNameIn(bus.Call(daemon.InformationRequest()));
     }
     return answer;
 }

@@ -7,7 +7,7 @@
 
 #include "Diagnostics/Status/TimeLimit.h"
 #include "Diagnostics/Text/Json.h"
-#include "Platform/desktop/bus/SessionBus.h"
+#include "Platform/desktop/bus/BusAddress.h"
 
 namespace status {
 
@@ -16,7 +16,7 @@ namespace {
 using State = PopupStatus::State;
 
 /// More than the calls to the bus take together, each of which has a limit of its own.
-constexpr std::chrono::seconds kPatience{3};
+constexpr std::chrono::seconds kAnswersTimeout{3};
 
 PopupStatus Unknown(const std::string& why)
 {
@@ -135,7 +135,7 @@ PopupStatus CollectPopups()
     }
     const std::optional<PopupNote> note = ReadNote();
     try {
-        const std::optional<std::string> text = AskWithin(kPatience, [] { return ToText(AskSessionBus()); });
+        const std::optional<std::string> text = AskWithin(kAnswersTimeout, [] { return ToText(AskSessionBus()); });
         return PopupsFrom(note, text ? std::optional(FromText(*text)) : std::nullopt);
     } catch (const std::system_error& error) {
         return Unknown("cannot ask the session bus: " + error.code().message());

@@ -4,18 +4,12 @@
 #include <utility>
 
 #include "Platform/desktop/base/PlatformLog.h"
-#include "Platform/desktop/bus/NotificationDaemon.h"
 
 namespace desktop {
 
 namespace {
 
 constexpr char kReason[] = "No popups over the demonstration";
-
-void LogSilence(const std::string& daemon)
-{
-    PLATFORM_LOG(DLOG_WARN, "the notification daemon %s does not answer: popups stay as they are", daemon.c_str());
-}
 
 } // namespace
 
@@ -31,7 +25,9 @@ PopupInhibitor::~PopupInhibitor()
 
 bool PopupInhibitor::Open()
 {
-    return bus_.Join();
+    const bool joined = bus_.Join();
+    bus_.KeepJoined([this] { OnJoined(); }, [this] { OnBusLost(); });
+    return joined;
 }
 
 void PopupInhibitor::Close()
@@ -42,31 +38,37 @@ void PopupInhibitor::Close()
 
 bool PopupInhibitor::Begin()
 {
-    if (!bus_.IsJoined()) {
-        return false;
-    }
+    wanted_ = true;
     if (held_) {
         return true;
     }
-    bus_.WatchOwner(kNotificationsName, [this](const std::string& owner) { OnDaemonChanged(owner); });
-    const std::string daemon = bus_.OwnerOf(kNotificationsName);
-    if (daemon.empty()) {
-        PLATFORM_LOG(DLOG_INFO, "no notification daemon answers on the session bus: no popups to hold back yet");
+    if (!bus_.IsJoined()) {
         return false;
     }
-    return Apply(daemon);
+    AskForOwner();
+    while (bus_.WaitForAnswer()) {
+    }
+    if (owner_.empty()) {
+        PLATFORM_LOG(DLOG_INFO, "no notification daemon answers on the session bus: no popups to hold back yet");
+    } else if (bus_.IsAsking()) {
+        LogSilence();
+    }
+    return held_ && !bus_.IsAsking();
 }
 
 void PopupInhibitor::End()
 {
+    wanted_ = false;
+    undecided_ = false;
+    owner_.clear();
+    retry_.Stop();
     bus_.StopWatching();
+    bus_.CancelAsk();
     if (!held_) {
         return;
     }
     const Held held = *std::exchange(held_, std::nullopt);
-    NotificationDaemon daemon(bus_, held.daemon);
-    const BusAnswer answer = held.inhibited ? daemon.UnInhibit(held.cookie) : daemon.SetPaused(held.pausedBefore);
-    if (answer == BusAnswer::kDone) {
+    if (bus_.Call(RestoreRequest(held)).answer == BusAnswer::kDone) {
         RemovePopupRecord(recordFile_);
         return;
     }
@@ -75,83 +77,171 @@ void PopupInhibitor::End()
                  held.daemon.c_str());
 }
 
-void PopupInhibitor::OnDaemonChanged(const std::string& daemon)
+void PopupInhibitor::OnJoined()
 {
-    if (held_ && held_->daemon == daemon) {
-        return;
+    if (wanted_) {
+        AskForOwner();
     }
-    if (held_) {
-        held_.reset(); // it is gone, and with it what it held back
+}
+
+void PopupInhibitor::OnBusLost()
+{
+    retry_.Stop();
+    owner_.clear();
+    undecided_ = false;
+    busIdentity_.clear();
+    // An inhibition ends with the connection. A pause may outlive it, and the record says what was
+    // before.
+    if (held_ && held_->inhibited) {
         RemovePopupRecord(recordFile_);
     }
-    if (!daemon.empty()) {
-        Apply(daemon);
+    held_.reset();
+}
+
+void PopupInhibitor::AskForOwner()
+{
+    bus_.WatchOwner(kNotificationsName, [this](const std::string& owner) { OnOwner(owner); });
+    bus_.Ask(NameOwnerRequest(kNotificationsName), [this](const BusReply& reply) { OnOwner(UniqueNameIn(reply)); });
+}
+
+void PopupInhibitor::OnOwner(const std::string& owner)
+{
+    if (held_ && held_->daemon == owner) {
+        return;
+    }
+    bus_.CancelAsk();
+    GiveBackWithoutWaiting();
+    owner_ = owner;
+    undecided_ = !owner.empty();
+    silenceLogged_ = false;
+    if (retry_.IsRunning()) {
+        retry_.Start(); // the name changes hands quickly: only the last owner will be asked
+    } else if (undecided_) {
+        retry_.Start();
+        AskDaemon();
     }
 }
 
-bool PopupInhibitor::Apply(const std::string& daemonName)
+void PopupInhibitor::OnRetry()
 {
-    NotificationDaemon daemon(bus_, daemonName);
-    std::uint32_t cookie = 0;
-    switch (daemon.Inhibit(applicationId_.c_str(), kReason, cookie)) {
-    case BusAnswer::kDone:
-        held_ = Held{daemonName, true, cookie, false};
+    if (!undecided_) {
+        return;
+    }
+    if (asked_ == owner_) {
+        LogSilence();
+    }
+    retry_.Continue();
+    AskDaemon();
+}
+
+void PopupInhibitor::AskDaemon()
+{
+    asked_ = owner_;
+    const NotificationDaemon daemon(owner_);
+    bus_.Ask(daemon.InhibitRequest(applicationId_.c_str(), kReason),
+             [this](const BusReply& reply) { OnInhibited(reply); });
+}
+
+void PopupInhibitor::OnInhibited(const BusReply& reply)
+{
+    if (reply.answer == BusAnswer::kSilent) {
+        return;
+    }
+    if (const std::optional<std::uint32_t> cookie = CookieIn(reply)) {
+        undecided_ = false;
+        held_ = Held{owner_, true, *cookie, false};
         Save(*held_); // for tools alone: the daemon ends it with our connection
-        return true;
-    case BusAnswer::kSilent:
-        LogSilence(daemonName);
-        return false;
-    case BusAnswer::kRefused:
-        break;
+        LogHeld();
+        return;
     }
-    return ApplyPause(daemon);
+    bus_.Ask(NotificationDaemon(owner_).GetPausedRequest(), [this](const BusReply& found) { OnPausedFound(found); });
 }
 
-bool PopupInhibitor::ApplyPause(NotificationDaemon& daemon)
+void PopupInhibitor::OnPausedFound(const BusReply& reply)
 {
-    bool paused = false;
-    switch (daemon.GetPaused(paused)) {
-    case BusAnswer::kDone:
-        break;
-    case BusAnswer::kSilent:
-        LogSilence(daemon.UniqueName());
-        return false;
-    case BusAnswer::kRefused:
+    if (reply.answer == BusAnswer::kSilent) {
+        return;
+    }
+    const std::optional<bool> paused = PausedIn(reply);
+    if (!paused) {
+        undecided_ = false;
         PLATFORM_LOG(DLOG_INFO, "the notification daemon cannot be held back: popups stay as they are");
-        return false;
+        return;
     }
-    if (busIdentity_.empty()) {
-        busIdentity_ = bus_.Identity();
+    if (!busIdentity_.empty()) {
+        Pause(*paused);
+        return;
     }
+    bus_.Ask(IdentityRequest(), [this, before = *paused](const BusReply& identity) {
+        busIdentity_ = IdentityIn(identity);
+        if (!busIdentity_.empty()) {
+            Pause(before);
+        }
+    });
+}
+
+void PopupInhibitor::Pause(bool pausedBefore)
+{
+    undecided_ = false;
     // Left by a process that was killed: the pause found now is that one's.
     const std::optional<PopupRecord> left = ReadPopupRecord(recordFile_);
-    if (left && !left->inhibited && left->bus == busIdentity_ && left->daemon == daemon.UniqueName()) {
-        paused = left->pausedBefore;
+    if (left && !left->inhibited && left->bus == busIdentity_ && left->daemon == owner_) {
+        pausedBefore = left->pausedBefore;
     }
-    const Held held{daemon.UniqueName(), false, 0, paused};
+    const Held held{owner_, false, 0, pausedBefore};
     if (!Save(held)) {
         PLATFORM_LOG(DLOG_WARN, "no record can be kept in XDG_RUNTIME_DIR: popups stay as they are");
-        return false;
+        return;
     }
-    switch (daemon.SetPaused(true)) {
-    case BusAnswer::kDone:
-        held_ = held;
-        return true;
-    case BusAnswer::kSilent:
-        held_ = held; // it may still do it
-        LogSilence(daemon.UniqueName());
-        return false;
-    case BusAnswer::kRefused:
-        break;
+    held_ = held; // from now on, as a daemon that does not answer may still do it
+    bus_.Ask(NotificationDaemon(owner_).SetPausedRequest(true), [this](const BusReply& reply) { OnPaused(reply); });
+}
+
+void PopupInhibitor::OnPaused(const BusReply& reply)
+{
+    if (reply.answer == BusAnswer::kDone) {
+        LogHeld();
+    } else if (reply.answer == BusAnswer::kRefused) {
+        held_.reset();
+        RemovePopupRecord(recordFile_);
+        PLATFORM_LOG(DLOG_WARN, "the notification daemon refuses to pause: popups stay as they are");
     }
-    RemovePopupRecord(recordFile_);
-    PLATFORM_LOG(DLOG_WARN, "the notification daemon refuses to pause: popups stay as they are");
-    return false;
+}
+
+void PopupInhibitor::LogSilence()
+{
+    if (!std::exchange(silenceLogged_, true)) {
+        PLATFORM_LOG(DLOG_WARN, "the notification daemon %s does not answer: popups stay as they are", owner_.c_str());
+    }
+}
+
+void PopupInhibitor::LogHeld()
+{
+    if (silenceLogged_) {
+        PLATFORM_LOG(DLOG_INFO, "the notification daemon %s answers now: popups are held back", owner_.c_str());
+    }
 }
 
 bool PopupInhibitor::Save(const Held& held)
 {
     return WritePopupRecord(recordFile_, {getpid(), busIdentity_, held.daemon, held.inhibited, held.pausedBefore});
+}
+
+BusMessage PopupInhibitor::RestoreRequest(const Held& held)
+{
+    const NotificationDaemon daemon(held.daemon);
+    return held.inhibited ? daemon.UnInhibitRequest(held.cookie) : daemon.SetPausedRequest(held.pausedBefore);
+}
+
+/// For a daemon that has lost the name. If it has ended, the bus drops the request; if it lives
+/// on, it must not stay paused.
+void PopupInhibitor::GiveBackWithoutWaiting()
+{
+    if (held_) {
+        bus_.Send(RestoreRequest(*held_));
+        held_.reset();
+        RemovePopupRecord(recordFile_);
+    }
 }
 
 } // namespace desktop

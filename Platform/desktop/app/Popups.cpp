@@ -1,6 +1,8 @@
-#include <tvcontext.h>
+#include "Platform/desktop/app/Popups.h"
 
 #include <memory>
+
+#include <tvcontext.h>
 
 #include "Platform/desktop/app/PopupInhibitor.h"
 

@@ -1,5 +1,6 @@
 #include "Platform/desktop/app/ToolkitSetup.h"
 
+#include <chrono>
 #include <cstdlib>
 
 #include <Efreet.h>
@@ -16,13 +17,13 @@ namespace desktop {
 namespace {
 
 constexpr char kSystemBusAddress[] = "unix:path=/run/dbus/system_bus_socket";
-constexpr int kBusPatienceInMilliseconds = 250;
+constexpr std::chrono::milliseconds kSystemBusTimeout{250};
 
 bool SystemBusAnswers()
 {
     const char* address = std::getenv("DBUS_SYSTEM_BUS_ADDRESS");
     const bool given = address != nullptr && *address != '\0';
-    return BusAnswers(given ? address : kSystemBusAddress, kBusPatienceInMilliseconds);
+    return BusAnswers(given ? address : kSystemBusAddress, kSystemBusTimeout);
 }
 
 } // namespace

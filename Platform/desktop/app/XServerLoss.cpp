@@ -8,7 +8,7 @@
 #include <Ecore_X.h>
 #include <X11/Xlib.h>
 
-#include "Platform/desktop/app/PopupInhibitor.h"
+#include "Platform/desktop/app/Popups.h"
 #include "Platform/desktop/base/PlatformLog.h"
 
 namespace desktop {

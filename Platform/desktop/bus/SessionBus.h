@@ -1,39 +1,20 @@
 #pragma once
 
-#include <dbus/dbus.h>
-#include <Ecore.h>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
 
+#include "Platform/desktop/bus/BusConnection.h"
+#include "Platform/desktop/bus/RetryTimer.h"
+
 namespace desktop {
 
-struct ReleaseMessage {
-    void operator()(DBusMessage* message) const { dbus_message_unref(message); }
-};
-
-using BusMessage = std::unique_ptr<DBusMessage, ReleaseMessage>;
-
-enum class BusAnswer {
-    kDone,
-    kRefused, ///< an error came back
-    kSilent,  ///< nothing in time, or nobody there
-};
-
-/// Where the session bus is known to be: $DBUS_SESSION_BUS_ADDRESS, else the socket "bus" in
-/// $XDG_RUNTIME_DIR. Otherwise empty: the D-Bus library would launch a bus that stays behind.
-std::string SessionBusAddress();
-
-/// The desktop's message bus: blocking calls with short timeouts, and the comings and goings of
-/// one name on the Ecore main loop. Main thread only.
-///
-/// It stands on libdbus alone: Eldbus takes no timeout for joining a bus and prints each refusal
-/// as an error of its own.
+/// The desktop's message bus, where `SessionBusAddress` says it is: single answers with a time
+/// limit, and, on the Ecore main loop, the comings and goings of one name and of the bus itself.
+/// Main thread only.
 class SessionBus {
 public:
-    /// The longest that any call blocks.
-    static constexpr int kTimeoutMilliseconds = 400;
-
     /// The new owner's unique name; empty: nobody owns the name now.
     using OwnerChanged = std::function<void(const std::string& owner)>;
 
@@ -42,46 +23,45 @@ public:
     SessionBus& operator=(const SessionBus&) = delete;
     ~SessionBus() { Leave(); }
 
-    /// Returns false after one log line when there is no bus to join.
+    /// Returns false after one log line when there is no bus to join. Waits for twice
+    /// `BusConnection::kAnswerTimeout` at most.
     bool Join();
     void Leave();
-    bool IsJoined() const { return connection_ != nullptr; }
+    bool IsJoined() const { return connection_ != nullptr && connection_->HasName(); }
 
-    /// Sends a request and waits for its answer. Nobody is started to give one.
-    BusAnswer Call(DBusMessage* request, BusMessage& reply);
+    /// From now on the Ecore main loop serves the bus. One that goes away, or did not answer
+    /// `Join`, is joined as soon as it answers, as long as `RetryTimer` tries. `lost` is called
+    /// when a bus that was joined has gone, `joined` when one is joined on the loop. A bus that is
+    /// not on a Unix socket is not joined again: connecting to it might block the loop.
+    void KeepJoined(std::function<void()> joined, std::function<void()> lost);
 
-    /// The bus's own answers. Empty: none.
-    std::string OwnerOf(const char* name);
-    std::string Identity();
+    /// The operations of `BusConnection`. Without a connection there is no answer.
+    BusReply Call(const BusMessage& request);
+    void Send(const BusMessage& request);
+    void Ask(const BusMessage& request, BusConnection::Answered answered);
+    void CancelAsk();
+    bool IsAsking() const { return connection_ != nullptr && connection_->IsAsking(); }
+    bool WaitForAnswer() { return IsAsking() && connection_->WaitForAnswer(); }
 
-    /// Calls back at each change of the name's owner, and with an empty owner when the bus itself
-    /// goes away. One name at a time.
+    /// Calls back at each change of the name's owner. One name at a time; the watch ends when the
+    /// bus goes away. `changed` must not use `Call`.
     void WatchOwner(const char* name, OwnerChanged changed);
     void StopWatching();
 
 private:
-    struct CloseConnection {
-        void operator()(DBusConnection* connection) const
-        {
-            dbus_connection_close(connection);
-            dbus_connection_unref(connection);
-        }
-    };
+    void OnRetry();
+    void OnHello(const BusReply& reply);
+    void OnLost();
+    void OnSignal(DBusMessage* signal);
 
-    static DBusHandlerResult OnMessage(DBusConnection* connection, DBusMessage* message, void* data);
-    static Eina_Bool OnReadable(void* data, Ecore_Fd_Handler* handler);
-    static void OnQueued(void* data);
-
-    bool SayHello();
-    std::string AskBus(const char* method, const char* argument);
-    void DispatchSoon();
-    void DispatchAll();
-
-    std::unique_ptr<DBusConnection, CloseConnection> connection_;
+    std::unique_ptr<BusConnection> connection_;
     std::string watchedName_;
     OwnerChanged changed_;
-    Ecore_Fd_Handler* readable_ = nullptr;
-    Ecore_Job* queued_ = nullptr;
+    std::function<void()> joined_;
+    std::function<void()> lost_;
+    RetryTimer retry_{[this] { OnRetry(); }};
+    std::size_t nextPlace_ = 0;
+    bool wasJoined_ = false; ///< and its loss has not been told
 };
 
 } // namespace desktop
