@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "Tests/Desktop/PopupsFixture.h"
+#include "Tests/Support/SessionConnection.h"
 
 namespace fixtures {
 
@@ -12,10 +13,7 @@ constexpr const char* kNotifications = "org.freedesktop.Notifications";
 
 } // namespace
 
-BusClient::BusClient() : connection_(dbus_bus_get_private(DBUS_BUS_SESSION, nullptr))
-{
-    dbus_connection_set_exit_on_disconnect(connection_.get(), FALSE);
-}
+BusClient::BusClient() : connection_(ConnectToSessionBus()) {}
 
 std::string BusClient::ApplicationName()
 {

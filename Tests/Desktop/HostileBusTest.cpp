@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <dbus/dbus.h>
+#include <Ecore.h>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <string>
@@ -67,7 +68,7 @@ std::vector<std::string> LinesOf(const std::string& file)
 }
 
 const std::string kNoUniqueNames[] = {
-    "", "x", ":", ":1", ":1.", "org.example.x", ":1.2 ", ":1.2\n", ":" + std::string(300, '1') + ".1"};
+    "", "x", ":1.", "org.example.x", ":1.2 ", ":1.2\n", ":" + std::string(300, '1') + ".1"};
 
 BusReply TextReply(const std::string& text)
 {
@@ -101,6 +102,7 @@ TEST_F(HostileBus, AnOwnerThatIsNotABusNameIsNotAsked)
     for (const std::string& owner : kNoUniqueNames) {
         StartFakeBus(owner);
         Process application([] {
+            ecore_fork_reset();
             HoldBack();
             tvcontext_fini();
         });

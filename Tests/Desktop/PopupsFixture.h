@@ -6,7 +6,7 @@
 #include <string>
 
 #include "Tests/Desktop/Fixtures.h"
-#include "Tests/Desktop/NotificationService.h"
+#include "Tests/Support/NotificationService.h"
 
 namespace fixtures {
 

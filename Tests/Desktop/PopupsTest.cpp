@@ -16,8 +16,8 @@
 #include "Tests/Desktop/BusClient.h"
 #include "Tests/Desktop/FakeBus.h"
 #include "Tests/Desktop/Fixtures.h"
-#include "Tests/Desktop/NotificationService.h"
 #include "Tests/Desktop/PopupsFixture.h"
+#include "Tests/Support/NotificationService.h"
 
 using fixtures::BusClient;
 using fixtures::Eventually;

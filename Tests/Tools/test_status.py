@@ -15,7 +15,7 @@ from Xlib import X
 
 from desktop import APP_ID, BUILD, PATIENCE, SETTING_KEY, TOOL_KEYS, Keyboard, new_desktop
 from home import ROOT
-from notifications import set_paused, start_dunst
+from notifications import Service, set_paused, start_dunst
 from sandbox import sandboxed
 
 VQMCTL = BUILD / "bin/vqmctl"
@@ -266,6 +266,13 @@ def test_popups_from_the_bus_without_a_daemon_to_the_application_that_was_killed
         dunst.process.send_signal(signal.SIGCONT)
     application.stop(signal.SIGKILL)
     assert popups(bus) == ("left-held-back", "dunst", application.pid)
+
+
+def test_a_notification_daemon_with_a_long_name_fills_no_screen(bus):
+    service = Service(bus, "--name-bytes", "1000000")
+    service.wait_for("ready")
+    assert popups(bus) == ("not-held-back", 80 * "x" + "...", None)
+    assert len(run(bus).stdout) < 10_000
 
 
 @contextlib.contextmanager

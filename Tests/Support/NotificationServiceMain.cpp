@@ -1,4 +1,4 @@
-#include "Tests/Desktop/NotificationService.h"
+#include "Tests/Support/NotificationService.h"
 
 #include <cstdio>
 #include <cstdlib>

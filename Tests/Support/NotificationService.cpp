@@ -1,14 +1,15 @@
-#include "Tests/Desktop/NotificationService.h"
+#include "Tests/Support/NotificationService.h"
 
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <dbus/dbus.h>
 #include <fstream>
 #include <memory>
 #include <unistd.h>
 #include <utility>
 #include <vector>
+
+#include "Tests/Support/SessionConnection.h"
 
 namespace fixtures {
 
@@ -30,10 +31,7 @@ using Message = std::unique_ptr<DBusMessage, Release>;
 class Service {
 public:
     Service(const ServiceManners& manners, const std::string& log)
-        : manners_(manners),
-          until_(manners.until),
-          log_(log, std::ios::app),
-          bus_(dbus_bus_get(DBUS_BUS_SESSION, nullptr))
+        : manners_(manners), until_(manners.until), log_(log, std::ios::app), bus_(ConnectToSessionBus())
     {
     }
 
