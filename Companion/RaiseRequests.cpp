@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "Platform/desktop/app/EndSignals.h"
+#include "Platform/desktop/environment/EndSignals.h"
 
 RaiseRequests::RaiseRequests(Display* display, desktop::InstanceClaim& claim, std::function<void()> raise)
     : display_(display),

@@ -6,13 +6,13 @@
 
 #include "Platform/desktop/app/AppEvents.h"
 #include "Platform/desktop/app/CommandLine.h"
-#include "Platform/desktop/app/EndSignals.h"
 #include "Platform/desktop/app/KeyGrab.h"
 #include "Platform/desktop/app/KeyWindow.h"
 #include "Platform/desktop/app/OwnInstance.h"
 #include "Platform/desktop/app/ToolkitSetup.h"
 #include "Platform/desktop/app/XServerLoss.h"
 #include "Platform/desktop/base/PlatformLog.h"
+#include "Platform/desktop/environment/EndSignals.h"
 #include "Platform/desktop/x11/XConnection.h"
 
 namespace {

@@ -6,7 +6,7 @@
 
 #include <Ecore.h>
 
-#include "Platform/desktop/app/EndSignals.h"
+#include "Platform/desktop/environment/EndSignals.h"
 #include "Platform/desktop/base/PlatformLog.h"
 #include "Platform/desktop/x11/Instance.h"
 #include "Platform/desktop/x11/XConnection.h"

@@ -1,4 +1,4 @@
-#include "Platform/desktop/app/EndSignals.h"
+#include "Platform/desktop/environment/EndSignals.h"
 
 #include <array>
 #include <cerrno>
