@@ -13,7 +13,26 @@ struct CVQMXMLSerialize::_Parse {
     bool bStopped = false;
     std::exception_ptr pThrown; ///< by the target
     CVQMDataBufferObject text;  ///< the current text; its memory serves all texts of the document
+    bool bTextInUse = false;
 };
+
+namespace {
+
+/// What an event brought is gone when the event ends, however it ends.
+template <typename Pointer>
+class UntilEventEnds {
+public:
+    explicit UntilEventEnds(Pointer& pointer) : pointer_(pointer) {}
+    ~UntilEventEnds() { pointer_ = nullptr; }
+
+    UntilEventEnds(const UntilEventEnds&) = delete;
+    UntilEventEnds& operator=(const UntilEventEnds&) = delete;
+
+private:
+    Pointer& pointer_;
+};
+
+} // namespace
 
 IVQMSerialize::~IVQMSerialize() = default;
 
@@ -27,8 +46,10 @@ CVQMXMLSerialize::~CVQMXMLSerialize()
 bool CVQMXMLSerialize::Create()
 {
     try {
-        m_pParser = XML_ParserCreate(nullptr);
-        if (m_pParser == nullptr) {
+        if (m_pParse == nullptr) { // else the parser is in use, and stays
+            m_pParser = XML_ParserCreate(nullptr);
+        }
+        if (m_pParse != nullptr || m_pParser == nullptr) {
             VQM_LOG_DEBUG(" XML_ParserCreate is Failed!!!\n");
             return false;
         }
@@ -46,7 +67,7 @@ bool CVQMXMLSerialize::Create()
 
 void CVQMXMLSerialize::Destroy()
 {
-    if (m_pParser != nullptr) {
+    if (m_pParser != nullptr && m_pParse == nullptr) {
         XML_ParserFree(m_pParser);
         m_pParser = nullptr;
     }
@@ -68,7 +89,8 @@ bool CVQMXMLSerialize::Deserialize(const char* pData, CVQMDataSerializableObject
         return false;
     }
     const std::size_t length = std::strlen(pData);
-    void* const buffer = length <= INT_MAX ? XML_GetBuffer(m_pParser, static_cast<int>(length)) : nullptr;
+    void* const buffer =
+        length <= INT_MAX && m_pParse == nullptr ? XML_GetBuffer(m_pParser, static_cast<int>(length)) : nullptr;
     if (buffer == nullptr) {
         VQM_LOG_DEBUG("CVQMXMLSerialize::Deserialize-  XML_GetBuffer Failed!!!!\n");
         Destroy();
@@ -113,6 +135,8 @@ void CVQMXMLSerialize::OnStartElement(void* pUserData, const char* pName, const 
     }
     pThis->m_pElementName = pName;
     pThis->m_ppAttributes = ppAttributes;
+    const UntilEventEnds name(pThis->m_pElementName);
+    const UntilEventEnds attributes(pThis->m_ppAttributes);
     pThis->Deliver(PARSING_START_ELEMENT);
 }
 
@@ -124,6 +148,7 @@ void CVQMXMLSerialize::OnEndElement(void* pUserData, const char* pName)
         return;
     }
     pThis->m_pElementName = pName;
+    const UntilEventEnds name(pThis->m_pElementName);
     pThis->Deliver(PARSING_END_ELEMENT);
 }
 
@@ -138,21 +163,18 @@ void CVQMXMLSerialize::OnElementData(void* pUserData, const char* pText, int nLe
         VQM_LOG_DEBUG("OnElementData - data is null \n");
         return;
     }
-    // A text that is told while another one is being delivered must leave that one alone.
-    if (pThis->m_pParse != nullptr && pThis->m_pText == nullptr) {
-        pThis->DeliverText(pText, nLength, pThis->m_pParse->text);
-    } else {
-        pThis->DeliverOwnText(pText, nLength);
+    _Parse* const pParse = pThis->m_pParse;
+    if (pParse != nullptr && !pParse->bTextInUse) {
+        pParse->bTextInUse = true;
+        pThis->DeliverText(pText, nLength, pParse->text);
+        pParse->bTextInUse = false;
+    } else { // within the event of another text, which stays as it is
+        CVQMDataBufferObject text;
+        pThis->DeliverText(pText, nLength, text);
     }
 }
 
-void CVQMXMLSerialize::DeliverOwnText(const char* pText, int nLength)
-{
-    CVQMDataBufferObject text;
-    DeliverText(pText, nLength, text);
-}
-
-// The two that run for every event of a document are told to be inlined.
+// The two that run for every event of a document are inlined: that is a twentieth of the parse.
 
 /// Without memory for the copy there is no event, and a parse ends as it does at any other error.
 inline void CVQMXMLSerialize::DeliverText(const char* pText, int nLength, CVQMDataBufferObject& copy)
@@ -167,33 +189,30 @@ inline void CVQMXMLSerialize::DeliverText(const char* pText, int nLength, CVQMDa
         return;
     }
     m_pText = copy.GetData();
+    const UntilEventEnds text(m_pText);
     Deliver(PARSING_ELEMENT_DATA);
 }
 
+/// Within a parse nothing is thrown: the target's exception waits for the parser's end.
 inline void CVQMXMLSerialize::Deliver(int nStep)
 {
     m_nParsingStep = nStep;
-    // A stopped parser may still have an event or two to tell.
-    if (m_pTarget != nullptr && (m_pParse == nullptr || !m_pParse->bStopped)) {
-        try {
-            m_pTarget->ReadFrom(this);
-        } catch (...) {
-            ForgetEvent();
-            if (m_pParse == nullptr) {
-                throw;
-            }
-            m_pParse->pThrown = std::current_exception();
-            Stop();
-        }
+    if (m_pTarget == nullptr) {
+        return;
     }
-    ForgetEvent();
-}
-
-inline void CVQMXMLSerialize::ForgetEvent()
-{
-    m_pElementName = nullptr;
-    m_ppAttributes = nullptr;
-    m_pText = nullptr;
+    if (m_pParse == nullptr) {
+        m_pTarget->ReadFrom(this);
+        return;
+    }
+    if (m_pParse->bStopped) { // the parser may still report an event or two
+        return;
+    }
+    try {
+        m_pTarget->ReadFrom(this);
+    } catch (...) {
+        m_pParse->pThrown = std::current_exception();
+        Stop();
+    }
 }
 
 void CVQMXMLSerialize::Stop()

@@ -40,6 +40,11 @@ public:
 ///
 /// One document: `Create`, then `Deserialize`, which frees the parser whatever its outcome.
 ///
+/// While a document is parsed, its parser is in use: from inside a target's `ReadFrom`, `Create` and
+/// `Deserialize` of the same serializer return false, with the log line of a parser that is not to
+/// be had, and `Destroy` does nothing. The parse goes on. To read a document within a document, use
+/// another serializer.
+///
 /// Threads: a serializer belongs to one thread for the duration of a document. Separate
 /// serializers may parse on separate threads.
 class CVQMXMLSerialize : public IVQMSerialize {
@@ -49,8 +54,7 @@ public:
     /// Creates the parser; one that is still held is overwritten, not freed. False on failure.
     bool Create() override;
 
-    /// Frees the parser, if there is one. Never to be called from inside a target's `ReadFrom`:
-    /// the parser is in use there.
+    /// Frees the parser, if there is one.
     void Destroy() override;
 
     /// Nothing is written as XML: false, and the buffer stays as it is.
@@ -67,7 +71,9 @@ public:
     /// The current step, or the last one between two steps.
     int GetParsingStep() { return m_nParsingStep; }
 
-    // What belongs to the current step, else null; valid until `ReadFrom` returns.
+    // What belongs to the current step, else null; valid until `ReadFrom` returns. An event that
+    // someone else reports from inside `ReadFrom` resets, at its end, what it has set itself: a text
+    // the text, an end the name, a start the name and the attributes.
 
     /// The element's name, during a start or an end.
     const char* GetParsingElementName() const { return m_pElementName; }
@@ -80,8 +86,8 @@ public:
 
     ~CVQMXMLSerialize() override;
 
-    // The parser's callbacks; `pUserData` is the serializer. Called by anyone but the parser they
-    // deliver to the last target, and its exceptions pass through.
+    // The parser's callbacks; `pUserData` is the serializer. Outside of a parse they deliver to the
+    // last target, and its exceptions pass through.
 
     static void OnStartElement(void* pUserData, const char* pName, const char** ppAttributes);
     static void OnEndElement(void* pUserData, const char* pName);
@@ -99,10 +105,8 @@ private:
     struct _Parse;
 
     bool Parse(int nLength);
-    void DeliverOwnText(const char* pText, int nLength);
     void DeliverText(const char* pText, int nLength, CVQMDataBufferObject& copy);
     void Deliver(int nStep);
-    void ForgetEvent();
     void Stop();
 
     _Parse* m_pParse = nullptr; ///< set while the parser runs
