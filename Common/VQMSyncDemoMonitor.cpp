@@ -238,13 +238,11 @@ bool CVQMSyncDemoMonitor::ParseStoredSchedule(std::string path, _VQMPolicy* targ
     }
     serializer.Destroy();
 
+    _VQMPolicy policy = std::move(schedule).TakePolicy();
     if (target != nullptr) {
-        schedule.GetSturcture(target);
+        *target = std::move(policy);
         return true;
     }
-    // The copy is complete before it takes the current policy's place.
-    _VQMPolicy policy;
-    schedule.GetSturcture(&policy);
     boost::mutex::scoped_lock lock(m_policyMutex);
     m_stCurrentPolicy = std::move(policy);
     return true;

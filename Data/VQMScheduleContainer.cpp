@@ -1,6 +1,7 @@
 #include "Data/VQMScheduleContainer.h"
 
 #include <cstdlib>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -18,31 +19,42 @@ constexpr int kScheduleSlots = 2;
 constexpr int kItemSlots = 2;
 constexpr int kRechInfoSlots = 10;
 
-/// One place in an attribute list.
-struct Slot {
-    const char* name;
+struct Attribute {
+    std::string_view name;
     const char* value;
-
-    bool IsMissing() const { return name == nullptr || value == nullptr; }
 };
 
-/// Walks an attribute list slot by slot; from the list's end on every slot is missing.
-class Slots {
+/// Walks a fixed number of slots of an attribute list. Slots from the list's end on are missing.
+class AttributeCursor {
 public:
-    explicit Slots(const char** attributes) : next_(attributes) {}
-
-    Slot Next()
+    /// Logs for the operation `function`.
+    AttributeCursor(const char* function, const char** attributes, int slots)
+        : function_(function), next_(attributes), slots_(slots)
     {
-        if (next_ == nullptr || *next_ == nullptr) {
-            return {nullptr, nullptr};
+    }
+
+    /// The next attribute that is not missing. Logs those that are.
+    std::optional<Attribute> Next()
+    {
+        for (; slots_ > 0; --slots_) {
+            const char* const name = next_ != nullptr ? next_[0] : nullptr;
+            const char* const value = name != nullptr ? next_[1] : nullptr;
+            if (name != nullptr) {
+                next_ += 2;
+            }
+            if (value != nullptr) {
+                --slots_;
+                return Attribute{name, value};
+            }
+            VQM_LOG_AS(function_, DLOG_DEBUG, nullptr, "pAttribute or pValue is wrong");
         }
-        const Slot slot = {next_[0], next_[1]};
-        next_ += 2;
-        return slot;
+        return std::nullopt;
     }
 
 private:
+    const char* const function_;
     const char** next_;
+    int slots_;
 };
 
 /// Of digits only; a number too large for the type gives the largest one.
@@ -64,6 +76,11 @@ void CVQMScheduleContainer::GetSturcture(void* pStructure)
         return;
     }
     CopyPolicyMember(&m_stPolicy, static_cast<_VQMPolicy*>(pStructure));
+}
+
+_VQMPolicy CVQMScheduleContainer::TakePolicy() &&
+{
+    return std::move(m_stPolicy);
 }
 
 void CVQMScheduleContainer::SetStructure(void* pStructure)
@@ -141,10 +158,9 @@ void CVQMScheduleContainer::OnStartElement(const char* pName, const char** ppAtt
     }
     const std::string_view name = pName;
     if (name == "rsp") {
-        const Slot first = Slots(ppAttributes).Next();
-        if (first.IsMissing()) {
+        if (ppAttributes[0] == nullptr || ppAttributes[1] == nullptr) {
             m_stPolicy.bError = true;
-        } else if (std::string_view(first.name) == "state" && std::string_view(first.value) == "ok") {
+        } else if (std::string_view(ppAttributes[0]) == "state" && std::string_view(ppAttributes[1]) == "ok") {
             m_stPolicy.bError = false;
         }
     } else if (name == "policy") {
@@ -154,7 +170,7 @@ void CVQMScheduleContainer::OnStartElement(const char* pName, const char** ppAtt
     } else if (name == "schedule") {
         ParseScheduleAttribute(ppAttributes);
     } else if (name == "item" || name == "name" || name == "size" || name == "format") {
-        ParseItemElements(pName, ppAttributes);
+        StartItemElement(name, ppAttributes);
     } else if (name == "rech_info") {
         ParseRECHInfoElements(ppAttributes);
     } else {
@@ -228,13 +244,10 @@ void CVQMScheduleContainer::OnElementData(const char* pText)
 
 void CVQMScheduleContainer::ParsePolicyAttribute(const char** ppAttributes)
 {
-    Slots slots(ppAttributes);
-    for (int i = 0; i < kPolicySlots; ++i) {
-        const Slot slot = slots.Next();
-        if (slot.IsMissing()) {
-            VQM_LOG_SCHEDULE("pAttribute or pValue is wrong");
-        } else if (std::string_view(slot.name) == "period") {
-            StrToNumber(slot.value, m_stPolicy.nCheckPeriod);
+    AttributeCursor cursor(__func__, ppAttributes, kPolicySlots);
+    while (const std::optional<Attribute> attribute = cursor.Next()) {
+        if (attribute->name == "period") {
+            StrToNumber(attribute->value, m_stPolicy.nCheckPeriod);
             VQM_LOG_SCHEDULE("Policy: Check Period is %d minutes \n", m_stPolicy.nCheckPeriod);
         } else {
             VQM_LOG_SCHEDULE("Policy: Unknown Attributes\n");
@@ -244,29 +257,24 @@ void CVQMScheduleContainer::ParsePolicyAttribute(const char** ppAttributes)
 
 void CVQMScheduleContainer::ParseProjectAttribute(const char** ppAttributes)
 {
-    Slots slots(ppAttributes);
-    for (int i = 0; i < kProjectSlots; ++i) {
-        const Slot slot = slots.Next();
-        if (slot.IsMissing()) {
-            VQM_LOG_SCHEDULE("pAttribute or pValue is wrong");
-            continue;
-        }
-        const std::string_view name = slot.name;
+    AttributeCursor cursor(__func__, ppAttributes, kProjectSlots);
+    while (const std::optional<Attribute> attribute = cursor.Next()) {
+        const std::string_view name = attribute->name;
         if (name == "id") {
-            StrToNumber(slot.value, m_stPolicy.nProjectID);
+            StrToNumber(attribute->value, m_stPolicy.nProjectID);
             VQM_LOG_SCHEDULE("Project - id %llu\n", m_stPolicy.nProjectID);
         } else if (name == "version") {
-            m_stPolicy.strVersion = slot.value;
+            m_stPolicy.strVersion = attribute->value;
             VQM_LOG_SCHEDULE("Project - version %s\n", m_stPolicy.strVersion.c_str());
         } else if (name == "item_count") {
-            StrToNumber(slot.value, m_stPolicy.nItemCount);
+            StrToNumber(attribute->value, m_stPolicy.nItemCount);
             VQM_LOG_SCHEDULE("Project - item_count %d\n", m_stPolicy.nItemCount);
         } else if (name == "total_size") {
-            StrToNumber(slot.value, m_stPolicy.nTotalSize);
+            StrToNumber(attribute->value, m_stPolicy.nTotalSize);
             VQM_LOG_SCHEDULE("Project - total_size %llu\n", m_stPolicy.nTotalSize);
         } else if (name == "expiration") {
             _VQMTime& date = m_stPolicy.stExpiration;
-            ConvertYYYYMMDDDateToVQMTime(slot.value, date);
+            ConvertYYYYMMDDDateToVQMTime(attribute->value, date);
             VQM_LOG_SCHEDULE("Project - Expiration %d-%d-%d \n", date.nYear, date.nMonth, date.nDay);
         } else {
             VQM_LOG_SCHEDULE("Project: Unknown Attributes\n");
@@ -276,21 +284,16 @@ void CVQMScheduleContainer::ParseProjectAttribute(const char** ppAttributes)
 
 void CVQMScheduleContainer::ParseScheduleAttribute(const char** ppAttributes)
 {
-    Slots slots(ppAttributes);
-    for (int i = 0; i < kScheduleSlots; ++i) {
-        const Slot slot = slots.Next();
-        if (slot.IsMissing()) {
-            VQM_LOG_SCHEDULE("pAttribute or pValue is wrong");
-            continue;
-        }
-        const std::string_view name = slot.name;
+    AttributeCursor cursor(__func__, ppAttributes, kScheduleSlots);
+    while (const std::optional<Attribute> attribute = cursor.Next()) {
+        const std::string_view name = attribute->name;
         if (name == "start_time") {
             _VQMTime& time = m_stSchedule.stStartTime;
-            ConvertHHMMSSTimeToVQMTime(slot.value, time);
+            ConvertHHMMSSTimeToVQMTime(attribute->value, time);
             VQM_LOG_SCHEDULE("Schedule - start_time %d : %d : %d\n", time.nHour, time.nMinute, time.nSecond);
         } else if (name == "end_time") {
             _VQMTime& time = m_stSchedule.stEndTime;
-            ConvertHHMMSSTimeToVQMTime(slot.value, time);
+            ConvertHHMMSSTimeToVQMTime(attribute->value, time);
             VQM_LOG_SCHEDULE("Schedule - end_time %d : %d : %d\n", time.nHour, time.nMinute, time.nSecond);
         } else {
             VQM_LOG_SCHEDULE("Schedule: Unknown Attributes\n");
@@ -303,7 +306,13 @@ void CVQMScheduleContainer::ParseItemElements(const char* pName, const char** pp
     if (pName == nullptr || ppAttributes == nullptr) {
         return;
     }
-    const std::string_view element = pName;
+    StartItemElement(pName, ppAttributes);
+}
+
+/// Logs for `ParseItemElements`.
+void CVQMScheduleContainer::StartItemElement(std::string_view element, const char** ppAttributes)
+{
+    constexpr char kFunction[] = "ParseItemElements";
     if (element == "name") {
         nElementState = ElementName;
         return;
@@ -317,71 +326,61 @@ void CVQMScheduleContainer::ParseItemElements(const char* pName, const char** pp
         return;
     }
     if (element != "item") {
-        VQM_LOG_SCHEDULE("Unknown Element\n");
+        VQM_LOG_AS(kFunction, DLOG_DEBUG, nullptr, "Unknown Element\n");
         return;
     }
-    Slots slots(ppAttributes);
-    for (int i = 0; i < kItemSlots; ++i) {
-        const Slot slot = slots.Next();
-        if (slot.IsMissing()) {
-            VQM_LOG_SCHEDULE("pAttribute or pValue is wrong");
-            continue;
-        }
-        const std::string_view name = slot.name;
+    AttributeCursor cursor(kFunction, ppAttributes, kItemSlots);
+    while (const std::optional<Attribute> attribute = cursor.Next()) {
+        const std::string_view name = attribute->name;
         if (name == "id") {
-            m_stContent.strID = slot.value;
-            VQM_LOG_SCHEDULE("item - id %s \n", m_stContent.strID.c_str());
+            m_stContent.strID = attribute->value;
+            VQM_LOG_AS(kFunction, DLOG_DEBUG, nullptr, "item - id %s \n", m_stContent.strID.c_str());
         } else if (name == "order") {
-            StrToNumber(slot.value, m_stContent.nOrder);
-            VQM_LOG_SCHEDULE("item - order %d \n", m_stContent.nOrder);
+            StrToNumber(attribute->value, m_stContent.nOrder);
+            VQM_LOG_AS(kFunction, DLOG_DEBUG, nullptr, "item - order %d \n", m_stContent.nOrder);
         } else {
-            VQM_LOG_SCHEDULE("item: Unknown Attributes\n");
+            VQM_LOG_AS(kFunction, DLOG_DEBUG, nullptr, "item: Unknown Attributes\n");
         }
     }
 }
 
 void CVQMScheduleContainer::ParseRECHInfoElements(const char** ppAttributes)
 {
-    Slots slots(ppAttributes);
-    for (int i = 0; i < kRechInfoSlots; ++i) {
-        const Slot slot = slots.Next();
-        if (slot.IsMissing()) {
-            VQM_LOG_SCHEDULE("pAttribute or pValue is wrong");
-            continue;
-        }
-        const std::string_view name = slot.name;
+    AttributeCursor cursor(__func__, ppAttributes, kRechInfoSlots);
+    while (const std::optional<Attribute> attribute = cursor.Next()) {
+        const std::string_view name = attribute->name;
         if (name == "IsMaster") {
             int nMaster = 0;
-            StrToNumber(slot.value, nMaster);
+            StrToNumber(attribute->value, nMaster);
             m_stPolicy.IsMaster = nMaster == 1;
             VQM_LOG_SCHEDULE("rech_info - IsMaster %d\n", nMaster);
         } else if (name == "NumOfPlayer") {
-            StrToNumber(slot.value, m_stPolicy.NumOfPlayer);
+            StrToNumber(attribute->value, m_stPolicy.NumOfPlayer);
             VQM_LOG_SCHEDULE("rech_info - NumOfPlayer %d\n", m_stPolicy.NumOfPlayer);
         } else if (name == "IPAddrOfMaster") {
-            m_stPolicy.IPAddrOfMaster = slot.value;
+            m_stPolicy.IPAddrOfMaster = attribute->value;
             VQM_LOG_SCHEDULE("rech_info - IPAddrOfMaster %s\n", m_stPolicy.IPAddrOfMaster.c_str());
         } else if (name == "IPType") {
-            StrToNumber(slot.value, m_stPolicy.IPType);
+            StrToNumber(attribute->value, m_stPolicy.IPType);
             VQM_LOG_SCHEDULE("rech_info - IPType %d\n", m_stPolicy.IPType);
         } else if (name == "IPAddr") {
-            m_stPolicy.IPAddr = slot.value;
+            m_stPolicy.IPAddr = attribute->value;
             VQM_LOG_SCHEDULE("rech_info - IPAddr %s\n", m_stPolicy.IPAddr.c_str());
         } else if (name == "SubnetMask") {
-            m_stPolicy.SubnetMask = slot.value;
+            m_stPolicy.SubnetMask = attribute->value;
             VQM_LOG_SCHEDULE("rech_info - SubnetMask %s\n", m_stPolicy.SubnetMask.c_str());
         } else if (name == "Gateway") {
-            m_stPolicy.Gateway = slot.value;
+            m_stPolicy.Gateway = attribute->value;
             VQM_LOG_SCHEDULE("rech_info - Gateway %s\n", m_stPolicy.Gateway.c_str());
         } else if (name == "TypeOfNetwork") {
-            StrToNumber(slot.value, m_stPolicy.TypeOfNetwork);
+            StrToNumber(attribute->value, m_stPolicy.TypeOfNetwork);
             VQM_LOG_SCHEDULE("rech_info - TypeOfNetwork %d\n", m_stPolicy.TypeOfNetwork);
         } else if (name == "WirelessGroupName") {
-            m_stPolicy.WirelessGroupName = slot.value;
+            m_stPolicy.WirelessGroupName = attribute->value;
             // The group is logged under the gateway's name: intended.
             VQM_LOG_SCHEDULE("rech_info - Gateway %s\n", m_stPolicy.WirelessGroupName.c_str());
         } else if (name == "nImageDuration") {
-            StrToNumber(slot.value, m_stPolicy.nImageDuration);
+            StrToNumber(attribute->value, m_stPolicy.nImageDuration);
             VQM_LOG_SCHEDULE("rech_info - nImageDuration %d\n", m_stPolicy.nImageDuration);
         } else {
             VQM_LOG_SCHEDULE("rech_info: Unknown Attributes\n");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "Common/VQMDataObject.h"
 #include "Data/VQMScheduleRecords.h"
@@ -21,6 +22,10 @@ public:
     /// Copies what was read into the `_VQMPolicy` at `pStructure`, which the caller owns. Null is
     /// logged. The name's spelling is the interface.
     void GetSturcture(void* pStructure) override;
+
+    /// What was read, moved out of a container that is of no use afterwards:
+    /// `std::move(container).TakePolicy()`.
+    _VQMPolicy TakePolicy() &&;
 
     /// Replaces what was read by a copy of the `_VQMPolicy` at `pStructure`, which stays the
     /// caller's. An item or a schedule that is still open is kept. Null is logged.
@@ -66,6 +71,7 @@ public:
     bool CheckStringHasOnlyNumber(const std::string& strNumber);
 
 private:
+    void StartItemElement(std::string_view element, const char** ppAttributes);
     void CloseItem();
     void CloseSchedule();
 

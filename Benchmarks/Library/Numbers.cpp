@@ -24,7 +24,7 @@ template <typename Scan>
 Work ScanningWork(std::vector<std::string> texts, Scan scan)
 {
     const double units = static_cast<double>(texts.size() * kRuns);
-    return {[texts = std::move(texts), scan] {
+    return {[texts = std::move(texts), scan]() mutable {
                 for (std::size_t run = 0; run < kRuns; ++run) {
                     for (const std::string& text : texts) {
                         scan(text);
@@ -37,9 +37,10 @@ Work ScanningWork(std::vector<std::string> texts, Scan scan)
 template <typename Number>
 Work ProductWork(std::vector<std::string> texts)
 {
-    return ScanningWork(std::move(texts), [](const std::string& text) {
+    // One object for all texts, as the readers of the library are: each calls the scanners on itself.
+    return ScanningWork(std::move(texts), [scanner = CVQMDataObject()](const std::string& text) mutable {
         Number number;
-        CVQMDataBufferObject().StrToNumber(text.c_str(), number);
+        scanner.StrToNumber(text.c_str(), number);
         Keep(number);
     });
 }

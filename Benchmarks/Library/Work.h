@@ -17,8 +17,10 @@ struct Work {
 /// Prepares a work of a size; what the size counts is the work's own matter. Preparing is not measured.
 using MakeWork = Work (*)(std::size_t size);
 
-// A schedule document of `size` items in memory, into a policy. ParseX.cpp has the one of X.
+// A schedule document of `size` items in memory, into a policy. ParseX.cpp has the one of X. The
+// product's policy is copied out of the parser's, or taken over, as the content check does.
 Work ParseWithProduct(std::size_t size, Layout layout);
+Work ParseAndTakeOver(std::size_t size, Layout layout);
 Work ParseWithExpat(std::size_t size, Layout layout);
 Work ParseWithPugixml(std::size_t size, Layout layout);
 Work ParseWithLibxml2(std::size_t size, Layout layout);

@@ -36,6 +36,8 @@ Work InLayout(std::size_t size)
 constexpr NamedWork kWorks[] = {
     {"parse/product", InLayout<ParseWithProduct, Layout::LineForItem>},
     {"parse-lines/product", InLayout<ParseWithProduct, Layout::LineForElement>},
+    {"parse/taken-over", InLayout<ParseAndTakeOver, Layout::LineForItem>},
+    {"parse-lines/taken-over", InLayout<ParseAndTakeOver, Layout::LineForElement>},
     {"parse/expat", InLayout<ParseWithExpat, Layout::LineForItem>},
     {"parse-lines/expat", InLayout<ParseWithExpat, Layout::LineForElement>},
     {"parse/pugixml", InLayout<ParseWithPugixml, Layout::LineForItem>},
