@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <stdexcept>
 #include <utility>
 
@@ -22,8 +23,11 @@ constexpr std::size_t kMaxNumberText = 253;
 /// The largest size an object can have.
 constexpr std::size_t kMaxSize = std::numeric_limits<std::ptrdiff_t>::max();
 
-/// The most for which room is made before it comes: that it does is a claim, by a file's size for example.
-constexpr uVQMINT64 kMaxRest = 1ULL << 30U;
+/// The most room that is made for bytes before any have come.
+constexpr uVQMINT64 kMaxReserve = 64ULL << 20U;
+
+/// How many times the bytes that have come, room is made for more.
+constexpr uVQMINT64 kMaxReserveFactor = 16;
 
 /// Fails like an `assert` in `function`: the function's text is fixed, while what compilers make
 /// of it differs.
@@ -34,9 +38,15 @@ void AssertText(const char* pStr, int line, const char* function)
     }
 }
 
+/// The value of a digit; more than 9 for any other character.
+unsigned int DigitOf(char character)
+{
+    return static_cast<unsigned char>(character) - static_cast<unsigned int>('0');
+}
+
 bool IsDigit(char character)
 {
-    return character >= '0' && character <= '9';
+    return DigitOf(character) <= 9;
 }
 
 /// The number of the leading digits; wraps around.
@@ -44,8 +54,8 @@ template <typename Unsigned>
 Unsigned ScanDigits(const char* pStr)
 {
     Unsigned number = 0;
-    for (; IsDigit(*pStr); ++pStr) {
-        number = number * 10U + static_cast<Unsigned>(*pStr - '0');
+    for (unsigned int digit = DigitOf(*pStr); digit <= 9; digit = DigitOf(*++pStr)) {
+        number = number * 10U + digit;
     }
     return number;
 }
@@ -85,6 +95,13 @@ std::size_t DoubleUntil(std::size_t capacity, std::size_t size)
         capacity = capacity > kMaxSize / 2 ? kMaxSize : capacity * 2;
     }
     return capacity;
+}
+
+/// The capacity for `size` bytes and for so many of the expected ones as are believed.
+std::size_t WithReserve(std::size_t size, uVQMINT64 expected)
+{
+    const uVQMINT64 believed = std::min(expected, std::max(kMaxReserve, kMaxReserveFactor * size));
+    return size + static_cast<std::size_t>(std::min<uVQMINT64>(believed, kMaxSize - size));
 }
 
 } // namespace
@@ -175,42 +192,67 @@ CVQMDataBufferObject::CVQMDataBufferObject(const CVQMDataBufferObject& other) : 
 CVQMDataBufferObject& CVQMDataBufferObject::operator=(const CVQMDataBufferObject& other)
 {
     CVQMDataBufferObject copy(other);
-    m_pData.swap(copy.m_pData);
-    std::swap(m_nSize, copy.m_nSize);
-    std::swap(m_nCapacity, copy.m_nCapacity);
+    Swap(copy);
     return *this;
+}
+
+CVQMDataBufferObject::CVQMDataBufferObject(CVQMDataBufferObject&& other) noexcept
+    : CVQMDataObject(other),
+      m_pData(std::move(other.m_pData)),
+      m_nSize(std::exchange(other.m_nSize, 0)),
+      m_nCapacity(std::exchange(other.m_nCapacity, 0))
+{
+}
+
+CVQMDataBufferObject& CVQMDataBufferObject::operator=(CVQMDataBufferObject&& other) noexcept
+{
+    CVQMDataBufferObject moved(std::move(other));
+    Swap(moved);
+    return *this;
+}
+
+void CVQMDataBufferObject::Swap(CVQMDataBufferObject& other) noexcept
+{
+    m_pData.swap(other.m_pData);
+    std::swap(m_nSize, other.m_nSize);
+    std::swap(m_nCapacity, other.m_nCapacity);
 }
 
 void CVQMDataBufferObject::InsertData(const char* pData, uVQMINT64 nSize)
 {
-    InsertPart(pData, nSize, 0);
+    AppendReserving(pData, nSize, 0);
 }
 
-void CVQMDataBufferObject::InsertPart(const char* pData, uVQMINT64 nSize, uVQMINT64 nRest)
+void CVQMDataBufferObject::AppendReserving(const char* pData, uVQMINT64 nSize, uVQMINT64 nExpected)
 {
     if (nSize == 0) {
         return;
     }
     std::unique_ptr<char[]> old; // until the end: the bytes to append may lie in it
     if (nSize > m_nCapacity - m_nSize) {
-        old = Grow(nSize, nRest);
+        old = Grow(nSize, nExpected);
     }
     std::memcpy(m_pData.get() + m_nSize, pData, static_cast<std::size_t>(nSize));
     m_nSize += static_cast<std::size_t>(nSize);
 }
 
 /// Makes room for `nSize` bytes more. Returns the old room, with the bytes in it.
-std::unique_ptr<char[]> CVQMDataBufferObject::Grow(uVQMINT64 nSize, uVQMINT64 nRest)
+std::unique_ptr<char[]> CVQMDataBufferObject::Grow(uVQMINT64 nSize, uVQMINT64 nExpected)
 {
     if (nSize > kMaxSize - m_nSize) {
         throw std::length_error("vector::_M_emplace_back_aux");
     }
     const std::size_t size = m_nSize + static_cast<std::size_t>(nSize);
-    std::size_t capacity = DoubleUntil(m_nCapacity, size);
-    if (nRest <= kMaxRest) {
-        capacity = std::max(capacity, size + static_cast<std::size_t>(nRest));
+    const std::size_t doubled = DoubleUntil(m_nCapacity, size);
+    const std::size_t wanted = std::max(doubled, WithReserve(size, nExpected));
+
+    // Not `make_unique`, which would fill it with zeros.
+    std::unique_ptr<char[]> room(wanted > doubled ? new (std::nothrow) char[wanted] : nullptr);
+    std::size_t capacity = wanted;
+    if (room == nullptr) {
+        room.reset(new char[doubled]);
+        capacity = doubled;
     }
-    std::unique_ptr<char[]> room(new char[capacity]); // not `make_unique`, which would fill it with zeros
     m_pData.swap(room);
     m_nCapacity = capacity;
     if (m_nSize != 0) {

@@ -88,6 +88,11 @@ public:
     CVQMDataBufferObject(const CVQMDataBufferObject& other);
     CVQMDataBufferObject& operator=(const CVQMDataBufferObject& other);
 
+    // A move takes the bytes where they are, and leaves `other` as it was after construction.
+
+    CVQMDataBufferObject(CVQMDataBufferObject&& other) noexcept;
+    CVQMDataBufferObject& operator=(CVQMDataBufferObject&& other) noexcept;
+
     /// Appends `nSize` bytes, which may lie in this very buffer; with 0 nothing happens at all.
     /// A full buffer doubles its capacity, from 1 on, until the bytes fit. More bytes than an
     /// object can have throw `std::length_error`, exhausted memory throws `std::bad_alloc`; both
@@ -107,9 +112,11 @@ public:
         }
     }
 
-    /// `InsertData` for a part of something of which `nRest` bytes are yet to come: a full buffer
-    /// makes room for them too, at once, unless they are very many.
-    void InsertPart(const char* pData, uVQMINT64 nSize, uVQMINT64 nRest);
+    /// `InsertData` for a part of something of which `nExpected` more bytes are to follow: a full
+    /// buffer makes room for them too, so that they move nothing. The number may be wrong: at first
+    /// the room is 64 MiB at most, then 16 times what the buffer holds; and if memory does not
+    /// suffice for it, the buffer only doubles.
+    void AppendReserving(const char* pData, uVQMINT64 nSize, uVQMINT64 nExpected);
 
     /// The first byte, until the next `InsertData`; null while nothing has ever been stored.
     const char* GetData() const { return m_pData.get(); }
@@ -121,7 +128,8 @@ public:
     void Clear() { m_nSize = 0; }
 
 private:
-    std::unique_ptr<char[]> Grow(uVQMINT64 nSize, uVQMINT64 nRest);
+    void Swap(CVQMDataBufferObject& other) noexcept;
+    std::unique_ptr<char[]> Grow(uVQMINT64 nSize, uVQMINT64 nExpected);
 
     std::unique_ptr<char[]> m_pData;
     std::size_t m_nSize = 0;

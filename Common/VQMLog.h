@@ -19,14 +19,17 @@
 #define VQM_LOG_ERROR(...) VQM_LOG(DLOG_ERROR, VQM_LOG_TAG, __VA_ARGS__)
 
 /// Logs in the name of another function: for helpers that report for the operation they serve.
+#define VQM_LOG_AS(function, priority, tag, ...) VQM_LOG_IN(__FILE_NAME__, function, priority, tag, __VA_ARGS__)
+
+/// Logs in the name of another function and source file.
 /// The first branch never runs; it is there for the compiler's check of the format.
-#define VQM_LOG_AS(function, priority, tag, ...)                                                                       \
+#define VQM_LOG_IN(file, function, priority, tag, ...)                                                                 \
     do {                                                                                                               \
         if (false) {                                                                                                   \
             dlog_print(priority, tag, __VA_ARGS__);                                                                    \
         } else {                                                                                                       \
-            vqmlog::Print(priority, tag, "%s: %s(%d) > " VQM_LOG_FIRST(__VA_ARGS__, ), __FILE_NAME__, function,        \
-                          __LINE__, __VA_ARGS__);                                                                      \
+            vqmlog::Print(priority, tag, "%s: %s(%d) > " VQM_LOG_FIRST(__VA_ARGS__, ), file, function, __LINE__,       \
+                          __VA_ARGS__);                                                                                \
         }                                                                                                              \
     } while (false)
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <ios>
 #include <map>
 #include <memory>
@@ -54,12 +56,18 @@ public:
     /// collected, and deserialized into the destination by the step that completes it. A file that
     /// has become shorter since it was opened reads as zero bytes where it ends.
     ///
+    /// Steps do not nest: while a step runs, its callback, serializer and data objects may make
+    /// requests for every handle but its own. A request for that one is refused, as a failed read
+    /// or write of the file is, and changes nothing.
+    ///
     /// Returns the handle. Null: the step failed; the handle is closed then, except after an error
     /// that was logged as "error ...", which leaves it to the caller's `DisconnectPipe`.
     void* Request(CVQMDataStructureObject* pRequest) override;
 
-    /// Closes the file and forgets the handle, whatever the close says. Null or a handle that is
-    /// not open does nothing.
+    /// Closes the file and forgets the handle; an error of the close is not reported. Null or a
+    /// handle that is not open does nothing. The next 16 transfers that the pipe opens get other
+    /// handles; a later one may get this value again, and whoever still uses it then reads, writes
+    /// or closes that transfer.
     void DisconnectPipe(void* handle) override;
 
     /// The size of a file in bytes; 0 if it cannot be examined.
@@ -78,8 +86,8 @@ public:
     bool CheckCompleteFileRead(void* handle);
 
 protected:
-    /// One open transfer. A copy shares the stream and the buffer with its original: both live as
-    /// long as any copy, so that a step outlives the removal of its record.
+    /// One open transfer. A copy shares the stream with its original, which lives as long as any
+    /// copy, and points to the original's buffer.
     struct _PipeInfo {
         void* pFileStream = nullptr; ///< `std::ifstream` or `std::ofstream`; its address is the handle
         bool bAddNewLine = false;
@@ -96,46 +104,73 @@ protected:
         CVQMDataObject* pDeSerializableData = nullptr;
         IVQMSerialize* pSerializer = nullptr;
         int nUserValue = 0;
-        CVQMDataBufferObject* pDataBuffer = nullptr; ///< the text of a serialized transfer
 
-        std::shared_ptr<void> pStreamOwner;                 ///< owns `pFileStream`
-        std::shared_ptr<CVQMDataBufferObject> pBufferOwner; ///< owns `pDataBuffer`
+        /// The text of a serialized transfer; the pipe deletes it with the record, also one that a
+        /// derived class made with `new` and stored.
+        CVQMDataBufferObject* pDataBuffer = nullptr;
+
+        std::shared_ptr<void> pStreamOwner; ///< owns `pFileStream`, unless a derived class stored its own
     };
 
     // The table of open transfers. Each operation takes the lock for itself; none is called with
-    // the lock held.
+    // the lock held. `handle` is the key; null is logged and does nothing.
 
+    /// Empties the record, except for its path and its open mode.
     void InitPipeInfo(_PipeInfo& info);
     void CopyPipeInfo(_PipeInfo& from, _PipeInfo& to);
     bool ExistHandle(void* handle);
+
+    /// Stores a copy of the record, in the place of one that is there. That one's buffer is not
+    /// deleted: the new record may point to it as well.
     void AddPipeInfo(void* handle, _PipeInfo& info);
+
+    /// Copies the record to `info`, which stays as it is when there is none.
     void GetPipeInfo(void* handle, _PipeInfo& info);
+
+    /// `AddPipeInfo` by another name.
     void UpdatePipeInfo(void* handle, _PipeInfo& info);
+
+    /// Closes the stream and removes the record. What a step in progress uses of it is released
+    /// when that step ends.
     void DeletePipeInfo(void* handle);
 
     // The steps. They throw `CVQMException`, also in place of any standard exception.
 
+    /// Opens the file, completes `info` and stores a copy of it. Returns the handle.
     void* FOpen(_PipeInfo& info);
+
+    /// One write step and one read step with the record as it is. False, logged: the step could
+    /// not be made.
     bool FWrite(void* handle);
     bool FRead(void* handle);
 
     std::map<void*, _PipeInfo> m_pipeInfoMap;
-    boost::mutex m_pipeMutex; ///< guards `m_pipeInfoMap`
+    boost::mutex m_pipeMutex; ///< guards all members
 
 private:
-    template <typename Look>
-    void LookAtPipeInfo(void* handle, const Look& look);
-    void StoreIfOpen(void* handle, _PipeInfo& info);
-    void ForgetDataBuffer(void* handle);
+    class _Step;
 
-    void DescribeTransfer(const CVQMFileRequestData::_VQMFileRequest& request, _PipeInfo& info);
-    int RetargetTransfer(void* handle, const CVQMFileRequestData::_VQMFileRequest& request);
+    template <typename Use>
+    void WithPipeInfo(void* handle, const Use& use);
+    void Store(void* handle, _PipeInfo& record);
+
+    static void DescribeTransfer(CVQMFileRequestData::_VQMFileRequest& request, _PipeInfo& info);
     void OpenForReading(_PipeInfo& info);
-    bool TakeDocumentBytes(void* handle, _PipeInfo& info, const char* bytes, uVQMINT64 size);
-    bool TakeRawBytes(void* handle, _PipeInfo& info, char* bytes, uVQMINT64 size);
-
     static void OpenForWriting(_PipeInfo& info, std::ios_base::openmode mode);
     static void CloseStream(const _PipeInfo& info);
-    static bool SerializeSource(_PipeInfo& info);
-    static void CreateDataBuffer(_PipeInfo& info);
+    static void ReleaseBuffer(_PipeInfo& info);
+
+    void* MoveStep(void* handle, CVQMFileRequestData::_VQMFileRequest* pRequest);
+    bool Write(_Step& step);
+    static bool SerializeSource(_Step& step);
+    bool Read(_Step& step);
+    static uVQMINT64 BytesToCome(const _PipeInfo& info);
+    bool TakeDocumentBytes(_Step& step, const char* bytes, uVQMINT64 size);
+    bool TakeRawBytes(_Step& step, char* bytes, uVQMINT64 size);
+
+    _Step* m_pSteps = nullptr; ///< the steps in progress
+
+    /// Keeps the memory of the last streams that were closed, so that no new one gets their address.
+    std::array<std::weak_ptr<void>, 16> m_closedStreams;
+    std::size_t m_nClosedStreams = 0;
 };

@@ -38,12 +38,12 @@ public:
     /// Empties the request; the command stays as it is.
     void Init();
 
-    /// Copies the record at `pData` into this object. Null is logged and changes nothing; so does
-    /// memory that does not suffice, with the `std::bad_alloc` of the copy.
+    /// Copies the record at `pData` into this object. Null is logged and changes nothing. Throws
+    /// `std::bad_alloc` and changes nothing.
     void SetData(_VQMFileRequest* pData);
 
     /// Copies this object's record to `pData`. Null is logged, at error priority, and changes
-    /// nothing; so does memory that does not suffice.
+    /// nothing. Throws `std::bad_alloc` and changes nothing.
     void GetData(_VQMFileRequest* pData);
 
     /// `GetData` and `SetData` with a `_VQMFileRequest*` as untyped pointer. Null is logged and

@@ -26,6 +26,16 @@ void Insert(CVQMDataBufferObject& buffer, const std::string& text)
     buffer.InsertData(text.data(), text.size());
 }
 
+/// Whether the buffer takes bytes up to exactly this size before it moves. Fills it.
+bool HasCapacity(CVQMDataBufferObject& buffer, std::size_t capacity)
+{
+    const char* const data = buffer.GetData();
+    Insert(buffer, std::string(capacity - static_cast<std::size_t>(buffer.GetDataSize()), 'c'));
+    const bool fits = buffer.GetData() == data;
+    Insert(buffer, "c");
+    return fits && buffer.GetData() != data;
+}
+
 /// Allocations of one size fail while it lives.
 struct FailingSize {
     explicit FailingSize(std::size_t size) { allocation_fault::FailSize(size); }
@@ -91,36 +101,82 @@ TEST(DataBuffer, CapacityIsWhatDoublingReaches)
     }
 }
 
-TEST(DataBuffer, APartMakesRoomForTheRestToo)
+TEST(DataBuffer, ReservesRoomForWhatIsExpected)
 {
-    constexpr uVQMINT64 kVeryMany = (1ULL << 30U) + 1;
+    CVQMDataBufferObject buffer;
+    buffer.AppendReserving("abc", 3, 97);
+    EXPECT_TRUE(HasCapacity(buffer, 100));
+    CVQMDataBufferObject other;
+    other.AppendReserving("abc", 3, 0);
+    EXPECT_TRUE(HasCapacity(other, 4)) << "as without it";
+}
+
+// What a block of the size to be reserved cannot be had for shows that it was asked for.
+TEST(DataBuffer, OnlyDoublesWhenThereIsNoMemoryToReserve)
+{
+    constexpr std::size_t kAtFirst = std::size_t{64} << 20U;
+    constexpr std::size_t kMany = std::size_t{8} << 20U;
     const struct {
         std::size_t first;
-        std::size_t part;
-        uVQMINT64 rest;
-        std::size_t capacity;
-    } cases[] = {{0, 3, 0, 4}, {0, 3, 97, 100}, {4, 3, 0, 8}, {4, 3, 93, 100}, {64, 1, 10, 128}, {0, 3, kVeryMany, 4}};
+        uVQMINT64 expected;
+        std::size_t reserved;
+        std::size_t doubled;
+    } cases[] = {{0, 97, 100, 4},
+                 {4, 93, 100, 8},
+                 {0, kAtFirst, kAtFirst + 3, 4},
+                 {0, kAtFirst + 1, kAtFirst + 3, 4},
+                 {0, kMaximum, kAtFirst + 3, 4},
+                 {kMany, kMaximum, (kMany + 3) * 17, kMany * 2}};
     for (const auto& expected : cases) {
         CVQMDataBufferObject buffer;
         Insert(buffer, std::string(expected.first, 'a'));
-        const std::string part(expected.part, 'b');
         {
-            const FailingSize failing(expected.capacity);
-            EXPECT_THROW(buffer.InsertPart(part.data(), part.size(), expected.rest), std::bad_alloc)
-                << expected.capacity;
-            EXPECT_EQ(Content(buffer), std::string(expected.first, 'a'));
+            const FailingSize failing(expected.reserved);
+            buffer.AppendReserving("bbb", 3, expected.expected);
         }
-        buffer.InsertPart(part.data(), part.size(), expected.rest);
-        EXPECT_EQ(Content(buffer), std::string(expected.first, 'a') + part);
+        EXPECT_TRUE(Content(buffer) == std::string(expected.first, 'a') + "bbb") << expected.reserved;
+        EXPECT_TRUE(HasCapacity(buffer, expected.doubled)) << expected.reserved;
     }
+}
+
+TEST(DataBuffer, WithoutMemoryToDoubleNothingIsAppended)
+{
+    CVQMDataBufferObject buffer;
+    Insert(buffer, "aaaa");
+    const FailingSize failing(8);
+    EXPECT_THROW(buffer.AppendReserving("bbb", 3, 1), std::bad_alloc);
+    EXPECT_EQ(Content(buffer), "aaaa");
+}
+
+TEST(DataBuffer, AMoveTakesTheBytesAndLeavesAnEmptyBuffer)
+{
+    CVQMDataBufferObject buffer;
+    Insert(buffer, "abc");
+    const char* const data = buffer.GetData();
+    CVQMDataBufferObject moved(std::move(buffer));
+    EXPECT_EQ(moved.GetData(), data);
+    EXPECT_EQ(moved.GetDataSize(), 3U);
+    EXPECT_EQ(buffer.GetData(), nullptr); // NOLINT(bugprone-use-after-move): what a move leaves is defined
+    EXPECT_EQ(buffer.GetDataSize(), 0U);
+    Insert(buffer, "a new life");
+    EXPECT_EQ(Content(buffer), "a new life");
+
+    CVQMDataBufferObject target;
+    Insert(target, "before");
+    target = std::move(moved);
+    EXPECT_EQ(target.GetData(), data);
+    EXPECT_EQ(moved.GetData(), nullptr); // NOLINT(bugprone-use-after-move): likewise
+    CVQMDataBufferObject& self = target;
+    target = std::move(self);
+    EXPECT_EQ(Content(target), "abc");
 }
 
 TEST(DataBuffer, APartThatFitsMovesNothing)
 {
     CVQMDataBufferObject buffer;
-    buffer.InsertPart("ab", 2, 2);
+    buffer.AppendReserving("ab", 2, 2);
     const char* const data = buffer.GetData();
-    buffer.InsertPart("cd", 2, 1000);
+    buffer.AppendReserving("cd", 2, 1000);
     EXPECT_EQ(buffer.GetData(), data);
     EXPECT_EQ(Content(buffer), "abcd");
 }

@@ -234,23 +234,128 @@ TEST_F(FilePipeCallback, ANewPipeNeverGetsTheHandleOfAStepInProgress)
     }
 }
 
-TEST_F(FilePipeCallback, ANestedFailureOfItsOwnHandleIsNotUndone)
+TEST_F(FilePipeCallback, ARequestForItsOwnHandleIsRefusedAndChangesNothing)
 {
-    bool nested = false;
+    CVQMDataBufferObject other;
+    int calls = 0;
     request_.fnCallback = [&](int, char*, uVQMINT64, IVQMPipe*, void* handle) {
-        if (!nested) {
-            nested = true;
-            PlainSerializer serializer;
-            FileRequest bad = request_;
-            bad.hPipe = handle;
-            bad.pSerializer = &serializer;
-            bad.pDeSerializableData = nullptr;
-            EXPECT_EQ(Step(bad), nullptr);
-        }
+        ++calls;
+        FileRequest nested = request_;
+        nested.hPipe = handle;
+        nested.pDeSerializableData = &other;
+        nested.fnCallback = nullptr;
+        nested.nRequestID = 77;
+        EXPECT_EQ(Step(nested), nullptr);
+        EXPECT_TRUE(pipe_.ExistHandle(handle)) << "as after any error of the file";
+        EXPECT_EQ(pipe_.m_pipeInfoMap[handle].nRequestID, -1);
+    };
+    void* handle = Opened(request_);
+    for (const uVQMINT64 position : {5ULL, 10ULL}) {
+        EXPECT_EQ(Step(request_), handle);
+        EXPECT_EQ(recorder::Take(), Lines{RequestError("File Read Error : " + request_.strDestURI)});
+        EXPECT_EQ(pipe_.GetCurretFileReadByNow(handle), position);
+    }
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(TextOf(destination_), "0123456789") << "each byte once";
+    EXPECT_EQ(other.GetDataSize(), 0U);
+    ExpectSound();
+}
+
+TEST_F(FilePipeCallback, ADerivedClassIsRefusedAStepWithinAStepToo)
+{
+    request_.fnCallback = [&](int, char*, uVQMINT64, IVQMPipe*, void* handle) { pipe_.FRead(handle); };
+    void* handle = Opened(request_);
+    EXPECT_EQ(Step(request_), nullptr);
+    EXPECT_EQ(recorder::Take(), Lines{RequestError("File Read Error : " + request_.strDestURI)});
+    EXPECT_EQ(pipe_.GetCurretFileReadByNow(handle), 0U);
+    request_.fnCallback = nullptr;
+    pipe_.DisconnectPipe(handle);
+    ExpectSound();
+}
+
+TEST_F(FilePipeCallback, ASerializerMayNotWriteWithTheHandleThatItWritesFor)
+{
+    PlainSerializer serializer;
+    Document document;
+    FileRequest write = RequestFor(REQUEST_APPEND, Path("written"));
+    write.pSerializer = &serializer;
+    write.pSerializableData = &document;
+    serializer.onSerialize = [&](CVQMDataBufferObject* buffer) {
+        Fill(*buffer, "once");
+        EXPECT_EQ(Step(write), nullptr);
+        return true;
+    };
+    void* handle = Opened(write);
+    for (int i = 0; i < 2; ++i) { // with a buffer of the step's own, and with the record's
+        EXPECT_EQ(Step(write), handle);
+        EXPECT_EQ(recorder::Take(), Lines{RequestError("File Write Error : " + Path("written"))});
+    }
+    pipe_.DisconnectPipe(handle);
+    EXPECT_EQ(ContentOf(Path("written")), "onceonce");
+    ExpectSound();
+}
+
+TEST_F(FilePipeCallback, AHandleThatItHasDisconnectedIsNotOpenToItsRequests)
+{
+    request_.fnCallback = [&](int, char*, uVQMINT64, IVQMPipe* pipe, void* handle) {
+        pipe->DisconnectPipe(handle);
+        FileRequest nested = request_;
+        nested.hPipe = handle;
+        EXPECT_EQ(Step(nested), nullptr);
     };
     void* handle = Opened(request_);
     EXPECT_EQ(Step(request_), handle);
-    EXPECT_FALSE(pipe_.ExistHandle(handle));
+    EXPECT_EQ(recorder::Take(), Lines{Debug("FRead", "CVQMFilePipe::FRead - Invalid File Handle \n")});
+    ExpectSound();
+}
+
+TEST_F(FilePipeCallback, AHandleIsNotGivenOutAgainByTheNextTransfers)
+{
+    CVQMDataBufferObject stranger;
+    std::vector<void*> closed;
+    for (int i = 0; i < 100; ++i) {
+        FileRequest request = RequestFor(REQUEST_READ, Path("file"));
+        request.pDeSerializableData = &stranger;
+        void* const handle = Opened(request);
+        const std::size_t kept = std::min<std::size_t>(closed.size(), 16);
+        for (auto old = closed.end() - static_cast<std::ptrdiff_t>(kept); old != closed.end(); ++old) {
+            EXPECT_NE(*old, handle);
+            FileRequest late = RequestFor(REQUEST_READ, Path("file"));
+            late.hPipe = *old;
+            EXPECT_EQ(Step(late), nullptr);
+            pipe_.DisconnectPipe(*old);
+        }
+        EXPECT_EQ(pipe_.GetCurretFileReadByNow(handle), 0U);
+        EXPECT_TRUE(pipe_.ExistHandle(handle));
+        pipe_.DisconnectPipe(handle);
+        closed.push_back(handle);
+    }
+    EXPECT_EQ(stranger.GetDataSize(), 0U);
+    ExpectSound();
+}
+
+TEST_F(FilePipeCallback, ABufferOfADerivedClassOutlivesItsRecordUntilTheStepEnds)
+{
+    PlainSerializer serializer;
+    Document document;
+    int buffers = 0;
+    void* handle = nullptr;
+    serializer.onDeserialize = [&](const char* data) {
+        pipe_.DisconnectPipe(handle);
+        EXPECT_EQ(buffers, 1);
+        EXPECT_STREQ(data, "0123456789");
+        return document.text.empty();
+    };
+    request_.pSerializer = &serializer;
+    request_.pDeSerializableData = &document;
+    request_.nReadUnitSize = 0;
+    for (const char* text : {"", "a step that fails"}) {
+        document.text = text;
+        handle = Opened(request_);
+        pipe_.m_pipeInfoMap[handle].pDataBuffer = new CountedBuffer(buffers);
+        Step(request_);
+        EXPECT_EQ(buffers, 0);
+    }
     ExpectSound();
 }
 

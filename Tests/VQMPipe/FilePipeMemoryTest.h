@@ -15,6 +15,9 @@
 constexpr char kNoMemory[] = "std::bad_alloc";
 constexpr std::size_t kNever = 1000000;
 
+/// Of so many closed streams a pipe keeps the memory.
+constexpr int kKeptStreams = 16;
+
 /// More than a stream keeps to itself.
 inline const std::string kLargeText(20000, 'x');
 
@@ -77,6 +80,9 @@ protected:
         written_.text = "some text that takes memory of its own ";
         Opened(writer_);
         EXPECT_NE(Step(writer_), nullptr);
+        for (int i = 0; i < kKeptStreams; ++i) { // from here on a stream that is closed takes another's place
+            pipe_.DisconnectPipe(Create(RequestFor(REQUEST_READ, reader_.strDestURI)));
+        }
         recorder::Clear();
         for (const auto& [handle, info] : pipe_.m_pipeInfoMap) {
             bystanders_.emplace(handle, info);

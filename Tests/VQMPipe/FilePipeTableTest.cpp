@@ -13,7 +13,7 @@ static_assert(std::is_same_v<decltype(OpenPipe::m_pipeMutex), boost::mutex>);
 
 class FilePipeTable : public FilePipe {
 protected:
-    /// A record with a value of its own in each field, except those that a stream stands behind.
+    /// A record with a value of its own in each field, except those that own a stream or a buffer.
     PipeInfo FullInfo()
     {
         PipeInfo info;
@@ -31,8 +31,6 @@ protected:
         info.pDeSerializableData = &data_;
         info.pSerializer = &serializer_;
         info.nUserValue = -77;
-        info.pBufferOwner = std::make_shared<CVQMDataBufferObject>();
-        info.pDataBuffer = info.pBufferOwner.get();
         return info;
     }
 
@@ -58,6 +56,8 @@ protected:
 
     OtherData data_;
     PlainSerializer serializer_;
+    CVQMDataBufferObject buffer_;
+    int buffers_ = 0; ///< the counted ones that exist
     int key_ = 0;
     void* handle_ = &key_;
 };
@@ -81,6 +81,7 @@ TEST_F(FilePipeTable, InitLeavesPathAndOpenMode)
 {
     PipeInfo info = FullInfo();
     info.pFileStream = &key_;
+    info.pDataBuffer = &buffer_;
     pipe_.InitPipeInfo(info);
     PipeInfo expected;
     expected.strDestURI = "/some/where";
@@ -92,6 +93,7 @@ TEST_F(FilePipeTable, ACopyHasEveryField)
 {
     PipeInfo info = FullInfo();
     info.pFileStream = &key_;
+    info.pDataBuffer = &buffer_;
     PipeInfo copy;
     pipe_.CopyPipeInfo(info, copy);
     ExpectEqual(copy, info);
@@ -193,35 +195,53 @@ TEST_F(FilePipeTable, TheOpenModeSaysHowAStreamIsClosed)
     EXPECT_TRUE(unknown.is_open()) << "a mode without direction closes nothing";
 }
 
-TEST_F(FilePipeTable, DeletingReleasesTheBuffer)
+TEST_F(FilePipeTable, ABufferOfADerivedClassIsReleasedWithItsRecord)
 {
     PipeInfo info = FullInfo();
-    const std::weak_ptr<CVQMDataBufferObject> buffer = info.pBufferOwner;
+    info.pDataBuffer = new CountedBuffer(buffers_);
     pipe_.AddPipeInfo(handle_, info);
+    info.nReadSize = 99;
+    pipe_.UpdatePipeInfo(handle_, info);
+    pipe_.GetPipeInfo(handle_, info);
     pipe_.InitPipeInfo(info);
-    EXPECT_FALSE(buffer.expired());
+    EXPECT_EQ(buffers_, 1);
+    PipeInfo copy;
+    pipe_.GetPipeInfo(handle_, copy);
     pipe_.DeletePipeInfo(handle_);
-    EXPECT_TRUE(buffer.expired());
+    EXPECT_EQ(buffers_, 0) << "a copy does not keep it";
+}
+
+TEST_F(FilePipeTable, ABufferThatWasTakenOutOfTheTableIsItsTakers)
+{
+    PipeInfo info = FullInfo();
+    info.pDataBuffer = new CountedBuffer(buffers_);
+    pipe_.AddPipeInfo(handle_, info);
+    const std::unique_ptr<CVQMDataBufferObject> taken(info.pDataBuffer);
+    info.pDataBuffer = nullptr;
+    pipe_.UpdatePipeInfo(handle_, info);
+    pipe_.DeletePipeInfo(handle_);
+    EXPECT_EQ(buffers_, 1);
 }
 
 TEST_F(FilePipeTable, TheDestructorClosesEveryFileAndReleasesEveryBuffer)
 {
     std::ofstream first(Path("first"));
     std::ofstream second(Path("second"));
-    std::weak_ptr<CVQMDataBufferObject> buffer;
     {
         OpenPipe pipe;
         PipeInfo info = FullInfo();
-        buffer = info.pBufferOwner;
+        info.pDataBuffer = new CountedBuffer(buffers_);
         pipe.AddPipeInfo(handle_, info); // without a stream
         for (std::ofstream* stream : {&first, &second}) {
             info.pFileStream = stream;
+            info.pDataBuffer = new CountedBuffer(buffers_);
             pipe.AddPipeInfo(stream, info);
         }
+        EXPECT_EQ(buffers_, 3);
     }
     EXPECT_FALSE(first.is_open());
     EXPECT_FALSE(second.is_open());
-    EXPECT_TRUE(buffer.expired());
+    EXPECT_EQ(buffers_, 0);
     EXPECT_EQ(recorder::Take(), Lines());
 }
 

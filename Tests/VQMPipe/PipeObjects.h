@@ -66,6 +66,17 @@ struct PlainSerializer : IVQMSerialize {
     }
 };
 
+/// A buffer that is counted.
+struct CountedBuffer : CVQMDataBufferObject {
+    explicit CountedBuffer(int& count) : count_(count) { ++count_; }
+    ~CountedBuffer() override { --count_; }
+    CountedBuffer(const CountedBuffer&) = delete;
+    CountedBuffer& operator=(const CountedBuffer&) = delete;
+
+private:
+    int& count_;
+};
+
 /// A data object that is neither a buffer nor serializable.
 struct OtherData : CVQMDataObject {};
 
