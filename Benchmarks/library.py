@@ -68,12 +68,12 @@ class Works:
     def counter_can_be_read(self):
         return self.run("log/lines", 1, 1)["instructions"] is not None
 
-    def instructions(self, name, size):
+    def instructions(self, name, size, repetitions=2):
         say(f"{name}: {size:,}, instructions")
         if self.counter_can_be_read:
-            return self.run(name, size, 3)["instructions"]
+            return self.run(name, size, repetitions)["instructions"]
         # The difference leaves out what preparing takes.
-        return (self._valgrind(name, size, 3) - self._valgrind(name, size, 1)) / 2
+        return (self._valgrind(name, size, 1 + repetitions) - self._valgrind(name, size, 1)) / repetitions
 
     def _valgrind(self, name, size, repetitions):
         done = subprocess.run(["valgrind", "--tool=cachegrind", "--cache-sim=no", "--cachegrind-out-file=/dev/null",
@@ -120,7 +120,7 @@ class Benchmark:
     def __init__(self, works, shrink, valgrind):
         self.works = works
         self.shrink = shrink
-        self.valgrind = valgrind
+        self.instructions_can_be_counted = valgrind or works.counter_can_be_read
         self.table = Table()
         self.figures = [["", "", "time"]]
         self.per_unit = [["CPU time of each", "", "small", "x 10", "x 100"]]
@@ -148,11 +148,7 @@ class Benchmark:
         self.compare(f"parse {middle:,} items on more lines", "parse-lines/product",
                      ["parse-lines/expat", "parse-lines/pugixml", "parse-lines/libxml2"], middle, 10,
                      {"parse-lines/expat": {"most": 1.6}})
-        if self.valgrind or self.works.counter_can_be_read:
-            for prefix, how in (("parse", ""), ("parse-lines", " on more lines")):
-                ratio = (self.works.instructions(f"{prefix}/product", middle) /
-                         self.works.instructions(f"{prefix}/expat", middle))
-                self.table.add(f"parse {middle:,} items{how}, instructions", "expat", ratio, most=1.45)
+        self.taken_over(middle)
         large = self.scaled(500000)
         peak = self.works.peak("parse/product", large)
         for peer, goal in (("pugixml", {"most": 0.6}), ("libxml2", {})):
@@ -160,6 +156,20 @@ class Benchmark:
             self.table.add(f"parse {large:,} items, peak memory", peer, peak / other, **goal)
             self.figures.append([f"parse {large:,} items, peak memory", peer, megabytes(other)])
         self.figures.append([f"parse {large:,} items, peak memory", "product", megabytes(peak)])
+
+    def taken_over(self, items):
+        """The policy copied out of the parser, and taken over, as the content check does."""
+        names = ["parse/taken-over", "parse/product", "parse/expat"]
+        times = self.works.times(names, items, 10)
+        for name, how, most in ((names[0], "taken over", 1.40), (names[1], "copied out", 1.45)):
+            self.table.add(f"parse {items:,} items, {how}, time", "expat", times[name] / times["parse/expat"], most=most)
+        if not self.instructions_can_be_counted:
+            return
+        for prefix, lines in (("parse", ""), ("parse-lines", " on more lines")):
+            least = self.works.instructions(f"{prefix}/expat", items)
+            for work, how, most in (("taken-over", "taken over", 1.35), ("product", "copied out", 1.42)):
+                self.table.add(f"parse {items:,} items{lines}, {how}, instructions", "expat",
+                               self.works.instructions(f"{prefix}/{work}", items) / least, most=most)
 
     def lint(self):
         items = self.scaled(500000)
@@ -177,8 +187,12 @@ class Benchmark:
         self.figures.append([f"read {size:,} bytes", "read(2)", human(times["read/system"])])
         self.table.add(f"read {size:,} bytes, speed", "read(2)", times["read/system"] / times["read/product"],
                        least=0.8)
-        self.compare(f"read {SMALL_FILE} bytes", "read/product", ["read/at-once"], SMALL_FILE, 5000,
-                     {"read/at-once": {"most": 2.5}})
+        self.compare(f"read {SMALL_FILE} bytes", "read/product", ["read/at-once", "read/bare-stream"], SMALL_FILE, 5000,
+                     {"read/at-once": {"most": 2.1}})
+        if self.instructions_can_be_counted:
+            for name, goal in (("read/product", {"most": 7000}), ("read/bare-stream", {})):
+                self.table.add(f"read {SMALL_FILE} bytes, instructions", name.split("/")[1],
+                               self.works.instructions(name, SMALL_FILE, 1000), form=",.0f", **goal)
 
     def check(self):
         for files in (self.scaled(1000), self.scaled(100000)):
@@ -227,8 +241,8 @@ class Benchmark:
             stage()
 
     def print(self):
-        if not self.works.counter_can_be_read:
-            print("This machine's processor counters cannot be read: instructions by valgrind.")
+        print("Instructions are " + ("the processor's own count." if self.works.counter_can_be_read else
+              "valgrind's count: this machine's processor counters cannot be read."))
         print(f"Medians of {self.works.rounds} rounds.\n")
         print_columns(self.figures)
         print()

@@ -88,6 +88,9 @@ public:
     /// Replaces `path` with the directory of the stored schedule, "/" at its end.
     void GetSyncDemoSchedulePath(std::string& path);
 
+    // The answers of the last content check. No lock guards them: ask on the thread that checks, or
+    // once it has finished.
+
     /// Whether the last content check found a schedule that parsed.
     bool CheckHaveSchedule();
 

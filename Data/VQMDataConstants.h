@@ -45,7 +45,14 @@ public:
 
     /// Stores the pair of a "Data" start tag. `attributes` alternates names and values and ends
     /// with a null name.
+    ///
+    /// Only the first two attributes count, and "key" must stand before "value": else the value is
+    /// stored under the empty key. Other elements, other attributes and missing ones are logged at
+    /// debug priority. A null argument does nothing. Throws `std::bad_alloc`; the key has its old
+    /// value then.
     void OnStartElement(const char* name, const char** attributes);
+
+    /// Logs the end tag at debug priority; null does nothing.
     void OnEndElement(const char* name);
 
 protected:

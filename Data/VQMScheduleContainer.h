@@ -44,19 +44,32 @@ public:
     void CopyPolicyMember(_VQMPolicy* pSource, _VQMPolicy* pDest);
 
     // The steps of a parse, for `ReadFrom` and for sources of events other than the serializer.
-    // An attribute list holds names and values in turns and ends with a null name. Each `Parse`
-    // operation looks at a fixed number of attributes: missing ones are logged, further ones
-    // ignored.
+    // Texts end with a NUL and stay the caller's. An attribute list holds names and values in turns
+    // and ends with a null name. What is not of the format is logged at debug priority and ignored.
 
+    /// A start tag. Null does nothing.
     void OnStartElement(const char* pName, const char** ppAttributes);
+
+    /// An end tag: that of an item adds it to the open schedule, that of a schedule adds it to the
+    /// policy. Null does nothing.
     void OnEndElement(const char* pName);
+
+    /// A piece of text. Pieces of a name and of a format add up; of a size, the last piece counts.
+    /// Null does nothing.
     void OnElementData(const char* pText);
 
-    void ParsePolicyAttribute(const char** ppAttributes);
-    void ParseProjectAttribute(const char** ppAttributes);
-    void ParseScheduleAttribute(const char** ppAttributes);
+    // What the start tags of these elements bring. Each looks at a fixed number of attributes, from
+    // the first one on: missing ones are logged, further ones ignored. In a null list all are missing.
+
+    void ParsePolicyAttribute(const char** ppAttributes);   ///< of 5
+    void ParseProjectAttribute(const char** ppAttributes);  ///< of 5
+    void ParseScheduleAttribute(const char** ppAttributes); ///< of 2
+
+    /// Of 2 for "item". "name", "size" and "format" have none; they say what the text that follows
+    /// is. Null does nothing.
     void ParseItemElements(const char* pName, const char** ppAttributes);
-    void ParseRECHInfoElements(const char** ppAttributes);
+
+    void ParseRECHInfoElements(const char** ppAttributes); ///< of 10
 
     /// "2016-12-31" to a date. The digits' places are fixed, separators and ranges are not
     /// checked; fewer than 10 characters give all zeros.

@@ -91,6 +91,15 @@ std::size_t ReadIntoVector(const char* path)
     return bytes.size();
 }
 
+/// The least with the kind of stream that the pipe's handles are.
+std::size_t ReadOnceWithStream(const char* path)
+{
+    char bytes[4096];
+    std::ifstream stream(path, std::ios::binary);
+    stream.read(bytes, sizeof bytes);
+    return static_cast<std::size_t>(stream.gcount());
+}
+
 std::size_t ReadOnce(const char* path)
 {
     char bytes[4096];
@@ -116,6 +125,11 @@ Work ReadWithSystemCalls(std::size_t size)
 Work ReadWithStream(std::size_t size)
 {
     return ReadingWork(size, ReadIntoVector);
+}
+
+Work ReadWithBareStream(std::size_t size)
+{
+    return ReadingWork(size, ReadOnceWithStream);
 }
 
 Work ReadAtOnce(std::size_t size)

@@ -36,7 +36,8 @@ Work ParseOnePeriod(std::size_t size);
 Work ReadWithProduct(std::size_t size);
 Work ReadWithSystemCalls(std::size_t size);
 Work ReadWithStream(std::size_t size);
-/// Open, one read, close.
+/// Open, one read, close: of up to 4096 bytes, with a stream and with system calls.
+Work ReadWithBareStream(std::size_t size);
 Work ReadAtOnce(std::size_t size);
 
 // The content check over `size` files, in directories of its own in /opt.

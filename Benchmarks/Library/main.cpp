@@ -51,6 +51,7 @@ constexpr NamedWork kWorks[] = {
     {"read/product", ReadWithProduct},
     {"read/system", ReadWithSystemCalls},
     {"read/stream", ReadWithStream},
+    {"read/bare-stream", ReadWithBareStream},
     {"read/at-once", ReadAtOnce},
     {"check/product", CheckFiles},
     {"check/all", CheckAll},

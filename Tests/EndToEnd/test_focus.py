@@ -150,3 +150,4 @@ def test_exported_objects_are_in_the_executable():
     ).stdout
     assert re.search(r"\b[BD] gkeygrab$", symbols, re.MULTILINE)
     assert re.search(r"\b[BD] _ZN11CVQMKeyGrab5xinfoE$", symbols, re.MULTILINE)
+    assert re.search(r"\b[DR] SocketStateString$", symbols, re.MULTILINE)
