@@ -21,7 +21,7 @@ public:
     /// it. Without a record, `info` has no stream. Throws `CVQMException` when the handle has a step
     /// in progress.
     _Step(CVQMFilePipe& pipe, void* handle, CVQMFileRequestData::_VQMFileRequest* pRequest);
-    ~_Step();
+    ~_Step(); // NOLINT(bugprone-exception-escape): a failed lock is fatal here
 
     _Step(const _Step&) = delete;
     _Step& operator=(const _Step&) = delete;
