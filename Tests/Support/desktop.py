@@ -47,7 +47,7 @@ def is_running(pid):
 class Program:
     """A process with its output in a file."""
 
-    def __init__(self, arguments, environment, log):
+    def __init__(self, arguments, environment, log, **options):
         self.log = Path(log)
         with open(self.log, "wb") as output:
             self.process = subprocess.Popen(
@@ -57,6 +57,7 @@ class Program:
                 stdout=output,
                 stderr=subprocess.STDOUT,
                 start_new_session=True,
+                **options,
             )
         self.pid = self.process.pid
 
