@@ -90,3 +90,26 @@ def test_the_tool_works_while_nobody_reads_its_log(desktop, channel):
         os.close(writer)
         os.close(reader)
     assert (completed.returncode, completed.stdout) == (0, "off\n")
+
+
+def test_keys_launch_when_the_log_file_has_reached_its_size_limit(desktop, keyboard):
+    launches = desktop.root / "launches"
+    desktop.install_companion(f"echo launched >> {launches}\n")
+    desktop.switch_on()
+    log = desktop.root / "limited.log"
+    with log.open("wb") as stderr:
+        process = subprocess.Popen(["sh", "-c", 'ulimit -f 1 && exec "$0"', BUILD / "bin/VQMKeygrab"],
+                                   env=desktop.environment, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                   stderr=stderr, start_new_session=True)
+    try:
+        def launched():
+            keyboard.tap(TOOL_KEYS["XF86More"])
+            return launches.exists() and len(launches.read_text().splitlines()) >= 3
+
+        wait_until(launched, "three launches")
+        process.terminate()
+        assert process.wait(PATIENCE) == 0
+        assert log.stat().st_size <= 512
+    finally:
+        process.kill()
+        process.wait()
