@@ -3,6 +3,8 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
+#include <cstring>
 #include <fcntl.h>
 #include <string_view>
 #include <sys/time.h>
@@ -10,6 +12,7 @@
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 #include "Platform/desktop/base/FileDescriptor.h"
 
@@ -48,29 +51,46 @@ bool WriteAll(int descriptor, std::string_view text)
     return true;
 }
 
-std::string ReadAll(int descriptor)
+/// An answer is its length and its text: what ends early is none.
+using Length = std::uint64_t;
+
+bool WriteAnswer(int descriptor, const std::string& text)
 {
-    std::string text;
+    const Length length = text.size();
+    std::array<char, sizeof length> head;
+    std::memcpy(head.data(), &length, sizeof length);
+    return WriteAll(descriptor, std::string_view(head.data(), head.size())) && WriteAll(descriptor, text);
+}
+
+std::optional<std::string> ReadAnswer(int descriptor)
+{
+    std::string received;
     std::array<char, 4096> part;
     for (;;) {
         const ssize_t count = read(descriptor, part.data(), part.size());
         if (count > 0) {
-            text.append(part.data(), static_cast<std::size_t>(count));
+            received.append(part.data(), static_cast<std::size_t>(count));
         } else if (count == 0 || errno != EINTR) {
-            return text;
+            break;
         }
     }
+    Length length = 0;
+    if (received.size() < sizeof length) {
+        return std::nullopt;
+    }
+    std::memcpy(&length, received.data(), sizeof length);
+    received.erase(0, sizeof length);
+    return received.size() == length ? std::optional(std::move(received)) : std::nullopt;
 }
 
 [[noreturn]] void Answer(int descriptor, std::chrono::milliseconds limit, const std::function<std::string()>& question)
 {
     EndThisProcessAfter(limit);
-    bool answered = false;
     try {
-        answered = WriteAll(descriptor, question());
-    } catch (...) { // NOLINT(bugprone-empty-catch): the exit code tells
+        WriteAnswer(descriptor, question());
+    } catch (...) { // NOLINT(bugprone-empty-catch): no answer tells
     }
-    _exit(answered ? 0 : 1);
+    _exit(0);
 }
 
 } // namespace
@@ -94,14 +114,11 @@ std::optional<std::string> AskWithin(std::chrono::milliseconds limit, const std:
         }
     }
     // The child's end of the pipe closes with the child at the latest.
-    std::string text = ReadAll(readEnd.Get());
-    int result = 0;
-    while (waitpid(child, &result, 0) == -1 && errno == EINTR) {
+    std::optional<std::string> answer = ReadAnswer(readEnd.Get());
+    // How the child ended cannot always be known: a parent that ignores SIGCHLD passes that on to us.
+    while (waitpid(child, nullptr, 0) == -1 && errno == EINTR) {
     }
-    if (!WIFEXITED(result) || WEXITSTATUS(result) != 0) {
-        return std::nullopt;
-    }
-    return text;
+    return answer;
 }
 
 } // namespace status

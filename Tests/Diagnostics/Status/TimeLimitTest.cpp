@@ -47,6 +47,17 @@ TEST(TimeLimit, AnAlarmThatIsIgnoredAndBlockedStillRings)
     std::signal(SIGALRM, SIG_DFL);
 }
 
+/// Whoever starts us may ignore SIGCHLD; how a child ended is then not known.
+TEST(TimeLimit, WithSigchldIgnoredAnAnswerCutShortIsStillNone)
+{
+    std::signal(SIGCHLD, SIG_IGN);
+    EXPECT_EQ(AskWithin(kShort, WaitForEver), std::nullopt);
+    EXPECT_EQ(AskWithin(kLong, []() -> std::string { _exit(1); }), std::nullopt);
+    EXPECT_EQ(AskWithin(kLong, [] { return std::string("whole"); }), "whole");
+    EXPECT_EQ(AskWithin(kLong, [] { return std::string(); }), "");
+    std::signal(SIGCHLD, SIG_DFL);
+}
+
 TEST(TimeLimit, AQuestionThatFailsHasNoAnswer)
 {
     EXPECT_EQ(AskWithin(kLong, []() -> std::string { throw std::runtime_error("no"); }), std::nullopt);
