@@ -1,12 +1,24 @@
 #include "Diagnostics/Lint/DocumentWindow.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace lint {
 
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+/// The place of the first "\n" or "\r" from `start` on; the size without one. Every byte of a document
+/// comes by here.
+std::size_t LineEnd(std::string_view bytes, std::size_t start)
+{
+    const auto find = [&bytes, start](char wanted, std::size_t end) {
+        const void* const found = start < end ? std::memchr(bytes.data() + start, wanted, end - start) : nullptr;
+        return found == nullptr ? end : static_cast<std::size_t>(static_cast<const char*>(found) - bytes.data());
+    };
+    return find('\r', find('\n', bytes.size()));
+}
 
 } // namespace
 
@@ -25,9 +37,9 @@ const Mark& DocumentWindow::Advance(std::uint64_t offset)
     return base_;
 }
 
-Mark DocumentWindow::MarkAt(std::uint64_t offset) const
+Mark DocumentWindow::MarkAt(std::uint64_t offset, const Mark& from) const
 {
-    Mark mark = base_;
+    Mark mark = from;
     Move(mark, offset);
     return mark;
 }
@@ -39,23 +51,18 @@ void DocumentWindow::Move(Mark& mark, std::uint64_t offset) const
         return;
     }
     const std::string_view bytes = View(mark.offset, offset - mark.offset);
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        const char byte = bytes[i];
-        if (byte == '\n') {
-            // The second half of "\r\n" belongs to the line end that was counted before it.
-            const std::uint64_t place = mark.offset + i;
-            const bool counted = place > begin_ && bytes_[static_cast<std::size_t>(place - begin_) - 1] == '\r';
-            mark.line += counted ? 0 : 1;
-            mark.column = 1;
-            mark.lineStart = place + 1;
-        } else if (byte == '\r') {
-            ++mark.line;
-            mark.column = 1;
-            mark.lineStart = mark.offset + i + 1;
-        } else if (!IsContinuation(byte)) {
-            ++mark.column;
-        }
+    std::size_t start = 0;
+    for (std::size_t end = LineEnd(bytes, start); end < bytes.size(); end = LineEnd(bytes, start)) {
+        // The second half of "\r\n" belongs to the line end that was counted before it.
+        const std::uint64_t place = mark.offset + end;
+        const bool counted =
+            bytes[end] == '\n' && place > begin_ && bytes_[static_cast<std::size_t>(place - begin_) - 1] == '\r';
+        mark.line += counted ? 0 : 1;
+        mark.column = 1;
+        start = end + 1;
+        mark.lineStart = mark.offset + start;
     }
+    mark.column += CharactersIn(bytes.substr(start));
     mark.offset += bytes.size();
 }
 
@@ -65,6 +72,18 @@ void DocumentWindow::SkipByteOrderMark(Mark& mark) const
         mark.offset = kByteOrderMark.size();
         mark.lineStart = mark.offset;
     }
+}
+
+std::size_t DocumentWindow::CharactersIn(std::string_view bytes) const
+{
+    if (singleByte_) {
+        return bytes.size();
+    }
+    std::size_t count = 0;
+    for (const char byte : bytes) {
+        count += (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U ? 0 : 1;
+    }
+    return count;
 }
 
 bool DocumentWindow::IsContinuation(char byte) const

@@ -37,7 +37,10 @@ public:
     const Mark& Advance(std::uint64_t offset);
 
     /// The place of an offset at or after the one advanced to.
-    Mark MarkAt(std::uint64_t offset) const;
+    Mark MarkAt(std::uint64_t offset) const { return MarkAt(offset, base_); }
+
+    /// The same, counted from `from`, a place at or before it that is at hand.
+    Mark MarkAt(std::uint64_t offset, const Mark& from) const;
 
     /// The source line around `size` bytes from `mark` on.
     Excerpt ExcerptAt(const Mark& mark, std::uint64_t size) const;
@@ -51,6 +54,7 @@ public:
 private:
     void Move(Mark& mark, std::uint64_t offset) const;
     void SkipByteOrderMark(Mark& mark) const;
+    std::size_t CharactersIn(std::string_view bytes) const;
     bool IsContinuation(char byte) const;
     std::string Decoded(std::string_view bytes) const;
 

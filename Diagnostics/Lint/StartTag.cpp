@@ -11,6 +11,7 @@ StartTag::StartTag(const DocumentWindow& window, const char* name, const char** 
       info_(InfoOf(ElementNamed(name_))),
       attributes_(attributes),
       mark_(mark),
+      last_(mark),
       size_(size)
 {
     while (attributes_[2 * count_] != nullptr) {
@@ -37,13 +38,20 @@ Spot StartTag::Whole() const
 Spot StartTag::NamePlace(std::size_t index) const
 {
     const AttributePlace* place = PlaceOf(index);
-    return place == nullptr ? Whole() : Spot{window_.MarkAt(mark_.offset + place->name), place->nameSize};
+    return place == nullptr ? Whole() : Spot{MarkAt(mark_.offset + place->name), place->nameSize};
 }
 
 Spot StartTag::ValuePlace(std::size_t index) const
 {
     const AttributePlace* place = PlaceOf(index);
-    return place == nullptr ? Whole() : Spot{window_.MarkAt(mark_.offset + place->value), place->valueSize};
+    return place == nullptr ? Whole() : Spot{MarkAt(mark_.offset + place->value), place->valueSize};
+}
+
+/// Attributes are asked about from the first to the last: counting goes on where it was.
+Mark StartTag::MarkAt(std::uint64_t offset) const
+{
+    last_ = window_.MarkAt(offset, offset < last_.offset ? mark_ : last_);
+    return last_;
 }
 
 const AttributePlace* StartTag::PlaceOf(std::size_t index) const

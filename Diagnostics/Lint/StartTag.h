@@ -40,6 +40,7 @@ public:
 
 private:
     const AttributePlace* PlaceOf(std::size_t index) const;
+    Mark MarkAt(std::uint64_t offset) const;
 
     const DocumentWindow& window_;
     std::string_view name_;
@@ -47,6 +48,7 @@ private:
     const char** attributes_;
     std::size_t count_ = 0;
     Mark mark_;
+    mutable Mark last_; ///< the place asked for last
     std::uint64_t size_;
     mutable bool scanned_ = false; ///< places are looked for when the first is asked for
     mutable std::vector<AttributePlace> places_;
