@@ -4,14 +4,11 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "Diagnostics/Text/Words.h"
+
 namespace schedule {
 
 namespace {
-
-std::string TwoDigits(long long number)
-{
-    return (number >= 0 && number < 10 ? "0" : "") + std::to_string(number);
-}
 
 /// Of two characters: a number up to `limit`.
 std::optional<int> ParsePart(const std::string& digits, int limit)
@@ -49,11 +46,6 @@ std::string ZoneText(const Clock& clock)
 std::string TimeText(long long seconds)
 {
     return TwoDigits(seconds / 3600) + ":" + TwoDigits(seconds / 60 % 60) + ":" + TwoDigits(seconds % 60);
-}
-
-std::string DayText(const lint::Day& day)
-{
-    return std::to_string(day.year) + "-" + TwoDigits(day.month) + "-" + TwoDigits(day.day);
 }
 
 std::optional<int> ParseTimeOfDay(const std::string& text)

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "Diagnostics/Lint/TimeRules.h"
+#include "Diagnostics/Calendar/Day.h"
 
 namespace schedule {
 
@@ -11,7 +11,7 @@ constexpr int kDaySeconds = 24 * 60 * 60;
 
 /// A second of a day, as a clock on the wall shows it.
 struct Moment {
-    lint::Day day;
+    Day day;
     int second = 0; ///< from midnight, below `kDaySeconds`
 };
 
@@ -30,9 +30,6 @@ std::string ZoneText(const Clock& clock);
 
 /// "09:30:00"; the end of the day is "24:00:00".
 std::string TimeText(long long seconds);
-
-/// "2026-12-31"
-std::string DayText(const lint::Day& day);
 
 /// "09:30:00" or "09:30", and nothing else, to seconds from midnight.
 std::optional<int> ParseTimeOfDay(const std::string& text);

@@ -6,13 +6,11 @@
 #include "Diagnostics/Lint/AddressRules.h"
 #include "Diagnostics/Lint/NumberRules.h"
 #include "Diagnostics/Text/Suggestions.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace lint {
 
 namespace {
-
-/// Longer names are nobody's slip; comparing them would cost time by the square.
-constexpr std::size_t kMaxComparedName = 64;
 
 std::string Slots(int count)
 {
@@ -24,9 +22,8 @@ std::string Slots(int count)
 Problem AttributeChecker::UnknownName(const std::string& what, std::string_view name,
                                       const std::vector<std::string>& known, Rule unknown, Rule misspelt)
 {
-    const std::vector<std::string> close =
-        name.size() <= kMaxComparedName ? Suggest(name, known) : std::vector<std::string>();
-    const std::string message = "unknown " + what + " " + Quoted(name);
+    const std::vector<std::string> close = Suggest(name, known);
+    const std::string message = "unknown " + what + " " + QuotedShort(name);
     if (!close.empty()) {
         return {misspelt, message, JoinWithOr(close), "the TV ignores it"};
     }
@@ -86,7 +83,7 @@ void AttributeChecker::CheckValue(const StartTag& tag, std::size_t index, const 
         break;
     case ValueKind::kState:
         if (text != "ok") {
-            problems.push_back({Rule::kStateNotOk, "state " + Quoted(text) + " is not \"ok\"", "ok",
+            problems.push_back({Rule::kStateNotOk, "state " + QuotedShort(text) + " is not \"ok\"", "ok",
                                 "the TV marks the policy as in error"});
         }
         break;
@@ -130,7 +127,7 @@ void AttributeChecker::CheckMissing(const StartTag& tag)
             problem.expected = "state='ok' as the first attribute";
             problem.effect = "the TV marks the policy as in error";
         } else if (info.kind == ValueKind::kTime) {
-            problem.effect = "the TV reads 0:00:00";
+            problem.effect = "the TV reads 00:00:00";
         } else {
             problem.effect = info.kind == ValueKind::kText ? "the TV reads an empty one" : "the TV reads 0";
         }

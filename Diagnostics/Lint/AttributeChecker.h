@@ -11,7 +11,7 @@ namespace lint {
 /// Checks what a start tag carries: names, places and, one by one, values.
 class AttributeChecker {
 public:
-    AttributeChecker(Reporter& reporter, const Day& today) : reporter_(reporter), today_(today) {}
+    AttributeChecker(Reporter& reporter, const schedule::Day& today) : reporter_(reporter), today_(today) {}
 
     void Check(const StartTag& tag);
 
@@ -25,7 +25,7 @@ private:
     void CheckMissing(const StartTag& tag);
 
     Reporter& reporter_;
-    Day today_;
+    schedule::Day today_;
     std::vector<std::string> meant_; ///< the names that misspelt ones of the tag may stand for
 };
 

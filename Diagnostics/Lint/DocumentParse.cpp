@@ -1,4 +1,5 @@
 #include "Diagnostics/Lint/DocumentParse.h"
+#include "Diagnostics/Text/Words.h"
 
 #include <new>
 #include <string>
@@ -21,6 +22,13 @@ constexpr std::size_t kMaxPiece = 67108864;
 constexpr std::uint64_t kMaxKept = 1048576;
 
 constexpr std::string_view kDoctype = "<!DOCTYPE";
+
+/// The parser's own text for the commonest error says the same again.
+std::string NotWellFormed(XML_Error error)
+{
+    return error == XML_ERROR_INVALID_TOKEN ? "not well-formed: invalid token"
+                                            : std::string("not well-formed: ") + XML_ErrorString(error);
+}
 
 constexpr char kRejects[] = "the TV rejects the whole document and has no schedule";
 
@@ -163,7 +171,7 @@ void DocumentParse::OnDoctype(void* self, const char* name, const char* /*system
         const std::size_t place = parse.window_.View(begin, parse.Offset() - begin).rfind(kDoctype);
         const Mark mark = parse.window_.MarkAt(place == std::string_view::npos ? parse.Offset() : begin + place);
         parse.reporter_.Report({mark, kDoctype.size()},
-                               {Rule::kDoctype, "a document type declaration for " + Quoted(name),
+                               {Rule::kDoctype, "a document type declaration for " + QuotedShort(name),
                                 "a document without one", "the TV leaves out entities that it would have to load"});
     });
 }
@@ -180,12 +188,11 @@ void DocumentParse::ReportNotWellFormed()
 {
     const XML_Error error = XML_GetErrorCode(parser_.get());
     const auto offset = Offset();
-    Problem problem = {Rule::kNotWellFormed, std::string("not well-formed: ") + XML_ErrorString(error),
-                       "well-formed XML", kRejects};
+    Problem problem = {Rule::kNotWellFormed, NotWellFormed(error), "well-formed XML", kRejects};
     const ScheduleChecker::Open* open = checker_.Innermost();
     if (open != nullptr) {
         const std::string name = open->element == Element::kUnknown ? open->name : InfoOf(open->element).name;
-        problem.message += "; " + Quoted(name) + " of line " + std::to_string(open->line) + " is open";
+        problem.message += "; " + QuotedShort(name) + " of line " + std::to_string(open->line) + " is open";
     } else if (window_.End() == 0) {
         problem.message = "the document is empty";
     }

@@ -4,6 +4,7 @@
 
 #include "Diagnostics/Lint/NumberRules.h"
 #include "Diagnostics/Lint/SetReading.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace lint {
 
@@ -111,23 +112,24 @@ void ItemChecker::EndChild(std::uint64_t endTagOffset)
 void ItemChecker::CheckSize()
 {
     if (sizePieces_ > 1) {
-        reporter_.Report(size_.Place(),
-                         {Rule::kSizeInPieces,
-                          "size " + Quoted(size_.text) + " comes in " + std::to_string(sizePieces_) + " pieces",
-                          "digits only, without a line break, comment, entity or section between them",
-                          "the TV takes the last piece " + Quoted(lastPiece_) + ": " + std::to_string(facts_.size)});
+        reporter_.Report(
+            size_.Place(),
+            {Rule::kSizeInPieces,
+             "size " + QuotedShort(size_.text) + " comes in " + std::to_string(sizePieces_) + " pieces",
+             "digits only, without a line break, comment, entity or section between them",
+             "the TV takes the last piece " + QuotedShort(lastPiece_) + ": " + std::to_string(facts_.size)});
     } else if (std::optional<Problem> problem = JudgeNumber("size", ValueKind::kUnsigned, lastPiece_)) {
         reporter_.Report(size_.Place(), *std::move(problem));
     } else if (facts_.size == 0) {
         reporter_.Report(size_.Place(),
-                         {Rule::kSizeZero, "size " + Quoted(lastPiece_) + " is 0", "the size of the file in bytes",
+                         {Rule::kSizeZero, "size " + QuotedShort(lastPiece_) + " is 0", "the size of the file in bytes",
                           "the TV counts the file as present while it is missing"});
     }
 }
 
 std::string ItemChecker::Looks() const
 {
-    return "the TV looks for the file " + Quoted(facts_.file);
+    return "the TV looks for the file " + QuotedShort(facts_.file);
 }
 
 const ItemFacts& ItemChecker::End()
@@ -149,13 +151,13 @@ const ItemFacts& ItemChecker::End()
         }
         if (name_.text.find_first_of("/\\") != std::string::npos) {
             reporter_.Report(name_.Place(),
-                             {Rule::kPathSeparatorInName, "name " + Quoted(name_.text) + " has a path separator",
+                             {Rule::kPathSeparatorInName, "name " + QuotedShort(name_.text) + " has a path separator",
                               "a name within the media directory", Looks()});
         }
         if (!format_.text.empty() && EndsWithExtension(name_.text, format_.text)) {
-            reporter_.Report(name_.Place(),
-                             {Rule::kExtensionTwice, "name " + Quoted(name_.text) + " ends with the format already",
-                              "the name without extension", Looks()});
+            reporter_.Report(name_.Place(), {Rule::kExtensionTwice,
+                                             "name " + QuotedShort(name_.text) + " ends with the format already",
+                                             "the name without extension", Looks()});
         }
     }
     return facts_;
@@ -187,12 +189,13 @@ void ItemChecker::CheckFormat()
     }
     CheckWhiteSpace("format", format_);
     if (format_.text.front() == '.') {
-        reporter_.Report(format_.Place(), {Rule::kDotInFormat, "format " + Quoted(format_.text) + " begins with a dot",
-                                           "the extension without its dot", Looks()});
+        reporter_.Report(format_.Place(),
+                         {Rule::kDotInFormat, "format " + QuotedShort(format_.text) + " begins with a dot",
+                          "the extension without its dot", Looks()});
     }
     if (format_.text.find_first_of("/\\") != std::string::npos) {
         reporter_.Report(format_.Place(),
-                         {Rule::kPathSeparatorInName, "format " + Quoted(format_.text) + " has a path separator",
+                         {Rule::kPathSeparatorInName, "format " + QuotedShort(format_.text) + " has a path separator",
                           "the file's extension", Looks()});
     }
 }
@@ -201,12 +204,12 @@ void ItemChecker::CheckWhiteSpace(const char* what, const Child& child)
 {
     if (HasOuterOrUnusualSpace(child.text)) {
         reporter_.Report(child.Place(), {Rule::kWhiteSpaceInName,
-                                         std::string(what) + " " + Quoted(child.text) +
+                                         std::string(what) + " " + QuotedShort(child.text) +
                                              " has white space around it or line breaks or tabs in it",
                                          std::string("the ") + what + " alone between its tags", Looks()});
     } else if (child.text.find(' ') != std::string::npos) {
         reporter_.Report(child.Place(),
-                         {Rule::kBlankInName, std::string(what) + " " + Quoted(child.text) + " has a blank in it",
+                         {Rule::kBlankInName, std::string(what) + " " + QuotedShort(child.text) + " has a blank in it",
                           "no blank, unless the file has it too", Looks()});
     }
 }

@@ -13,7 +13,7 @@
 namespace lint {
 
 struct Options {
-    Day today;              ///< what an expiration date is compared with
+    schedule::Day today;    ///< what an expiration date is compared with
     std::set<Rule> ignored; ///< rules that find nothing and count nothing
     std::size_t maxFindings = 1000;
     std::uint64_t maxBytes = INT_MAX; ///< the most that the TV parses

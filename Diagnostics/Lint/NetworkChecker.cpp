@@ -4,6 +4,7 @@
 
 #include "Diagnostics/Lint/AddressRules.h"
 #include "Diagnostics/Lint/SetReading.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace lint {
 
@@ -29,9 +30,9 @@ void CheckGateway(const StartTag& tag, Reporter& reporter)
         return;
     }
     reporter.Report(tag.ValuePlace(*index), {Rule::kGatewayOutsideSubnet,
-                                             "Gateway " + Quoted(tag.AttributeValue(*index)) +
-                                                 " is outside the subnet of IPAddr " + Quoted(own),
-                                             "an address in the subnet of the mask " + Quoted(maskText), kEffect});
+                                             "Gateway " + QuotedShort(tag.AttributeValue(*index)) +
+                                                 " is outside the subnet of IPAddr " + QuotedShort(own),
+                                             "an address in the subnet of the mask " + QuotedShort(maskText), kEffect});
 }
 
 void CheckMaster(const StartTag& tag, Reporter& reporter)
@@ -46,11 +47,12 @@ void CheckMaster(const StartTag& tag, Reporter& reporter)
     if (masterText == ownText || masterText.empty() || ownText.empty()) {
         return;
     }
-    reporter.Report(tag.ValuePlace(*master), {Rule::kMasterNotOwnAddress,
-                                              "this player is the master, but IPAddrOfMaster " + Quoted(masterText) +
-                                                  " is not its IPAddr " + Quoted(ownText),
-                                              "the same address in both, or IsMaster='0'",
-                                              "the TV counts itself as the master and keeps both addresses"});
+    reporter.Report(tag.ValuePlace(*master),
+                    {Rule::kMasterNotOwnAddress,
+                     "this player is the master, but IPAddrOfMaster " + QuotedShort(masterText) +
+                         " is not its IPAddr " + QuotedShort(ownText),
+                     "the same address in both, or IsMaster='0'",
+                     "the TV counts itself as the master and keeps both addresses"});
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Diagnostics/Lint/SetReading.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace lint {
 
@@ -51,7 +52,7 @@ std::optional<Problem> JudgeNumber(const char* subject, ValueKind kind, const st
     if (kind != ValueKind::kMaster && IsPlain(text)) {
         return std::nullopt;
     }
-    const std::string what = std::string(subject) + " " + Quoted(text);
+    const std::string what = std::string(subject) + " " + QuotedShort(text);
     const std::string effect = "the TV reads " + Taken(kind, text);
     if (!HasOnlyDigits(kind, text)) {
         return Problem{Rule::kNumberNotDigits, what + (text.empty() ? " is empty" : " is not digits only"),

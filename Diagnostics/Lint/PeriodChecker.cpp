@@ -1,23 +1,18 @@
 #include "Diagnostics/Lint/PeriodChecker.h"
 
+#include "Diagnostics/Calendar/Clock.h"
 #include "Diagnostics/Lint/NumberRules.h"
 #include "Diagnostics/Lint/SetReading.h"
 #include "Diagnostics/Lint/TimeRules.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace lint {
 
 namespace {
 
-constexpr int kDaySeconds = 24 * 60 * 60;
-
-std::string ClockText(int seconds)
-{
-    return setreading::TimeText({0, 0, 0, seconds / 3600, seconds / 60 % 60, seconds % 60, 0});
-}
-
 std::string PeriodText(const Period& period)
 {
-    return ClockText(period.start) + " to " + ClockText(period.end);
+    return schedule::TimeText(period.start) + " to " + schedule::TimeText(period.end);
 }
 
 std::optional<int> SecondsOf(const StartTag& tag, const char* name)
@@ -45,7 +40,7 @@ void PeriodChecker::CheckTimes(const StartTag& schedule)
 {
     const std::optional<int> start = SecondsOf(schedule, "start_time");
     const std::optional<int> end = SecondsOf(schedule, "end_time");
-    if (!start || !end || *start > kDaySeconds || *end > kDaySeconds) {
+    if (!start || !end || *start > schedule::kDaySeconds || *end > schedule::kDaySeconds) {
         return;
     }
     const Period period = {*start, *end, schedule.Start().line};
@@ -53,7 +48,7 @@ void PeriodChecker::CheckTimes(const StartTag& schedule)
         reporter_.Report(schedule.ValuePlace(*schedule.Find("end_time")),
                          {Rule::kStartNotBeforeEnd,
                           "the period from " + PeriodText(period) + " does not start before its end",
-                          "an end after " + ClockText(*start) + "; a period over midnight takes two schedules",
+                          "an end after " + schedule::TimeText(*start) + "; a period over midnight takes two schedules",
                           "the TV never plays it"});
         return;
     }
@@ -73,7 +68,7 @@ void PeriodChecker::BeginItem(const StartTag& item)
     if (const std::optional<std::size_t> id = item.Find("id")) {
         const char* const text = item.AttributeValue(*id);
         if (const auto line = ids_.Add(text, item.Start().line)) {
-            reporter_.Report(item.ValuePlace(*id), {Rule::kDuplicateId, "id " + Quoted(text) + AsOnLine(*line),
+            reporter_.Report(item.ValuePlace(*id), {Rule::kDuplicateId, "id " + QuotedShort(text) + AsOnLine(*line),
                                                     "an id of its own for each item of a period", kEffect});
         }
     }
@@ -81,8 +76,9 @@ void PeriodChecker::BeginItem(const StartTag& item)
     if (order && IsSoundNumber(ValueKind::kCount, item.AttributeValue(*order))) {
         const std::string text = item.AttributeValue(*order);
         if (const auto line = orders_.Add(setreading::Integer(text), item.Start().line)) {
-            reporter_.Report(item.ValuePlace(*order), {Rule::kDuplicateOrder, "order " + Quoted(text) + AsOnLine(*line),
-                                                       "a place of its own for each item of a period", kEffect});
+            reporter_.Report(item.ValuePlace(*order),
+                             {Rule::kDuplicateOrder, "order " + QuotedShort(text) + AsOnLine(*line),
+                              "a place of its own for each item of a period", kEffect});
         }
     }
 }
@@ -93,7 +89,7 @@ void PeriodChecker::EndItem(const ItemFacts& item)
         return;
     }
     if (const auto line = files_.Add(item.file, item.filePlace.mark.line)) {
-        reporter_.Report(item.filePlace, {Rule::kDuplicateFile, "the file " + Quoted(item.file) + AsOnLine(*line),
+        reporter_.Report(item.filePlace, {Rule::kDuplicateFile, "the file " + QuotedShort(item.file) + AsOnLine(*line),
                                           "each file once in a period", "the TV keeps both items"});
     }
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include "Diagnostics/Lint/Rule.h"
 
@@ -14,8 +13,5 @@ struct Problem {
     std::string expected;
     std::string effect;
 };
-
-/// `text` in single quotes, shortened where it is long.
-std::string Quoted(std::string_view text);
 
 } // namespace lint

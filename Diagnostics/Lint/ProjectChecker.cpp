@@ -2,6 +2,7 @@
 
 #include "Diagnostics/Lint/NumberRules.h"
 #include "Diagnostics/Lint/SetReading.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace lint {
 
@@ -35,8 +36,8 @@ void ProjectChecker::Finish()
 {
     if (count_ && count_->value != items_) {
         reporter_.Report(count_->place, {Rule::kItemCountMismatch,
-                                         "item_count is " + std::to_string(count_->value) + ", but there are " +
-                                             std::to_string(items_) + " items",
+                                         "item_count is " + std::to_string(count_->value) + ", but there " +
+                                             (items_ == 1 ? "is " : "are ") + Counted(items_, "item"),
                                          std::to_string(items_), kEffect});
     }
     if (size_ && (overflow_ || size_->value != total_)) {

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Diagnostics/Lint/NetworkChecker.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace lint {
 
@@ -29,7 +30,7 @@ Problem Misplaced(const StartTag& tag, const std::string& where, const std::stri
 
 } // namespace
 
-ScheduleChecker::ScheduleChecker(Reporter& reporter, const Day& today)
+ScheduleChecker::ScheduleChecker(Reporter& reporter, const schedule::Day& today)
     : reporter_(reporter),
       attributes_(reporter, today),
       item_(reporter),
@@ -95,8 +96,8 @@ std::optional<Problem> ScheduleChecker::JudgePlace(const StartTag& tag) const
 {
     if (OpenTextElements() > 0) {
         return Problem{Rule::kElementInText,
-                       "element " + Quoted(tag.Name()) + " inside " + InfoOf(open_.back().element).name, "text only",
-                       "the TV puts texts and elements of this item in the wrong places"};
+                       "element " + QuotedShort(tag.Name()) + " inside " + InfoOf(open_.back().element).name,
+                       "text only", "the TV puts texts and elements of this item in the wrong places"};
     }
     switch (tag.Kind()) {
     case Element::kUnknown:
@@ -230,8 +231,9 @@ void ScheduleChecker::Text(std::string_view text, std::uint64_t offset)
     const Mark mark = reporter_.Window().MarkAt(offset + blanks);
     const std::string where = InfoOf(open_.back().element).name;
     const std::string_view shown = text.substr(blanks, text.find_last_not_of(" \t\r\n") + 1 - blanks);
-    reporter_.Report({mark, shown.size()}, {Rule::kStrayText, "text " + Quoted(shown) + " directly inside " + where,
-                                            "text only inside name, size and format", "the TV ignores it"});
+    reporter_.Report({mark, shown.size()},
+                     {Rule::kStrayText, "text " + QuotedShort(shown) + " directly inside " + where,
+                      "text only inside name, size and format", "the TV ignores it"});
 }
 
 void ScheduleChecker::Finish()

@@ -26,7 +26,7 @@ public:
         bool strayText = false; ///< reported already
     };
 
-    ScheduleChecker(Reporter& reporter, const Day& today);
+    ScheduleChecker(Reporter& reporter, const schedule::Day& today);
 
     void Start(const StartTag& tag);
     void End(std::uint64_t offset);

@@ -1,17 +1,9 @@
 #include "Diagnostics/Lint/SetReading.h"
 
 #include "Data/VQMScheduleContainer.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace lint::setreading {
-
-namespace {
-
-std::string TwoDigits(int number)
-{
-    return (number < 10 && number >= 0 ? "0" : "") + std::to_string(number);
-}
-
-} // namespace
 
 _VQMTime Time(const std::string& text)
 {
@@ -43,7 +35,7 @@ uVQMINT64 Unsigned(const std::string& text)
 
 std::string TimeText(const _VQMTime& time)
 {
-    return std::to_string(time.nHour) + ":" + TwoDigits(time.nMinute) + ":" + TwoDigits(time.nSecond);
+    return TwoDigits(time.nHour) + ":" + TwoDigits(time.nMinute) + ":" + TwoDigits(time.nSecond);
 }
 
 std::string DateText(const _VQMTime& date)

@@ -13,7 +13,7 @@ _VQMTime Date(const std::string& text);
 int Integer(const std::string& text);
 uVQMINT64 Unsigned(const std::string& text);
 
-/// "9:03:00"
+/// "09:03:00"
 std::string TimeText(const _VQMTime& time);
 
 /// "2016-12-31"

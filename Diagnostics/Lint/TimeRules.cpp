@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <tuple>
 
+#include "Diagnostics/Calendar/Clock.h"
 #include "Diagnostics/Lint/SetReading.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace lint {
 
@@ -11,7 +13,6 @@ namespace {
 
 constexpr char kTimeExpected[] = "hours:minutes:seconds, such as 09:30:00";
 constexpr char kDateExpected[] = "year-month-day, such as 2026-12-31";
-constexpr int kDaySeconds = 24 * 60 * 60;
 
 bool IsDigits(std::string_view text)
 {
@@ -47,7 +48,7 @@ std::string SetTakesTime(const std::string& text)
 std::optional<Problem> JudgeTimeText(const std::string& attribute, const std::string& text)
 {
     const auto problem = [&](Rule rule, const std::string& what) {
-        return Problem{rule, attribute + " " + Quoted(text) + " " + what, kTimeExpected, SetTakesTime(text)};
+        return Problem{rule, attribute + " " + QuotedShort(text) + " " + what, kTimeExpected, SetTakesTime(text)};
     };
     const std::vector<std::string> parts = SplitAtColons(text);
     if (parts.size() == 1 || parts.size() > 3 || parts[0].empty()) {
@@ -64,7 +65,7 @@ std::optional<Problem> JudgeTimeText(const std::string& attribute, const std::st
     for (std::size_t index = 0; index < parts.size(); ++index) {
         if (Exceeds(parts[index], kLimits[index])) {
             return Problem{Rule::kTimeOutOfRange,
-                           attribute + " " + Quoted(text) + " has a " + kPartNames[index] + " out of range",
+                           attribute + " " + QuotedShort(text) + " has a " + kPartNames[index] + " out of range",
                            "a " + kPartNames[index] + " up to " + std::to_string(kLimits[index]), SetTakesTime(text)};
         }
     }
@@ -93,31 +94,12 @@ bool HasOtherSeparators(const std::string& text)
            !IsDigits(text.substr(4, 1)) && !IsDigits(text.substr(7, 1));
 }
 
-Day ToDay(const _VQMTime& date)
+schedule::Day ToDay(const _VQMTime& date)
 {
     return {date.nYear, date.nMonth, date.nDay};
 }
 
 } // namespace
-
-bool IsPossible(const Day& day)
-{
-    static constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    if (day.year < 1 || day.month < 1 || day.month > 12 || day.day < 1) {
-        return false;
-    }
-    const bool leapYear = (day.year % 4 == 0 && day.year % 100 != 0) || day.year % 400 == 0;
-    return day.day <= kDays[day.month - 1] + (day.month == 2 && leapYear ? 1 : 0);
-}
-
-std::optional<Day> ParseDay(const std::string& text)
-{
-    if (!IsStrictDate(text)) {
-        return std::nullopt;
-    }
-    const Day day = ToDay(setreading::Date(text));
-    return IsPossible(day) ? std::optional<Day>(day) : std::nullopt;
-}
 
 TimeVerdict JudgeTime(const std::string& attribute, const std::string& text)
 {
@@ -129,29 +111,30 @@ TimeVerdict JudgeTime(const std::string& attribute, const std::string& text)
     const _VQMTime time = setreading::Time(text);
     verdict.seconds = (time.nHour * 60 + time.nMinute) * 60 + time.nSecond;
     const bool isStart = attribute == "start_time";
-    if (time.nHour == 24 && (isStart || *verdict.seconds > kDaySeconds)) {
+    if (time.nHour == 24 && (isStart || *verdict.seconds > schedule::kDaySeconds)) {
         verdict.problems.push_back({Rule::kTimeAfterMidnight,
-                                    attribute + " " + Quoted(text) + " lies after the end of the day",
+                                    attribute + " " + QuotedShort(text) + " lies after the end of the day",
                                     isStart ? "a time up to 23:59:59" : "a time up to 24:00:00",
                                     SetTakesTime(text) + ", which no clock reaches"});
     } else if (time.nHour == 24) {
-        verdict.problems.push_back({Rule::kHour24, attribute + " " + Quoted(text) + " has hour 24",
+        verdict.problems.push_back({Rule::kHour24, attribute + " " + QuotedShort(text) + " has hour 24",
                                     "23:59:59, where the last second does not matter",
                                     SetTakesTime(text) + ", the end of the day"});
     }
     if (!HasTwoDigitParts(text)) {
-        verdict.problems.push_back({Rule::kTimeStyle, attribute + " " + Quoted(text) + " is not in two-digit parts",
-                                    kTimeExpected, SetTakesTime(text)});
+        verdict.problems.push_back({Rule::kTimeStyle,
+                                    attribute + " " + QuotedShort(text) + " is not in two-digit parts", kTimeExpected,
+                                    SetTakesTime(text)});
     }
     return verdict;
 }
 
-std::vector<Problem> JudgeDate(const std::string& attribute, const std::string& text, const Day& today)
+std::vector<Problem> JudgeDate(const std::string& attribute, const std::string& text, const schedule::Day& today)
 {
     std::vector<Problem> problems;
     const _VQMTime taken = setreading::Date(text);
     const std::string takes = "the TV reads " + setreading::DateText(taken);
-    const std::string subject = attribute + " " + Quoted(text);
+    const std::string subject = attribute + " " + QuotedShort(text);
     if (HasOtherSeparators(text) && !IsStrictDate(text)) {
         problems.push_back({Rule::kDateStyle, subject + " has other separators than '-'", kDateExpected, takes});
     } else if (!IsStrictDate(text)) {
@@ -159,13 +142,12 @@ std::vector<Problem> JudgeDate(const std::string& attribute, const std::string& 
                             subject + (text.empty() ? " is empty" : " is not year-month-day"), kDateExpected, takes});
         return problems;
     }
-    const Day day = ToDay(taken);
-    if (!IsPossible(day)) {
+    const schedule::Day day = ToDay(taken);
+    if (!schedule::IsPossible(day)) {
         problems.push_back({Rule::kImpossibleDate, subject + " is no day of the calendar", "a day that exists",
                             takes + " as it stands"});
     } else if (std::tie(day.year, day.month, day.day) < std::tie(today.year, today.month, today.day)) {
-        const std::string now = setreading::DateText({today.year, today.month, today.day, 0, 0, 0, 0});
-        problems.push_back({Rule::kExpired, subject + " has passed", "a day from " + now + " on",
+        problems.push_back({Rule::kExpired, subject + " has passed", "a day from " + schedule::DayText(today) + " on",
                             "the TV keeps the date and does not act on it"});
     }
     return problems;

@@ -129,28 +129,28 @@ std::string NameOf(Expiry expiry)
         return "none";
     case Expiry::kImpossible:
         return "impossible";
-    case Expiry::kToCome:
-        return "to-come";
+    case Expiry::kValid:
+        return "valid";
     case Expiry::kExpired:
         return "expired";
     }
     return "";
 }
 
-Expiry ExpiryOn(const _VQMPolicy& policy, const lint::Day& day)
+Expiry ExpiryOn(const _VQMPolicy& policy, const Day& day)
 {
-    const lint::Day last = ExpirationOf(policy);
+    const Day last = ExpirationOf(policy);
     if (last.year == 0 && last.month == 0 && last.day == 0) {
         return Expiry::kNone;
     }
-    if (!lint::IsPossible(last)) {
+    if (!IsPossible(last)) {
         return Expiry::kImpossible;
     }
     const bool passed = std::tie(last.year, last.month, last.day) < std::tie(day.year, day.month, day.day);
-    return passed ? Expiry::kExpired : Expiry::kToCome;
+    return passed ? Expiry::kExpired : Expiry::kValid;
 }
 
-lint::Day ExpirationOf(const _VQMPolicy& policy)
+Day ExpirationOf(const _VQMPolicy& policy)
 {
     return {policy.stExpiration.nYear, policy.stExpiration.nMonth, policy.stExpiration.nDay};
 }

@@ -70,16 +70,16 @@ std::string Describe(Silence silence);
 enum class Expiry {
     kNone,       ///< no date, or none that was readable
     kImpossible, ///< no day of the calendar
-    kToCome,     ///< the day is the last one, or an earlier one
+    kValid,     ///< the day is the last one, or an earlier one
     kExpired,    ///< the day comes after it
 };
 
 std::string NameOf(Expiry expiry);
 
-Expiry ExpiryOn(const _VQMPolicy& policy, const lint::Day& day);
+Expiry ExpiryOn(const _VQMPolicy& policy, const Day& day);
 
 /// The expiration date as the library read it.
-lint::Day ExpirationOf(const _VQMPolicy& policy);
+Day ExpirationOf(const _VQMPolicy& policy);
 
 struct Programme {
     std::vector<ActivePeriod> active; ///< in document order; more than one where periods overlap

@@ -79,7 +79,7 @@ std::string DescribeTimes(const _VQMSchdule& period)
     return text;
 }
 
-std::string DescribeExpiration(const _VQMPolicy& policy, const lint::Day& today)
+std::string DescribeExpiration(const _VQMPolicy& policy, const Day& today)
 {
     std::string date = DayText(ExpirationOf(policy));
     switch (ExpiryOn(policy, today)) {
@@ -87,7 +87,7 @@ std::string DescribeExpiration(const _VQMPolicy& policy, const lint::Day& today)
         return "none";
     case Expiry::kImpossible:
         return date + ", which is no day of the calendar";
-    case Expiry::kToCome:
+    case Expiry::kValid:
         return date;
     case Expiry::kExpired:
         return date + ", expired: today is " + DayText(today);
@@ -126,7 +126,7 @@ Json FileJson(const _VQMContentInfo& content)
             {"size", content.nSize}};
 }
 
-Json ExpirationJson(const _VQMPolicy& policy, const lint::Day& today)
+Json ExpirationJson(const _VQMPolicy& policy, const Day& today)
 {
     const Expiry expiry = ExpiryOn(policy, today);
     return {{"status", NameOf(expiry)},

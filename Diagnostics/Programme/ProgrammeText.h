@@ -22,7 +22,7 @@ std::string DescribeNext(const Programme& programme);
 std::string DescribeTimes(const _VQMSchdule& period);
 
 /// "2016-12-31, expired: today is 2026-11-21", "none".
-std::string DescribeExpiration(const _VQMPolicy& policy, const lint::Day& today);
+std::string DescribeExpiration(const _VQMPolicy& policy, const Day& today);
 
 /// What a technician should know besides: an overlap, an expired schedule, a state that is not ok.
 /// One sentence each.
@@ -32,7 +32,7 @@ std::vector<std::string> Notes(const _VQMPolicy& policy, const Programme& progra
 Json FileJson(const _VQMContentInfo& content);
 
 /// The expiration date and how it stands to `today`.
-Json ExpirationJson(const _VQMPolicy& policy, const lint::Day& today);
+Json ExpirationJson(const _VQMPolicy& policy, const Day& today);
 
 /// What plays, why nothing does, and the next change: the members "plays", "silence" and "next".
 Json ProgrammeJson(const Programme& programme);

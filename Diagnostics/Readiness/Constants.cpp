@@ -10,7 +10,9 @@
 
 #include "Data/VQMDataConstants.h"
 #include "Diagnostics/Readiness/DocumentFile.h"
+#include "Diagnostics/Readiness/PipeRelease.h"
 #include "Diagnostics/Readiness/Readiness.h"
+#include "Platform/desktop/base/FileDescriptor.h"
 
 namespace readiness {
 
@@ -25,27 +27,23 @@ struct OpenConstants : CVQMDataConstants {
     using CVQMDataConstants::m_DataCache;
 };
 
-[[noreturn]] void FailOnStdin()
+[[noreturn]] void Fail(const char* what)
 {
-    throw std::runtime_error("cannot read stdin: " + std::generic_category().message(errno));
+    throw std::runtime_error(std::string("cannot ") + what + " stdin: " + std::generic_category().message(errno));
 }
 
 /// What stdin holds, as a file with a path: the library reads nothing else.
 class StdinCopy {
 public:
-    StdinCopy() : descriptor_(memfd_create("stdin", MFD_CLOEXEC))
+    StdinCopy() : file_(memfd_create("stdin", MFD_CLOEXEC))
     {
-        if (descriptor_ < 0) {
-            throw std::system_error(errno, std::generic_category(), "cannot copy stdin");
+        if (!file_.IsOpen()) {
+            Fail("copy");
         }
         Fill();
     }
-    ~StdinCopy() { close(descriptor_); }
 
-    StdinCopy(const StdinCopy&) = delete;
-    StdinCopy& operator=(const StdinCopy&) = delete;
-
-    std::string Path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
+    std::string Path() const { return "/proc/self/fd/" + std::to_string(file_.Get()); }
 
 private:
     void Fill() const
@@ -59,18 +57,18 @@ private:
             }
             if (count < 0) {
                 if (errno != EINTR) {
-                    FailOnStdin();
+                    Fail("read");
                 }
                 continue;
             }
-            if (write(descriptor_, buffer.data(), static_cast<std::size_t>(count)) != count) {
-                FailOnStdin();
+            if (write(file_.Get(), buffer.data(), static_cast<std::size_t>(count)) != count) {
+                Fail("copy");
             }
             total += static_cast<std::size_t>(count);
         }
     }
 
-    int descriptor_;
+    desktop::FileDescriptor file_;
 };
 
 void LoadFrom(const std::string& path, Constants& constants)
@@ -83,6 +81,7 @@ void LoadFrom(const std::string& path, Constants& constants)
     }
     bool loaded = false;
     try {
+        const PipeRelease release(path);
         loaded = CVQMDataConstants::Initialize(path);
     } catch (const std::exception& error) {
         constants.state = DocumentState::kUnreadable;

@@ -159,7 +159,7 @@ Contents ExamineContents(const _VQMPolicy& policy, const std::string& directory,
             file.announced = content.nSize;
             file.size = pipe.GetFileSize(file.path.c_str());
             ExamineFile(file);
-            contents.counting += file.Counts() ? 1 : 0;
+            contents.complete += file.SizeMatches() ? 1 : 0;
             contents.announcedBytes = AddUpTo(contents.announcedBytes, file.announced);
             contents.files.push_back(std::move(file));
             if (progress && (contents.files.size() % kProgressStep == 0 || contents.files.size() == total)) {

@@ -8,6 +8,7 @@
 
 #include "Diagnostics/Lint/Rejection.h"
 #include "Diagnostics/Readiness/FileKinds.h"
+#include "Diagnostics/Readiness/PipeRelease.h"
 #include "Diagnostics/Text/InputFile.h"
 
 namespace readiness {
@@ -48,6 +49,7 @@ DocumentFile WhyNotParsed(const std::string& path)
     }
     try {
         const InputFile file(path);
+        const PipeRelease release(path);
         return {DocumentState::kNotWellFormed,
                 "cannot be parsed: " +
                     lint::WhyRejected([&file](char* buffer, std::size_t size) { return file.Read(buffer, size); })};

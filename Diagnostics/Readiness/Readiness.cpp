@@ -3,6 +3,7 @@
 #include "Common/VQMSyncDemoMonitor.h"
 #include "Diagnostics/Readiness/Contents.h"
 #include "Diagnostics/Readiness/DocumentFile.h"
+#include "Diagnostics/Readiness/PipeRelease.h"
 
 namespace readiness {
 
@@ -33,11 +34,14 @@ Verdict RunContentCheck(Monitor& monitor, const std::string& schedulePath)
 {
     Verdict verdict;
     const DocumentFile file = Examine(schedulePath);
-    if (file.runsInto) {
+    if (file.wouldBlock) {
         verdict.problem = "the schedule '" + schedulePath + "' " + file.problem;
         return verdict;
     }
-    verdict.ran = monitor->Create();
+    {
+        const PipeRelease release(schedulePath);
+        verdict.ran = monitor->Create();
+    }
     if (!verdict.ran) {
         verdict.problem = "the schedule '" + schedulePath + "' " +
                           (file.problem.empty() ? "made the library's check fail; -v shows its log" : file.problem);
@@ -58,6 +62,7 @@ void ReadPolicy(Monitor& monitor, const Verdict& verdict, Schedule& schedule)
     const DocumentFile file = Examine(schedule.path);
     schedule.state = file.state;
     schedule.problem = file.problem;
+    const PipeRelease release(schedule.path);
     if (file.state == DocumentState::kLoaded && !monitor->ParseStoredSchedule(schedule.path, &schedule.policy)) {
         const DocumentFile fault = WhyNotParsed(schedule.path);
         schedule.state = fault.state;
@@ -67,7 +72,7 @@ void ReadPolicy(Monitor& monitor, const Verdict& verdict, Schedule& schedule)
 
 } // namespace
 
-Report Check(const std::string& constantsPath, const lint::Day& today, const Progress& progress)
+Report Check(const std::string& constantsPath, const schedule::Day& today, const Progress& progress)
 {
     Report report{LoadConstants(constantsPath)};
     Monitor monitor;

@@ -67,14 +67,14 @@ struct ContentFile {
     std::string problem{}; ///< why it could not be examined or read
 
     /// How the library decides: the sizes are equal. An absent file measures 0.
-    bool Counts() const { return size == announced; }
+    bool SizeMatches() const { return size == announced; }
 };
 
 struct Contents {
     std::string directory; ///< with "/" at its end
     bool directoryPresent = false;
     std::vector<ContentFile> files{};     ///< an entry for each item, in the document's order
-    std::size_t counting = 0;             ///< how many of them the library takes
+    std::size_t complete = 0;             ///< how many of them the library takes
     uVQMINT64 announcedBytes = 0;         ///< of all items; the largest number when they add up to more
     uVQMINT64 missingBytes = 0;           ///< to be copied still; a file that several items name counts once
     std::optional<uVQMINT64> freeBytes{}; ///< of the disk the directory is, or would be, on; null when not known
@@ -107,5 +107,5 @@ Constants LoadConstants(const std::string& path);
 
 /// Runs the library's content check afresh, with the constants that are loaded, and examines
 /// everything that it looks at.
-Report Check(const std::string& constantsPath, const lint::Day& today, const Progress& progress = nullptr);
+Report Check(const std::string& constantsPath, const schedule::Day& today, const Progress& progress = nullptr);
 } // namespace readiness

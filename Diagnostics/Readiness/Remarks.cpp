@@ -6,8 +6,8 @@
 #include <system_error>
 #include <utility>
 
-#include "Diagnostics/Readiness/Words.h"
 #include "Diagnostics/Text/Suggestions.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace readiness {
 
@@ -40,7 +40,7 @@ private:
     void ExplainTotals();
     void ExplainContents();
     void ExplainFile(const ContentFile& file);
-    void ExplainFileThatCounts(const ContentFile& file);
+    void ExplainMatchingFile(const ContentFile& file);
     void ExplainChange();
 
     const Report& report_;
@@ -190,8 +190,8 @@ void Explanation::ExplainTotals()
     // 0 is also what a document without the number gives.
     if (policy.nItemCount != 0 && policy.nItemCount != items) {
         AddNote("item-count",
-                "item_count is " + std::to_string(policy.nItemCount) + ", but there are " + std::to_string(items) +
-                    " items; the check goes by the items",
+                "item_count is " + std::to_string(policy.nItemCount) + ", but there " + (items == 1 ? "is " : "are ") +
+                    Counted(contents.files.size(), "item") + "; the check goes by the items",
                 report_.schedule.path);
     }
     if (policy.nTotalSize != 0 && policy.nTotalSize != contents.announcedBytes) {
@@ -211,7 +211,7 @@ void Explanation::ExplainContents()
     }
     std::set<std::pair<std::string, uVQMINT64>> told; // a file may belong to several items
     for (const ContentFile& file : contents.files) {
-        if (!file.Counts() || !file.readable) {
+        if (!file.SizeMatches() || !file.readable) {
             if (told.emplace(file.name, file.announced).second) {
                 ExplainFile(file);
             }
@@ -227,8 +227,8 @@ void Explanation::ExplainContents()
 
 void Explanation::ExplainFile(const ContentFile& file)
 {
-    if (file.Counts()) {
-        ExplainFileThatCounts(file);
+    if (file.SizeMatches()) {
+        ExplainMatchingFile(file);
         return;
     }
     const std::string name = Quoted(file.name);
@@ -257,7 +257,7 @@ void Explanation::ExplainFile(const ContentFile& file)
     }
 }
 
-void Explanation::ExplainFileThatCounts(const ContentFile& file)
+void Explanation::ExplainMatchingFile(const ContentFile& file)
 {
     const std::string name = Quoted(file.name);
     switch (file.kind) {
@@ -283,7 +283,7 @@ void Explanation::ExplainChange()
 {
     const Verdict& verdict = report_.verdict;
     const bool parsed = report_.schedule.state == DocumentState::kLoaded;
-    const bool complete = report_.contents.counting == report_.contents.files.size();
+    const bool complete = report_.contents.complete == report_.contents.files.size();
     if (verdict.ran && (verdict.haveSchedule != parsed || (parsed && verdict.haveContents != complete))) {
         AddNote("changed-meanwhile", "files changed while they were looked at: check again", report_.schedule.path);
     }

@@ -1,8 +1,8 @@
 #include "Diagnostics/Readiness/Render.h"
 
 #include "Diagnostics/Readiness/Remarks.h"
-#include "Diagnostics/Readiness/Words.h"
 #include "Diagnostics/Text/TerminalText.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace readiness {
 
@@ -42,7 +42,7 @@ std::string MediaLine(const Contents& contents)
 {
     std::string line = "media:     " + contents.directory + " (";
     if (!contents.files.empty()) {
-        line += std::to_string(contents.counting) + " of " + Counted(contents.files.size(), "item") + " complete, " +
+        line += std::to_string(contents.complete) + " of " + Counted(contents.files.size(), "item") + " complete, " +
                 BytesText(contents.missingBytes) + " to copy, ";
     }
     return line + (contents.freeBytes ? BytesText(*contents.freeBytes) + " free)" : "free space not known)");
@@ -51,11 +51,11 @@ std::string MediaLine(const Contents& contents)
 /// The first of several, where the TV gave up.
 std::string StoppedAt(const Contents& contents)
 {
-    if (contents.files.size() - contents.counting < 2) {
+    if (contents.files.size() - contents.complete < 2) {
         return "";
     }
     for (const ContentFile& file : contents.files) {
-        if (!file.Counts()) {
+        if (!file.SizeMatches()) {
             return "; the TV looks no further than " + Quoted(file.name);
         }
     }
@@ -73,7 +73,7 @@ std::string VerdictText(const Report& report)
         return "not ready: no schedule that can be read";
     }
     const std::string items = contents.files.empty() ? "it names no file"
-                                                     : std::to_string(contents.counting) + " of " +
+                                                     : std::to_string(contents.complete) + " of " +
                                                            Counted(contents.files.size(), "item") + " complete";
     return (verdict.Ready() ? "ready: schedule there, " : "not ready: schedule there, ") + items + StoppedAt(contents);
 }
@@ -91,8 +91,8 @@ std::string RenderHuman(const Report& report)
                        EscapedForTerminal(ScheduleLine(report)) + "\n" +
                        EscapedForTerminal(MediaLine(report.contents)) + "\n";
     for (const Remark& remark : Explain(report)) {
-        text +=
-            (remark.decides ? "problem: " : "note: ") + EscapedForTerminal(remark.message) + " [" + remark.rule + "]\n";
+        text += (remark.blocking ? "problem: " : "note: ") + EscapedForTerminal(remark.message) + " [" + remark.rule +
+                "]\n";
     }
     return text + VerdictLine(report) + "\n";
 }

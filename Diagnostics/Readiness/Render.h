@@ -3,15 +3,16 @@
 #include <string>
 
 #include "Diagnostics/Readiness/Readiness.h"
-#include "Diagnostics/Text/Json.h"
+#include "Diagnostics/Text/JsonWriter.h"
 
 namespace readiness {
 
 /// A line for each remark, what was looked at, and the verdict. Fit for a terminal.
 std::string RenderHuman(const Report& report);
 
-/// One document of Docs/schemas/check.schema.json, on one line or indented.
-std::string RenderJson(const Report& report, bool oneLine);
+/// Writes one document of Docs/schemas/check.schema.json, on one line or indented. Returns false when
+/// `sink` did: nobody reads any more.
+bool WriteJson(const Report& report, bool oneLine, const JsonWriter::Sink& sink);
 
 /// One document of Docs/schemas/constants.schema.json.
 std::string RenderJson(const Constants& constants);

@@ -56,35 +56,37 @@ Json ScheduleJson(const Report& report)
 
 Json FileJson(const ContentFile& file)
 {
-    return {{"period", file.period + 1}, {"name", Utf8(file.name)},     {"path", Utf8(file.path)},
-            {"kind", NameOf(file.kind)}, {"announced", file.announced}, {"size", file.size},
-            {"counts", file.Counts()},   {"readable", file.readable},   {"problem", TextOrNull(file.problem)}};
+    return {{"period", file.period + 1},          {"name", Utf8(file.name)},     {"path", Utf8(file.path)},
+            {"kind", NameOf(file.kind)},          {"announced", file.announced}, {"size", file.size},
+            {"size_matches", file.SizeMatches()}, {"readable", file.readable},   {"problem", TextOrNull(file.problem)}};
 }
 
-Json ContentsJson(const Contents& contents)
+void WriteContents(const Contents& contents, JsonWriter& json)
 {
-    Json json = {{"directory", Utf8(contents.directory)},
-                 {"directory_present", contents.directoryPresent},
-                 {"complete", contents.counting},
-                 {"bytes_to_copy", contents.missingBytes},
-                 {"bytes_free", contents.freeBytes ? Json(*contents.freeBytes) : Json()},
-                 {"files", Json::array()}};
+    json.BeginObject("contents");
+    json.Member("directory", Utf8(contents.directory));
+    json.Member("directory_present", contents.directoryPresent);
+    json.Member("complete", contents.complete);
+    json.Member("bytes_to_copy", contents.missingBytes);
+    json.Member("bytes_free", contents.freeBytes ? Json(*contents.freeBytes) : Json());
+    json.BeginArray("files");
     for (const ContentFile& file : contents.files) {
-        json["files"].push_back(FileJson(file));
+        json.Element(FileJson(file));
     }
-    return json;
+    json.End();
+    json.End();
 }
 
-Json RemarksJson(const std::vector<Remark>& remarks)
+void WriteRemarks(const std::vector<Remark>& remarks, JsonWriter& json)
 {
-    Json json = Json::array();
+    json.BeginArray("remarks");
     for (const Remark& remark : remarks) {
-        json.push_back({{"rule", remark.rule},
-                        {"decides", remark.decides},
-                        {"message", Utf8(remark.message)},
-                        {"path", Utf8(remark.path)}});
+        json.Element({{"rule", remark.rule},
+                      {"blocking", remark.blocking},
+                      {"message", Utf8(remark.message)},
+                      {"path", Utf8(remark.path)}});
     }
-    return json;
+    json.End();
 }
 
 } // namespace
@@ -113,14 +115,15 @@ Json ConstantsJson(const Constants& constants)
             {"schedule_file", file != nullptr ? Json(Utf8(*file)) : Json()}};
 }
 
-std::string RenderJson(const Report& report, bool oneLine)
+bool WriteJson(const Report& report, bool oneLine, const JsonWriter::Sink& sink)
 {
-    const Json json = {{"verdict", VerdictJson(report.verdict)},
-                       {"constants", ConstantsJson(report.constants)},
-                       {"schedule", ScheduleJson(report)},
-                       {"contents", ContentsJson(report.contents)},
-                       {"remarks", RemarksJson(Explain(report))}};
-    return oneLine ? RenderJsonLine(json) : RenderJsonDocument(json);
+    JsonWriter json(sink, oneLine);
+    json.Member("verdict", VerdictJson(report.verdict));
+    json.Member("constants", ConstantsJson(report.constants));
+    json.Member("schedule", ScheduleJson(report));
+    WriteContents(report.contents, json);
+    WriteRemarks(Explain(report), json);
+    return json.Finish();
 }
 
 std::string RenderJson(const Constants& constants)

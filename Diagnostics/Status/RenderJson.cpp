@@ -13,7 +13,7 @@ Json SettingJson(const SettingStatus& setting)
     return {{"enabled", setting.enabled},
             {"file", TextOrNull(setting.file)},
             {"stored", setting.stored ? Json(Utf8(*setting.stored)) : Json(nullptr)},
-            {"as_meant", !IsStrange(setting)},
+            {"valid", !IsStrange(setting)},
             {"problem", TextOrNull(setting.problem)}};
 }
 
@@ -82,7 +82,7 @@ Json ContentsJson(const readiness::Report& content)
     Json json = {{"directory", Utf8(content.contents.directory)}, {"have_all", content.verdict.haveContents}};
     if (content.schedule.state == readiness::DocumentState::kLoaded) {
         json["total"] = content.contents.files.size();
-        json["complete"] = content.contents.counting;
+        json["complete"] = content.contents.complete;
     }
     return json;
 }

@@ -48,7 +48,7 @@ void AddContent(const readiness::Report& content, Reasons& reasons)
     std::size_t files = 0;
     std::size_t place = 0;
     for (const readiness::Remark& remark : Explain(content)) {
-        if (!remark.decides || (IsAboutAFile(remark) && files++ > 0)) {
+        if (!remark.blocking || (IsAboutAFile(remark) && files++ > 0)) {
             continue;
         }
         reasons.push_back({remark.rule, remark.message});

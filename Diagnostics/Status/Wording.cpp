@@ -3,14 +3,11 @@
 #include <algorithm>
 
 #include "Diagnostics/Programme/ProgrammeText.h"
-#include "Diagnostics/Readiness/Words.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace status {
 
 namespace {
-
-using readiness::Counted;
-using readiness::Quoted;
 
 constexpr std::size_t kLongestValue = 40;
 constexpr std::size_t kFilesShown = 5;
@@ -148,7 +145,7 @@ std::string ScheduleText(const Report& report)
 
 std::string ContentsText(const readiness::Contents& contents)
 {
-    return std::to_string(contents.counting) + " of " + Counted(contents.files.size(), "content") + " there";
+    return std::to_string(contents.complete) + " of " + Counted(contents.files.size(), "content") + " there";
 }
 
 std::string ClockText(const Report& report)

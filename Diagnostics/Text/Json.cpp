@@ -6,12 +6,9 @@
 
 namespace {
 
-constexpr int kSchemaVersion = 1;
-constexpr int kIndent = 2;
-
 Json WithVersion(const Json& content)
 {
-    Json document = {{"schema_version", kSchemaVersion}};
+    Json document = {{"schema_version", kJsonSchemaVersion}};
     document.update(content);
     return document;
 }
@@ -31,7 +28,7 @@ Json TextOrNull(const std::string& text)
 
 std::string RenderJsonDocument(const Json& content)
 {
-    return WithVersion(content).dump(kIndent, ' ', true) + "\n";
+    return WithVersion(content).dump(kJsonIndent, ' ', true) + "\n";
 }
 
 std::string RenderJsonLine(const Json& content)

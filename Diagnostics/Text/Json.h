@@ -7,6 +7,9 @@
 /// What the commands print with --json. Members keep their order.
 using Json = nlohmann::ordered_json;
 
+constexpr int kJsonSchemaVersion = 1;
+constexpr int kJsonIndent = 2;
+
 /// Any text as one that JSON can hold: if it is no UTF-8, its odd bytes become "\xNN".
 std::string Utf8(const std::string& text);
 

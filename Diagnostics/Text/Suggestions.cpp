@@ -5,6 +5,9 @@
 
 namespace {
 
+/// Longer words are not slips of the hand, and comparing them costs the product of their lengths.
+constexpr std::size_t kLongestWord = 64;
+
 bool SameLetter(char left, char right)
 {
     return std::tolower(static_cast<unsigned char>(left)) == std::tolower(static_cast<unsigned char>(right));
@@ -42,9 +45,17 @@ std::vector<std::string> Suggest(std::string_view word, const std::vector<std::s
         std::size_t distance;
         const std::string* candidate;
     };
+    if (word.size() > kLongestWord) {
+        return {};
+    }
     const std::size_t tolerance = std::max<std::size_t>(1, word.size() / 3);
     std::vector<Scored> scored;
     for (const std::string& candidate : candidates) {
+        // Each character more or less is an edit.
+        const std::size_t longer = std::max(word.size(), candidate.size());
+        if (longer - std::min(word.size(), candidate.size()) > tolerance) {
+            continue;
+        }
         const std::size_t distance = EditDistance(word, candidate);
         if (distance <= tolerance) {
             scored.push_back({distance, &candidate});

@@ -9,6 +9,14 @@ namespace {
 
 constexpr std::size_t kGap = 2;
 
+/// A wider cell stands out of its column: else one long text would be paid for in each line.
+constexpr std::size_t kWidestColumn = 80;
+
+std::size_t WidthInColumn(const std::string& cell)
+{
+    return std::min(WidthOnTerminal(cell), kWidestColumn);
+}
+
 } // namespace
 
 Table::Table(std::vector<Align> columns) : columns_(std::move(columns)) {}
@@ -29,14 +37,14 @@ std::string Table::Text(std::size_t indent) const
     std::vector<std::size_t> widths(columns_.size());
     for (const std::vector<std::string>& line : lines_) {
         for (std::size_t column = 0; column < line.size(); ++column) {
-            widths[column] = std::max(widths[column], WidthOnTerminal(line[column]));
+            widths[column] = std::max(widths[column], WidthInColumn(line[column]));
         }
     }
     std::string text;
     for (const std::vector<std::string>& line : lines_) {
         std::string blanks(indent, ' ');
         for (std::size_t column = 0; column < line.size(); ++column) {
-            const std::string padding(widths[column] - WidthOnTerminal(line[column]), ' ');
+            const std::string padding(widths[column] - WidthInColumn(line[column]), ' ');
             const bool right = columns_[column] == Align::kRight;
             blanks += right ? padding : "";
             if (!line[column].empty()) {

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-/// Lines of cells in columns as wide as their widest cell, two blanks between them.
+/// Lines of cells in columns as wide as their widest cell, up to 80 characters, two blanks between them.
 ///
 /// What is added is escaped for a terminal. No line ends in blanks.
 class Table {

@@ -2,6 +2,7 @@
 
 import os
 import re
+import shutil
 import subprocess
 from pathlib import Path
 
@@ -143,6 +144,36 @@ def test_a_reader_that_has_gone_leaves_no_trace(constants, command):
         os.close(write)
         assert result.returncode == code
         assert result.stderr.count(b"\n") == code
+
+
+def test_a_pipe_that_takes_the_files_place_is_not_waited_for(constants):
+    """Another process swaps the two all the time, so that some reads open the pipe after they looked at the file."""
+    good, pipe, place = (constants.folder / name for name in ("good.xml", "pipe", "place.xml"))
+    os.mkfifo(pipe)
+    shutil.copy(good, place)
+    swap = f"while :; do ln -f '{pipe}' next; mv -f next '{place}'; ln -f '{good}' next; mv -f next '{place}'; done"
+    swapper = subprocess.Popen(["sh", "-c", swap], cwd=constants.folder, stderr=subprocess.DEVNULL)
+    try:
+        codes = {constants("list", "--file", place).returncode for _ in range(100)}
+    finally:
+        swapper.kill()
+        swapper.wait()
+    assert codes <= {0, 1, 3}
+
+
+def test_a_long_key_among_many_long_ones_is_only_said_to_be_missing(constants):
+    entries = "".join(f'<Data key="{number:0300}" value=""/>' for number in range(50000))
+    (constants.folder / "many.xml").write_text(f"<c>{entries}</c>")
+    result = constants("get", 300 * "k", "--file", "many.xml")
+    assert (result.returncode, result.stdout) == (1, b"")
+    assert result.stderr.decode() == f"vqmctl: the constants file 'many.xml' has no constant '{300 * 'k'}'\n"
+
+
+def test_stdin_that_cannot_be_kept_is_not_called_unreadable(constants):
+    result = subprocess.run(
+        ["sh", "-c", 'ulimit -f 0; trap "" XFSZ; exec "$0" constants list --file -', BUILD / "bin/vqmctl"],
+        input=GOOD.encode(), capture_output=True, timeout=60)
+    assert (result.returncode, result.stderr) == (3, b"vqmctl: cannot copy stdin: File too large\n")
 
 
 def test_a_full_disk_is_told(constants):

@@ -125,7 +125,7 @@ def test_show_as_json(tool):
     tool.write(DOCUMENT)
     shown = tool.json("show", "schedule.xml")
     assert shown["project"] == {"id": 2**64 - 1, "version": "1.2", "item_count": 3, "total_size": 3145728}
-    assert shown["expiration"] == {"status": "to-come", "date": "2099-12-31"}
+    assert shown["expiration"] == {"status": "valid", "date": "2099-12-31"}
     assert shown["player"] == {
         "is_master": True, "players": 2, "master_address": "192.168.0.10", "ip_type": 0, "address": "192.168.0.11",
         "subnet_mask": "255.255.255.0", "gateway": "192.168.0.1", "network_type": -1, "wireless_group": "group1",
@@ -389,3 +389,14 @@ def test_a_closed_stdin_is_told(tool, command):
     result = subprocess.run(["sh", "-c", 'exec "$0" schedule "$1" - <&-', VQMCTL, command], env=tool.environment,
                             capture_output=True, timeout=2 * PATIENCE)
     assert outcome(result) == (3, "", "vqmctl: cannot read '<stdin>': Bad file descriptor\n")
+
+
+def test_a_long_text_is_paid_for_once(tmp_path):
+    items = "".join(f"<item id='{number}' order='1'><name>n</name><size>1</size><format>mp4</format></item>"
+                    for number in range(2000))
+    long_item = f"<item id='{1000000 * 'x'}' order='1'><name>n</name><size>1</size><format>mp4</format></item>"
+    document = f"<rsp state='ok'><schedule start_time='09:00:00' end_time='10:00:00'>{items}{long_item}</schedule></rsp>"
+    (tmp_path / "long.xml").write_text(document)
+    result = subprocess.run([VQMCTL, "schedule", "show", "long.xml"], cwd=tmp_path, capture_output=True, timeout=60)
+    assert (result.returncode, result.stderr) == (0, b"")
+    assert len(result.stdout) < 2000000

@@ -77,7 +77,7 @@ def test_a_set_in_order(running):
     document = status(running)
     assert document["verdict"] == {"ready": True, "reasons": []}
     assert document["setting"] == {
-        "enabled": True, "file": str(running.settings / SETTING_KEY), "stored": "1", "as_meant": True, "problem": None}
+        "enabled": True, "file": str(running.settings / SETTING_KEY), "stored": "1", "valid": True, "problem": None}
     application = document["application"]
     assert (application["state"], application["display"], application["pid"]) == (
         "running", running.display_name, running.application.pid)
@@ -208,6 +208,14 @@ def test_a_display_that_never_answers_is_given_up(running):
         document = status(running, DISPLAY=display)
     assert document["application"] == {"id": APP_ID, "state": "display-silent", "display": display, "problem": None}
     assert reasons(document) == ["application-unknown"]
+
+
+def test_a_parent_that_ignores_its_children_changes_nothing(running):
+    with socket.create_server(("127.0.0.1", 0)) as server:
+        display = f"127.0.0.1:{server.getsockname()[1] - 6000}"
+        document = status(running, DISPLAY=display, prepare="trap '' CHLD")
+    assert document["application"]["state"] == "display-silent"
+    assert status(running, prepare="trap '' CHLD")["application"]["state"] == "running"
 
 
 def test_a_display_without_the_application(desktop):

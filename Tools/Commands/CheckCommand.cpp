@@ -45,7 +45,7 @@ ExitCode CodeOf(const readiness::Verdict& verdict)
 ExitCode CheckOnce(const Arguments& arguments)
 {
     const readiness::Report report = Check(arguments);
-    static_cast<void>(Print(arguments.json ? RenderJson(report, false) : RenderHuman(report)));
+    static_cast<void>(arguments.json ? WriteJson(report, false, Print) : Print(RenderHuman(report)));
     return CodeOf(report.verdict);
 }
 
@@ -58,7 +58,7 @@ ExitCode CheckAgainAndAgain(const Arguments& arguments)
     ReadinessWatch watch([&arguments] { return Check(arguments); },
                          [&](const readiness::Report& report) {
                              if (arguments.json) {
-                                 return Print(RenderJson(report, true));
+                                 return WriteJson(report, true, Print);
                              }
                              const std::string separator = first ? "" : "\n";
                              first = false;

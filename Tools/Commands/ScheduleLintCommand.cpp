@@ -1,13 +1,14 @@
-#include <ctime>
 #include <memory>
 #include <string>
 #include <system_error>
 #include <vector>
 
+#include "Diagnostics/Calendar/Clock.h"
 #include "Diagnostics/Lint/Lint.h"
 #include "Diagnostics/Lint/Render.h"
 #include "Diagnostics/Text/InputFile.h"
 #include "Diagnostics/Text/Suggestions.h"
+#include "Diagnostics/Text/Words.h"
 #include "Tools/CommandError.h"
 #include "Tools/Commands/ScheduleCommands.h"
 #include "Tools/Terminal/Terminal.h"
@@ -35,20 +36,12 @@ struct Arguments {
     throw CommandError(ExitCode::kUsage, text);
 }
 
-lint::Day Today()
-{
-    const std::time_t now = std::time(nullptr);
-    std::tm local = {};
-    localtime_r(&now, &local);
-    return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday};
-}
-
 lint::Options OptionsFrom(const Arguments& arguments)
 {
     lint::Options options;
-    options.today = Today();
+    options.today = schedule::ReadClock().now.day;
     if (!arguments.day.empty()) {
-        const std::optional<lint::Day> day = lint::ParseDay(arguments.day);
+        const std::optional<schedule::Day> day = schedule::ParseDay(arguments.day);
         if (!day) {
             throw CommandError(ExitCode::kUsage, "--at '" + arguments.day + "' is no day; expected year-month-day");
         }
@@ -75,11 +68,6 @@ lint::FileResult LintFile(const std::string& name, const lint::Options& options)
         result.error = error.code().message();
     }
     return result;
-}
-
-std::string Counted(std::uint64_t number, const std::string& what)
-{
-    return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
 }
 
 /// Prints as long as somebody reads.

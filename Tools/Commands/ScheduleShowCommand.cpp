@@ -26,7 +26,7 @@ std::size_t CountItems(const _VQMPolicy& policy)
 }
 
 /// Everything but the periods, under the names that the document has for it.
-std::string FieldsText(const _VQMPolicy& policy, const lint::Day& today)
+std::string FieldsText(const _VQMPolicy& policy, const schedule::Day& today)
 {
     Table table({Table::Align::kLeft});
     table.Add({"state", policy.bError ? "not ok" : "ok"});
@@ -66,7 +66,7 @@ std::string PeriodText(const _VQMSchdule& period, std::size_t number)
     return text + table.Text(4);
 }
 
-void PrintText(const PolicyFile& file, const lint::Day& today)
+void PrintText(const PolicyFile& file, const schedule::Day& today)
 {
     bool isRead = Print(FieldsText(file.policy, today));
     if (file.policy.listSchedule.empty()) {
@@ -94,7 +94,7 @@ Json PeriodJson(const _VQMSchdule& period, std::size_t number)
     return json;
 }
 
-Json DocumentJson(const PolicyFile& file, const lint::Day& today)
+Json DocumentJson(const PolicyFile& file, const schedule::Day& today)
 {
     const _VQMPolicy& policy = file.policy;
     Json json = {{"file", Utf8(file.name)},
@@ -129,7 +129,7 @@ Json DocumentJson(const PolicyFile& file, const lint::Day& today)
 ExitCode Show(const Arguments& arguments)
 {
     const PolicyFile file = schedule::ReadPolicyFile(arguments.file);
-    const lint::Day today = schedule::ReadClock().now.day;
+    const schedule::Day today = schedule::ReadClock().now.day;
     if (arguments.json) {
         static_cast<void>(Print(RenderJsonDocument(DocumentJson(file, today))));
         return ExitCode::kOk;

@@ -7,6 +7,7 @@
 #include <X11/Xlib.h>
 
 #include "Diagnostics/Text/Suggestions.h"
+#include "Diagnostics/Text/Words.h"
 #include "Tools/CommandError.h"
 
 namespace {
@@ -66,13 +67,14 @@ std::vector<std::string> NamesMeantBy(const std::string& name)
 
 KeySym KeySymNamed(const std::string& name)
 {
+    // A number such as "0x12345" is taken for a keysym, whether there is such a key or not.
     const KeySym symbol = XStringToKeysym(name.c_str());
-    if (symbol != NoSymbol) {
+    if (symbol != NoSymbol && XKeysymToString(symbol) != nullptr) {
         return symbol;
     }
     const std::vector<std::string> meant = NamesMeantBy(name);
     throw CommandError(ExitCode::kUsage,
-                       "unknown key '" + name + "'; " +
+                       "unknown key " + QuotedShort(name) + "; " +
                            (meant.empty() ? "expected a keysym name such as XF86SimpleMenu, XF86More or Left"
                                           : "did you mean " + JoinWithOr(meant) + "?"));
 }

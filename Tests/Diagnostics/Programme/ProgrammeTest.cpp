@@ -16,7 +16,7 @@ namespace schedule {
 
 namespace {
 
-constexpr lint::Day kToday = {2026, 11, 21};
+constexpr Day kToday = {2026, 11, 21};
 
 _VQMPolicy Read(const std::string& document)
 {
@@ -238,11 +238,11 @@ TEST(Programme, ADocumentIsOkWhenItSaysSo)
 TEST(Programme, AScheduleExpiresAfterItsLastDay)
 {
     const std::pair<const char*, Expiry> cases[] = {
-        {"2026-11-20", Expiry::kExpired},    {"2026-11-21", Expiry::kToCome},  {"2026-11-22", Expiry::kToCome},
-        {"2026-10-31", Expiry::kExpired},    {"2026-12-01", Expiry::kToCome},  {"2025-12-31", Expiry::kExpired},
-        {"2027-01-01", Expiry::kToCome},     {"2026/11/20", Expiry::kExpired}, {"", Expiry::kNone},
+        {"2026-11-20", Expiry::kExpired},    {"2026-11-21", Expiry::kValid},  {"2026-11-22", Expiry::kValid},
+        {"2026-10-31", Expiry::kExpired},    {"2026-12-01", Expiry::kValid},  {"2025-12-31", Expiry::kExpired},
+        {"2027-01-01", Expiry::kValid},     {"2026/11/20", Expiry::kExpired}, {"", Expiry::kNone},
         {"2026-1-1", Expiry::kNone},         {"0000-00-00", Expiry::kNone},    {"2026-02-29", Expiry::kImpossible},
-        {"20161231  ", Expiry::kImpossible}, {"2028-02-29", Expiry::kToCome},
+        {"20161231  ", Expiry::kImpossible}, {"2028-02-29", Expiry::kValid},
     };
     for (const auto& [date, expiry] : cases) {
         const _VQMPolicy policy = Read("<rsp state='ok'><project expiration='" + std::string(date) + "'/></rsp>");

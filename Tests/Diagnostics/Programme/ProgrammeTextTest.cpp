@@ -13,7 +13,7 @@ namespace schedule {
 
 namespace {
 
-constexpr lint::Day kToday = {2026, 11, 21};
+constexpr Day kToday = {2026, 11, 21};
 
 _VQMTime Time(int hour, int minute = 0, int second = 0)
 {

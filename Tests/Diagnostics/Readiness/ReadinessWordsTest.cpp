@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "Diagnostics/Readiness/Remarks.h"
-#include "Diagnostics/Readiness/Words.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace {
 
@@ -12,16 +12,16 @@ TEST(ReadinessWords, BytesAreExactUpToAThousandAndRoundedBeyond)
         {999949, "999.9 kB"}, {999950, "1.0 MB"}, {1073740800, "1.1 GB"}, {18446744073709551615U, "18.4 EB"},
     };
     for (const auto& [bytes, text] : kCases) {
-        EXPECT_EQ(readiness::BytesText(bytes), text) << bytes;
+        EXPECT_EQ(BytesText(bytes), text) << bytes;
     }
 }
 
 TEST(ReadinessWords, NamesAreListedAsInASentence)
 {
-    EXPECT_EQ(readiness::QuotedList({}), "");
-    EXPECT_EQ(readiness::QuotedList({"a"}), "'a'");
-    EXPECT_EQ(readiness::QuotedList({"a", "b"}), "'a' and 'b'");
-    EXPECT_EQ(readiness::QuotedList({"a", "b", "c"}), "'a', 'b' and 'c'");
+    EXPECT_EQ(QuotedList({}), "");
+    EXPECT_EQ(QuotedList({"a"}), "'a'");
+    EXPECT_EQ(QuotedList({"a", "b"}), "'a' and 'b'");
+    EXPECT_EQ(QuotedList({"a", "b", "c"}), "'a', 'b' and 'c'");
 }
 
 TEST(ReadinessRemarks, WhatChangedAfterTheCheckIsNoReasonForItsVerdict)
@@ -43,7 +43,7 @@ TEST(ReadinessRemarks, WhatChangedAfterTheCheckIsNoReasonForItsVerdict)
     const auto remarks = [&report] {
         std::vector<std::pair<std::string, bool>> told;
         for (const readiness::Remark& remark : readiness::Explain(report)) {
-            told.emplace_back(remark.rule, remark.decides);
+            told.emplace_back(remark.rule, remark.blocking);
         }
         return told;
     };
@@ -52,7 +52,7 @@ TEST(ReadinessRemarks, WhatChangedAfterTheCheckIsNoReasonForItsVerdict)
     EXPECT_THAT(remarks(), ElementsAre(Pair("file-missing", false), Pair("changed-meanwhile", false)));
     report.verdict.haveContents = false;
     EXPECT_THAT(remarks(), ElementsAre(Pair("file-missing", true)));
-    report.contents.counting = 1;
+    report.contents.complete = 1;
     report.contents.files.front().size = 5;
     report.contents.files.front().readable = true;
     EXPECT_THAT(remarks(), ElementsAre(Pair("changed-meanwhile", false)));

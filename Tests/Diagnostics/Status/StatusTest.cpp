@@ -71,7 +71,7 @@ readiness::Report GoodContent()
     content.contents.directory = "/media/";
     content.contents.directoryPresent = true;
     content.contents.files = {File("day.mp4", 5), File("evening.mp4", 5)};
-    content.contents.counting = 2;
+    content.contents.complete = 2;
     return content;
 }
 
@@ -121,7 +121,7 @@ void LoseContents(Report& report, std::size_t files)
     for (std::size_t file = 0; file < files; ++file) {
         report.content.contents.files[file].size = 3;
     }
-    report.content.contents.counting -= files;
+    report.content.contents.complete -= files;
     report.content.verdict.haveContents = false;
 }
 
@@ -384,7 +384,7 @@ TEST(StatusJson, HoldsWhatTheScreenCutsAndNullForWhatIsNotKnown)
     report.setting.stored = "\xff" + std::string(100, 'x');
     const Json json = Json::parse(RenderJson(report, ReasonsAgainst(report)));
     EXPECT_EQ(json["setting"]["stored"], "\\xff" + std::string(100, 'x'));
-    EXPECT_EQ(json["setting"]["as_meant"], false);
+    EXPECT_EQ(json["setting"]["valid"], false);
     EXPECT_EQ(json["programme"]["plays"][0]["files"][0]["name"], "day.mp4");
     EXPECT_EQ(json["programme"]["plays_next"][0]["files"][0]["name"], "evening.mp4");
     EXPECT_EQ(json["verdict"]["ready"], true);

@@ -1,12 +1,15 @@
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "Diagnostics/Text/Json.h"
+#include "Diagnostics/Text/JsonWriter.h"
+#include "Diagnostics/Text/Suggestions.h"
 #include "Diagnostics/Text/Table.h"
 #include "Diagnostics/Text/TerminalText.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace {
 
@@ -35,6 +38,15 @@ TEST(Table, NoLineEndsInBlanks)
                              "\n"
                              "           last\n");
     EXPECT_EQ(Table({Align::kLeft}).Text(4), "");
+}
+
+TEST(Table, ALongCellCostsNothingInOtherLines)
+{
+    Table table({Align::kLeft});
+    const std::string longCell(100000, 'x');
+    table.Add({longCell, "1"});
+    table.Add({"a", "2"});
+    EXPECT_EQ(table.Text(), longCell + "  1\na" + std::string(81, ' ') + "2\n");
 }
 
 TEST(Table, WidthIsWhatATerminalShows)
@@ -93,6 +105,86 @@ TEST(Json, ADocumentIsAscii)
 {
     EXPECT_EQ(RenderJsonDocument({{"text", "\x1b[31m\u009b\u00e9\U0001f3a5"}}),
               "{\n  \"schema_version\": 1,\n  \"text\": \"\\u001b[31m\\u009b\\u00e9\\ud83c\\udfa5\"\n}\n");
+}
+
+TEST(JsonWriter, WritesWhatTheWholeDocumentWouldBe)
+{
+    const Json file = {{"name", "caf\u00e9\n"}, {"sizes", {1, 2}}, {"none", Json::array()}};
+    const Json whole = {
+        {"first", nullptr}, {"files", {file, file}}, {"empty", Json::array()}, {"part", {{"list", {1}}}}};
+    for (const bool oneLine : {false, true}) {
+        std::string text;
+        JsonWriter json([&text](std::string_view part) { return !(text += part).empty(); }, oneLine);
+        json.Member("first", nullptr);
+        json.BeginArray("files");
+        json.Element(file);
+        json.Element(file);
+        json.End();
+        json.BeginArray("empty");
+        json.End();
+        json.BeginObject("part");
+        json.BeginArray("list");
+        json.Element(1);
+        EXPECT_TRUE(json.Finish());
+        EXPECT_EQ(text, oneLine ? RenderJsonLine(whole) : RenderJsonDocument(whole));
+    }
+}
+
+TEST(JsonWriter, ALongListGoesOutInParts)
+{
+    std::size_t largest = 0;
+    std::size_t total = 0;
+    JsonWriter json(
+        [&](std::string_view part) {
+            largest = std::max(largest, part.size());
+            total += part.size();
+            return true;
+        },
+        false);
+    json.BeginArray("files");
+    for (int item = 0; item < 100000; ++item) {
+        json.Element({{"name", "some name"}});
+    }
+    EXPECT_TRUE(json.Finish());
+    EXPECT_GT(total, 3000000U);
+    EXPECT_LT(largest, 100000U);
+}
+
+TEST(JsonWriter, StopsWritingWhenNobodyReads)
+{
+    int parts = 0;
+    JsonWriter json([&](std::string_view) { return ++parts < 1; }, true);
+    json.BeginArray("files");
+    for (int item = 0; item < 100000; ++item) {
+        json.Element("some name");
+    }
+    EXPECT_FALSE(json.Finish());
+    EXPECT_EQ(parts, 1);
+}
+
+TEST(Suggestions, WordsTooLongForASlipAreNotCompared)
+{
+    const std::string word(64, 'a');
+    EXPECT_EQ(Suggest(word, {word + "b", "other"}), std::vector<std::string>{word + "b"});
+    EXPECT_EQ(Suggest(word + "b", {word + "b"}), std::vector<std::string>());
+}
+
+TEST(Suggestions, CandidatesOfAnotherLengthAreNotMeant)
+{
+    EXPECT_EQ(Suggest("file", {std::string(100000, 'f'), "files", "fil"}), (std::vector<std::string>{"files", "fil"}));
+}
+
+TEST(Words, ALongTextIsCutBetweenCharacters)
+{
+    EXPECT_EQ(QuotedShort(std::string(60, 'x')), "'" + std::string(60, 'x') + "'");
+    EXPECT_EQ(QuotedShort(std::string(59, 'x') + "\u00e9"), "'" + std::string(59, 'x') + "...'");
+    EXPECT_EQ(Quoted(std::string(61, 'x')), "'" + std::string(61, 'x') + "'");
+}
+
+TEST(Words, NumbersAndCounts)
+{
+    EXPECT_EQ(Counted(1, "item") + ", " + Counted(2, "item"), "1 item, 2 items");
+    EXPECT_EQ(TwoDigits(9) + TwoDigits(10) + TwoDigits(-1), "0910-1");
 }
 
 TEST(Json, AnyTextBecomesUtf8)

@@ -1,13 +1,34 @@
-#include "Diagnostics/Readiness/Words.h"
+#include "Diagnostics/Text/Words.h"
 
 #include <array>
 #include <cstdio>
 
-namespace readiness {
+namespace {
 
-std::string Quoted(const std::string& text)
+constexpr std::size_t kMaxQuoted = 60;
+
+bool IsContinuation(char byte)
 {
-    return "'" + text + "'";
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
+
+} // namespace
+
+std::string Quoted(std::string_view text)
+{
+    return "'" + std::string(text) + "'";
+}
+
+std::string QuotedShort(std::string_view text)
+{
+    if (text.size() <= kMaxQuoted) {
+        return Quoted(text);
+    }
+    std::size_t end = kMaxQuoted;
+    while (end > 0 && IsContinuation(text[end])) {
+        --end;
+    }
+    return "'" + std::string(text.substr(0, end)) + "...'";
 }
 
 std::string QuotedList(const std::vector<std::string>& texts)
@@ -22,12 +43,17 @@ std::string QuotedList(const std::vector<std::string>& texts)
     return list;
 }
 
-std::string Counted(uVQMINT64 number, const std::string& what)
+std::string Counted(std::uint64_t number, const std::string& what)
 {
     return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
 }
 
-std::string BytesText(uVQMINT64 bytes)
+std::string TwoDigits(long long number)
+{
+    return (number >= 0 && number < 10 ? "0" : "") + std::to_string(number);
+}
+
+std::string BytesText(std::uint64_t bytes)
 {
     constexpr std::array<const char*, 6> kUnits = {"kB", "MB", "GB", "TB", "PB", "EB"};
     constexpr double kStep = 1000.0;
@@ -45,5 +71,3 @@ std::string BytesText(uVQMINT64 bytes)
     std::snprintf(text.data(), text.size(), "%.1f %s", amount, kUnits[unit]);
     return text.data();
 }
-
-} // namespace readiness
