@@ -32,6 +32,14 @@ Work LintOnePeriod(std::size_t size);
 Work ParsePeriods(std::size_t size);
 Work ParseOnePeriod(std::size_t size);
 
+// One dimension of the input of `size`: attributes in a tag, bytes of a table's cell, of a name that
+// is misspelt, names that it may have been meant for, files of a report.
+Work LintAttributes(std::size_t size);
+Work ShowLongCell(std::size_t size);
+Work SuggestForLongName(std::size_t size);
+Work SuggestAmongMany(std::size_t size);
+Work RenderCheckAsJson(std::size_t size);
+
 // A file of `size` bytes into a buffer, in units as the product's reader uses.
 Work ReadWithProduct(std::size_t size);
 Work ReadWithSystemCalls(std::size_t size);
