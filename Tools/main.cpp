@@ -2,17 +2,19 @@
 
 #include "Tools/CommandLine.h"
 #include "Tools/Commands/Commands.h"
+#include "Tools/HandOver.h"
 
 int main(int argc, char** argv)
 {
     // A reader that goes away is noticed by the write that fails.
     std::signal(SIGPIPE, SIG_IGN);
 
+    const auto handOver = [argv](auto&&...) -> ExitCode { HandOver(argv); };
     CommandLine line;
     AddSettingCommands(line);
-    AddRemoteCommands(line);
+    AddRemoteCommands(line, {handOver, handOver});
     AddScheduleCommands(line);
-    AddStatusCommand(line);
+    AddStatusCommand(line, handOver);
     AddCheckCommand(line);
     AddConstantsCommands(line);
     return line.Run(argc, argv);

@@ -54,12 +54,12 @@ def test_a_ready_set_as_json(shop):
                       "schedule_file": "schedule.xml"},
         "schedule": {"directory": f"{RECH}/", "path": SCHEDULE, "state": "loaded", "problem": None, "periods": 2,
                      "items": 3, "item_count": 3, "bytes": 1075843072, "total_size": 1075843072, "state_is_ok": True,
-                     "expiration": "2030-12-31", "expiry": "to-come"},
+                     "expiration": "2030-12-31", "expiry": "valid"},
         "contents": {"directory": f"{MEDIA}/", "directory_present": True, "complete": 3, "bytes_to_copy": 0},
         "remarks": [],
     }
     assert files[2] == {"period": 2, "name": "evening.mp4", "path": f"{MEDIA}/evening.mp4", "kind": "file",
-                        "announced": 1073740800, "size": 1073740800, "counts": True, "readable": True,
+                        "announced": 1073740800, "size": 1073740800, "size_matches": True, "readable": True,
                         "problem": None}
     assert [file["name"] for file in files] == ["intro.mp4", "logo.jpg", "evening.mp4"]
 
@@ -219,7 +219,7 @@ def test_each_fault_is_explained_and_the_verdict_is_the_librarys(shop, tmp_path,
     assert result.stderr == b""
     assert shown.partition("media: ")[2].partition("\n")[2] == expected + 3 * f"code {code}\n"
     remarks = check_json((tmp_path / "json").read_bytes())["remarks"]
-    assert [(remark["rule"], remark["decides"]) for remark in remarks] == [
+    assert [(remark["rule"], remark["blocking"]) for remark in remarks] == [
         (line.rpartition("[")[2][:-1], line.startswith("problem"))
         for line in expected.splitlines() if line.endswith("]")]
 
@@ -387,9 +387,32 @@ def test_watch_ends_with_its_reader_and_tells_the_last_verdict(shop):
     watch.stdin.close()
 
 
-def test_watch_ends_on_ctrl_c(shop):
+@pytest.mark.parametrize("signal_name", ["SIGINT", "SIGTERM", "SIGQUIT", "SIGHUP"])
+def test_watch_ends_on_each_signal_that_ends_a_program(shop, signal_name):
     watch = shop.start("exec vqmctl check --watch --json")
     assert check_json(watch.stdout.readline())["verdict"]["ready"]
-    watch.send_signal(signal.SIGINT)
+    watch.send_signal(signal.Signals[signal_name])
     assert watch.wait(timeout=2 * PATIENCE) == 0
     assert watch.stderr.read() == ""
+
+
+def test_watch_needs_no_folder_that_can_be_written(shop):
+    watch = shop.start("unset XDG_RUNTIME_DIR; HOME=/proc/1 exec vqmctl check --watch --json")
+    assert check_json(watch.stdout.readline())["verdict"]["ready"]
+    watch.send_signal(signal.SIGTERM)
+    assert watch.wait(timeout=2 * PATIENCE) == 0
+    assert watch.stderr.read() == ""
+
+
+def test_watch_follows_a_directory_that_is_linked_elsewhere(shop):
+    watched = Watched(shop)
+    assert watched.remarks() == (True, [])
+    for change, expected in [
+        ("cp -r $media /opt/elsewhere; mv $media /opt/away; ln -s elsewhere /opt/shelf", (False, ["media-directory-missing"] + 3 * ["file-missing"])),
+        ("ln -s /opt/shelf ${media%/}", (True, [])),
+        ("rm /opt/elsewhere/logo.jpg", (False, ["file-missing"])),
+        ("ln -sfn away /opt/shelf", (True, [])),
+    ]:
+        watched.do(change)
+        assert watched.remarks() == expected
+    assert watched.end() == ""

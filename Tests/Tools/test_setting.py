@@ -1,6 +1,7 @@
 """vqmctl setting, and the manners of the command line."""
 
 import os
+import shutil
 import signal
 import subprocess
 
@@ -75,6 +76,88 @@ def test_watch_prints_the_state_and_each_change_until_interrupted(home):
     assert watch.returncode == 0
 
 
+def watching(home, command='exec "$0" setting watch', **environment):
+    """A shell that becomes `vqmctl setting watch`."""
+    process = subprocess.Popen(
+        ["sh", "-c", command, BUILD / "bin/vqmctl"], env={**home.environment, **environment}, text=True,
+        stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    home.running.append(process)
+    return process
+
+
+@pytest.mark.parametrize("signal_name", ["SIGINT", "SIGTERM", "SIGQUIT", "SIGHUP"])
+def test_watch_ends_on_each_signal_that_ends_a_program(home, signal_name):
+    watch = watching(home)
+    assert watch.stdout.readline() == "off\n"
+    watch.send_signal(signal.Signals[signal_name])
+    assert watch.communicate(timeout=60) == ("", "")
+    assert watch.returncode == 0
+
+
+def test_watch_outlives_the_terminal_where_that_is_wished(home):
+    watch = watching(home, 'trap "" HUP; exec "$0" setting watch')
+    assert watch.stdout.readline() == "off\n"
+    watch.send_signal(signal.SIGHUP)
+    home.store("1")
+    assert watch.stdout.readline() == "on\n"
+
+
+def test_watch_needs_no_folder_that_can_be_written(home):
+    watch = watching(home, 'unset XDG_CONFIG_HOME XDG_RUNTIME_DIR; exec "$0" setting watch', HOME="/proc/1")
+    assert watch.stdout.readline() == "off\n"
+    watch.send_signal(signal.SIGTERM)
+    assert watch.communicate(timeout=60) == ("", "")
+    assert watch.returncode == 0
+
+
+def test_watch_can_be_ended_when_it_may_open_few_files(home):
+    watch = watching(home, 'ulimit -n 8; exec "$0" setting watch')
+    assert watch.stdout.readline() == "off\n"
+    watch.send_signal(signal.SIGTERM)
+    assert watch.wait(timeout=60) == 0
+
+
+def test_watch_that_may_open_no_file_says_so(home):
+    watch = watching(home, 'ulimit -n 3; exec "$0" setting watch')
+    output, complaint = watch.communicate(timeout=60)
+    assert (output, watch.returncode) == ("", 3), complaint
+
+
+def test_watch_follows_a_settings_folder_that_is_replaced_or_linked_elsewhere(home):
+    config = home.folder / "config"
+    home.store("1")
+    watch = watching(home)
+    assert watch.stdout.readline() == "on\n"
+    config.rename(home.folder / "first")
+    assert watch.stdout.readline() == "off\n"
+    assert home.vqmctl("setting", "on").returncode == 0
+    assert watch.stdout.readline() == "on\n"
+    config.rename(home.folder / "second")
+    assert watch.stdout.readline() == "off\n"
+    config.symlink_to("second")
+    assert watch.stdout.readline() == "on\n"
+    (home.folder / "second").rename(home.folder / "third")
+    assert watch.stdout.readline() == "off\n"
+    (home.folder / "first").rename(home.folder / "second")
+    assert watch.stdout.readline() == "on\n"
+
+
+def test_watch_sees_a_value_in_a_file_that_stays_open_and_one_that_is_linked_into_place(home):
+    home.store("0")
+    watch = watching(home)
+    assert watch.stdout.readline() == "off\n"
+    with open(home.setting, "w") as kept:
+        kept.write("1")
+        kept.flush()
+        assert watch.stdout.readline() == "on\n"
+    home.setting.unlink()
+    assert watch.stdout.readline() == "off\n"
+    other = home.folder / "other"
+    other.write_text("1")
+    os.link(other, home.setting)
+    assert watch.stdout.readline() == "on\n"
+
+
 def test_watch_ends_quietly_when_its_reader_goes(home):
     watch = home.start("vqmctl", "setting", "watch", stdout=subprocess.PIPE, stderr=subprocess.PIPE)
     assert watch.stdout.readline() == "off\n"
@@ -130,6 +213,10 @@ def test_the_library_speaks_only_when_asked(home):
      "--hold is 'x'; expected a whole number from 0 to 60000"),
     (["remote", "press", "SimpleMenu"], "unknown key 'SimpleMenu'; did you mean XF86SimpleMenu?"),
     (["remote", "press", "XF86Moer"], "unknown key 'XF86Moer'; did you mean XF86More or XF86Xfer?"),
+    (["remote", "press", "0x12345"],
+     "unknown key '0x12345'; expected a keysym name such as XF86SimpleMenu, XF86More or Left"),
+    (["remote", "press", 130000 * "x"],
+     f"unknown key '{60 * 'x'}...'; expected a keysym name such as XF86SimpleMenu, XF86More or Left"),
     (["remote", "press", "blargh_x"],
      "unknown key 'blargh_x'; expected a keysym name such as XF86SimpleMenu, XF86More or Left"),
 ])
@@ -150,3 +237,14 @@ def test_help_and_version_go_to_stdout(home):
         result = home.vqmctl(*arguments)
         assert (result.returncode, result.stderr) == (0, "")
         assert "Usage: " in result.stdout
+
+
+def test_the_program_for_display_and_bus_is_missed_by_name(home):
+    alone = home.folder / "bin/vqmctl"
+    alone.parent.mkdir()
+    shutil.copy(BUILD / "bin/vqmctl", alone)
+    for arguments in (["remote", "keys"], ["status"]):
+        result = subprocess.run([alone, *arguments], env=home.environment, capture_output=True, text=True, timeout=60)
+        assert (result.returncode, result.stdout) == (3, "")
+        assert result.stderr == f"vqmctl: cannot run '{home.folder}/libexec/vqmctl-desktop': No such file or directory\n"
+    assert subprocess.run([alone, "setting", "get"], env=home.environment, timeout=60).returncode == 0

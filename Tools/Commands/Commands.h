@@ -1,12 +1,14 @@
 #pragma once
 
+#include "Tools/Commands/DesktopActions.h"
+
 class CommandLine;
 
 /// Each file of commands adds its branch to the command line.
 
 void AddCheckCommand(CommandLine& line);
 void AddConstantsCommands(CommandLine& line);
-void AddRemoteCommands(CommandLine& line);
+void AddRemoteCommands(CommandLine& line, RemoteActions actions);
 void AddScheduleCommands(CommandLine& line);
 void AddSettingCommands(CommandLine& line);
-void AddStatusCommand(CommandLine& line);
+void AddStatusCommand(CommandLine& line, StatusAction show);

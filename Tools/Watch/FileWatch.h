@@ -1,33 +1,39 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <set>
 #include <string>
 
-#include <Ecore.h>
+#include "Platform/desktop/base/FileDescriptor.h"
+#include "Tools/Watch/MainLoop.h"
 
-/// Notices changes in directories, on Ecore's main loop. Needs a `MainLoop`.
+/// Notices changes in directories, and of the directories: each part of their paths is watched too,
+/// through links, so that a directory that is missing, replaced or linked elsewhere is found again.
 class FileWatch {
 public:
-    /// `onChange` runs for one change or many. Throws `CommandError` when the system refuses.
-    explicit FileWatch(std::function<void()> onChange);
-    ~FileWatch();
+    /// `onChange` runs on `loop` for one change or many, and has to call `Watch` then. `loop` outlives
+    /// the watch's use. Throws `CommandError` when the system refuses.
+    FileWatch(MainLoop& loop, std::function<void()> onChange);
 
     FileWatch(const FileWatch&) = delete;
     FileWatch& operator=(const FileWatch&) = delete;
 
-    /// Watches a directory, or, while it is missing, the nearest one above it. Says whether that is
-    /// new: what happened before it was watched is not noticed. A directory that cannot be watched
-    /// is complained of, once.
-    bool Add(const std::string& directory);
+    /// Watches these directories from now on, and no others. Returns whether a place is watched that
+    /// was not: what happened there before is not noticed. Reports a directory that cannot be watched,
+    /// once.
+    bool Watch(const std::set<std::string>& directories);
 
 private:
-    static Eina_Bool OnReadable(void* data, Ecore_Fd_Handler* handler);
+    /// By watch: the names that matter in its directory; an empty one stands for all.
+    using Places = std::map<int, std::set<std::string>>;
+
+    void Follow(const std::string& directory, Places& places);
+    bool AddPlace(const std::string& directory, const std::string& name, Places& places);
     void Drain();
 
     std::function<void()> onChange_;
-    int descriptor_;
-    Ecore_Fd_Handler* handler_ = nullptr;
-    std::set<int> watches_;
+    desktop::FileDescriptor events_;
+    Places places_;
     std::set<std::string> refused_;
 };

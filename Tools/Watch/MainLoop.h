@@ -1,29 +1,78 @@
 #pragma once
 
-#include <Ecore.h>
+#include <chrono>
+#include <functional>
+#include <vector>
 
-/// Ecore's main loop, for a command that waits for events until SIGINT, SIGTERM or SIGQUIT.
+struct pollfd;
+class LoopTimer;
+
+/// Waits for descriptors, timers and the signals that end a program: SIGINT, SIGTERM, SIGQUIT and
+/// SIGHUP. Takes no descriptor for itself.
 ///
-/// One at a time, on the thread that made it.
+/// SIGHUP stays ignored where it was, as under nohup. The first signal ends the loop in order; a second
+/// one of its kind ends the process, should an action not come back.
+///
+/// One at a time, on the thread that made it. What an action throws passes through `Run`.
 class MainLoop {
 public:
-    /// Throws `CommandError` when Ecore cannot start.
+    using Action = std::function<void()>;
+    using Clock = std::chrono::steady_clock;
+
     MainLoop();
     ~MainLoop();
 
     MainLoop(const MainLoop&) = delete;
     MainLoop& operator=(const MainLoop&) = delete;
 
-    /// Ends the loop as soon as nobody reads stdout any more, if that is a pipe or a socket.
+    /// The loop of this process; null when there is none.
+    static MainLoop* Current();
+
+    /// Calls `action` whenever `descriptor` can be read. Both last as long as the loop runs.
+    void OnReadable(int descriptor, Action action);
+
+    /// Ends the loop as soon as nobody can read stdout any more: its pipe, socket or terminal is closed.
     void EndWithReader();
 
-    /// Runs until `End` or a signal. Gives at once when the loop has been ended before.
+    /// Runs until `End` or a signal. Returns at once when the loop has ended before.
     void Run();
 
-    void End();
+    void End() { ended_ = true; }
 
 private:
+    friend class LoopTimer;
+
+    struct Source {
+        int descriptor;
+        short events;
+        Action action;
+    };
+
+    int TimeToWait() const;
+    /// False when a signal has come.
+    bool Wait(std::vector<pollfd>& polled) const;
+    void RunTimers();
+
     bool ended_ = false;
-    Ecore_Event_Handler* signalHandler_ = nullptr;
-    Ecore_Fd_Handler* readerWatch_ = nullptr;
+    std::vector<Source> sources_;
+    std::vector<LoopTimer*> timers_;
+};
+
+/// Calls an action once, some time after it was started. May be started again.
+class LoopTimer {
+public:
+    LoopTimer(MainLoop& loop, MainLoop::Action action);
+
+    LoopTimer(const LoopTimer&) = delete;
+    LoopTimer& operator=(const LoopTimer&) = delete;
+
+    void StartAt(MainLoop::Clock::time_point due);
+    bool IsRunning() const { return running_; }
+
+private:
+    friend class MainLoop;
+
+    MainLoop::Action action_;
+    bool running_ = false;
+    MainLoop::Clock::time_point due_;
 };

@@ -1,5 +1,7 @@
 #include "Tools/Watch/ReadinessWatch.h"
 
+#include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <set>
 #include <utility>
@@ -9,10 +11,10 @@
 
 namespace {
 
-/// Copying a file makes many changes. They are let settle, but not for ever.
-constexpr double kSettleSeconds = 0.1;
-constexpr double kLongestSeconds = 1.0;
-constexpr double kMinute = 60.0;
+/// Copying a file makes many changes: a check waits until they pause, but not for ever.
+constexpr std::chrono::milliseconds kSettleTime{100};
+constexpr std::chrono::seconds kLongestSettling{1};
+constexpr std::chrono::minutes kMinute{1};
 
 /// While a file is copied its size changes all the time; what is said about it does not.
 std::string Gist(const readiness::Report& report)
@@ -32,70 +34,35 @@ std::string DirectoryOf(const std::string& path)
 } // namespace
 
 ReadinessWatch::ReadinessWatch(Checker check, Printer print)
-    : check_(std::move(check)), print_(std::move(print)), files_([this] { OnChange(); })
+    : check_(std::move(check)),
+      print_(std::move(print)),
+      files_(loop_, [this] { OnChange(); }),
+      settling_(loop_, [this] { CheckAndPrint(); }),
+      minute_(loop_, [this] { OnMinute(); })
 {
-}
-
-ReadinessWatch::~ReadinessWatch()
-{
-    StopSettling();
-    if (minute_ != nullptr) {
-        ecore_timer_del(minute_);
-    }
 }
 
 readiness::Verdict ReadinessWatch::Run()
 {
     loop_.EndWithReader();
-    CheckAndPrint();
-    minute_ = ecore_timer_add(kMinute, OnMinute, this);
+    OnMinute();
     loop_.Run();
-    if (thrown_) {
-        std::rethrow_exception(thrown_);
-    }
     return verdict_;
 }
 
 void ReadinessWatch::OnChange()
 {
-    if (settling_ == nullptr) {
-        firstChange_ = ecore_loop_time_get();
-        settling_ = ecore_timer_add(kSettleSeconds, OnSettled, this);
-    } else if (ecore_loop_time_get() - firstChange_ < kLongestSeconds) {
-        ecore_timer_reset(settling_);
+    const MainLoop::Clock::time_point now = MainLoop::Clock::now();
+    if (!settling_.IsRunning()) {
+        firstChange_ = now;
     }
+    settling_.StartAt(std::min(now + kSettleTime, firstChange_ + kLongestSettling));
 }
 
-void ReadinessWatch::StopSettling()
+void ReadinessWatch::OnMinute()
 {
-    if (settling_ != nullptr) {
-        ecore_timer_del(settling_);
-        settling_ = nullptr;
-    }
-}
-
-Eina_Bool ReadinessWatch::OnSettled(void* data)
-{
-    auto* const watch = static_cast<ReadinessWatch*>(data);
-    watch->settling_ = nullptr;
-    watch->CheckOrEnd();
-    return ECORE_CALLBACK_CANCEL;
-}
-
-Eina_Bool ReadinessWatch::OnMinute(void* data)
-{
-    static_cast<ReadinessWatch*>(data)->CheckOrEnd();
-    return ECORE_CALLBACK_RENEW;
-}
-
-void ReadinessWatch::CheckOrEnd()
-{
-    try {
-        CheckAndPrint();
-    } catch (...) {
-        thrown_ = std::current_exception();
-        loop_.End();
-    }
+    CheckAndPrint();
+    minute_.StartAt(MainLoop::Clock::now() + kMinute);
 }
 
 void ReadinessWatch::CheckAndPrint()
@@ -124,9 +91,5 @@ bool ReadinessWatch::WatchWhatDecides(const readiness::Report& report)
             directories.insert(DirectoryOf(file.path));
         }
     }
-    bool added = false;
-    for (const std::string& directory : directories) {
-        added = files_.Add(directory) || added;
-    }
-    return added;
+    return files_.Watch(directories);
 }

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <exception>
 #include <functional>
-#include <optional>
 #include <string>
 
 #include "Diagnostics/Readiness/Readiness.h"
@@ -13,40 +11,34 @@
 /// stdout goes.
 ///
 /// Notices what happens in the directories of constants, schedule and media. What it cannot notice,
-/// as behind a link or on a network disk, and midnight, it sees within a minute.
+/// as a file behind a link or on a network disk, and midnight, it sees within a minute.
 class ReadinessWatch {
 public:
     using Checker = std::function<readiness::Report()>;
     using Printer = std::function<bool(const readiness::Report& report)>; ///< false: nobody reads any more
 
     ReadinessWatch(Checker check, Printer print);
-    ~ReadinessWatch();
 
     ReadinessWatch(const ReadinessWatch&) = delete;
     ReadinessWatch& operator=(const ReadinessWatch&) = delete;
 
-    /// Prints the first report and each that says something else than the one before it. Gives the
-    /// last verdict.
+    /// Prints the first report and each that says something else than the one before it. Returns the
+    /// last verdict. What a check throws passes through.
     readiness::Verdict Run();
 
 private:
-    static Eina_Bool OnSettled(void* data);
-    static Eina_Bool OnMinute(void* data);
-
     void OnChange();
-    void StopSettling();
+    void OnMinute();
     void CheckAndPrint();
-    void CheckOrEnd();
     bool WatchWhatDecides(const readiness::Report& report);
 
     Checker check_;
     Printer print_;
     MainLoop loop_;
     FileWatch files_;
-    Ecore_Timer* settling_ = nullptr;
-    Ecore_Timer* minute_ = nullptr;
-    double firstChange_ = 0.0; ///< of those that were not checked yet
-    std::string last_;         ///< what the report printed last came to
+    LoopTimer settling_;
+    LoopTimer minute_;
+    MainLoop::Clock::time_point firstChange_; ///< of those that were not checked yet
+    std::string last_;                        ///< what the report printed last came to
     readiness::Verdict verdict_;
-    std::exception_ptr thrown_; ///< kept over the loop, whose C code no exception may cross
 };

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "Common/VQMConfig.h"
+#include "Tools/ExitCode.h"
+#include "Tools/Remote/RemoteKeys.h"
+#include "Tools/Remote/RemotePress.h"
+
+/// What the commands do that ask the display or the session bus. `vqmctl` only understands their command
+/// line: the program that has the libraries for them, `vqmctl-desktop`, does the work.
+
+struct RemoteActions {
+    std::function<ExitCode(const HeldKeysOptions& options)> listKeys;
+    std::function<ExitCode(const PressOptions& options)> press;
+};
+
+struct StatusOptions {
+    std::string constants = VQM_CONSTANTS_FILE;
+    bool json = false;
+};
+using StatusAction = std::function<ExitCode(const StatusOptions& options)>;

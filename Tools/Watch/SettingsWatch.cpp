@@ -1,0 +1,83 @@
+// The tool's own watch on settings, in the place of the platform's, which runs on the toolkit's main
+// loop: a tool that waits for a file to change needs no toolkit.
+
+#include "Platform/desktop/base/SettingsWatch.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "Platform/desktop/base/SettingCallbacks.h"
+#include "Platform/desktop/base/SettingsStore.h"
+#include "Tools/Watch/FileWatch.h"
+#include "Tools/Watch/MainLoop.h"
+
+namespace desktop {
+
+namespace {
+
+class Watched {
+public:
+    explicit Watched(MainLoop& loop) : files_(loop, [this] { OnChange(); }) {}
+
+    void Add(std::string_view key, const std::string& file, vconf_callback_fn callback, void* userData)
+    {
+        // Watched before it is read: a change in between must not be lost.
+        folders_.insert(file.substr(0, file.rfind('/')));
+        files_.Watch(folders_);
+        keys_.push_back(std::make_unique<SettingCallbacks>(key));
+        keys_.back()->Add(callback, userData);
+    }
+
+    bool Remove(std::string_view key, vconf_callback_fn callback)
+    {
+        return std::any_of(keys_.begin(), keys_.end(),
+                           [=](const auto& k) { return k->Key() == key && k->Remove(callback); });
+    }
+
+private:
+    void OnChange()
+    {
+        files_.Watch(folders_);
+        for (const auto& key : keys_) {
+            key->Deliver();
+        }
+    }
+
+    FileWatch files_;
+    std::set<std::string> folders_;
+    std::vector<std::unique_ptr<SettingCallbacks>> keys_; ///< one for each registration
+};
+
+/// Never destroyed: the loop ends before.
+Watched*& TheWatch()
+{
+    static Watched* watched = nullptr;
+    return watched;
+}
+
+} // namespace
+
+bool AddSettingWatch(std::string_view key, vconf_callback_fn callback, void* userData)
+{
+    const std::optional<std::string> file = SettingsFile(key);
+    MainLoop* const loop = MainLoop::Current();
+    if (callback == nullptr || !file || loop == nullptr) {
+        return false;
+    }
+    if (TheWatch() == nullptr) {
+        TheWatch() = new Watched(*loop);
+    }
+    TheWatch()->Add(key, *file, callback, userData);
+    return true;
+}
+
+bool RemoveSettingWatch(std::string_view key, vconf_callback_fn callback)
+{
+    return TheWatch() != nullptr && TheWatch()->Remove(key, callback);
+}
+
+} // namespace desktop
