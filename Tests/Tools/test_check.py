@@ -106,7 +106,7 @@ FAULTS = {
         "place counts [constants-not-well-formed]",
         f"problem: {CONSTANTS} has no constant ScheduleFile {KEYLESS}", DIRECTORY) + NO_SCHEDULE),
     "constants broken behind the name": ("echo '<' >>$res/constants.xml", 0, lines(
-        f"note: {CONSTANTS} cannot be parsed: line 5, column 2: not well-formed: not well-formed (invalid token); only "
+        f"note: {CONSTANTS} cannot be parsed: line 5, column 2: not well-formed: invalid token; only "
         "what stands before that place counts [constants-not-well-formed]") + READY),
     "a misspelt constant": ("sed -i s/ScheduleFile/SchedulFile/ $res/constants.xml", 1, lines(
         f"problem: {CONSTANTS} has no constant ScheduleFile; 'SchedulFile' is there {KEYLESS}",

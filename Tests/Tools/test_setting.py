@@ -117,12 +117,6 @@ def test_watch_can_be_ended_when_it_may_open_few_files(home):
     assert watch.wait(timeout=60) == 0
 
 
-def test_watch_that_may_open_no_file_says_so(home):
-    watch = watching(home, 'ulimit -n 3; exec "$0" setting watch')
-    output, complaint = watch.communicate(timeout=60)
-    assert (output, watch.returncode) == ("", 3), complaint
-
-
 def test_watch_follows_a_settings_folder_that_is_replaced_or_linked_elsewhere(home):
     config = home.folder / "config"
     home.store("1")
