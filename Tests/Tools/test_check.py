@@ -133,8 +133,8 @@ FAULTS = {
         f"problem: the schedule '{SCHEDULE}' cannot be parsed: line 5, column 3: not well-formed: unclosed token; 'rsp' "
         "of line 2 is open [schedule-not-well-formed]") + NO_SCHEDULE),
     "the schedule is noise": ("printf '\\377\\001\\002' >$rech/schedule.xml", 1, lines(
-        f"problem: the schedule '{SCHEDULE}' cannot be parsed: line 1, column 1: not well-formed: not well-formed "
-        "(invalid token) [schedule-not-well-formed]") + NO_SCHEDULE),
+        f"problem: the schedule '{SCHEDULE}' cannot be parsed: line 1, column 1: not well-formed: "
+        "invalid token [schedule-not-well-formed]") + NO_SCHEDULE),
     "the schedule is UTF-16": ("iconv -t UTF-16 $rech/schedule.xml >$res/u; mv $res/u $rech/schedule.xml", 1, lines(
         f"problem: the schedule '{SCHEDULE}' cannot be parsed: line 1, column 1: the document is encoded in units wider "
         "than a byte [schedule-not-well-formed]") + NO_SCHEDULE),
@@ -199,7 +199,7 @@ FAULTS = {
         "note: the schedule's state is not \"ok\"; the check does not ask for it [state-not-ok]") +
         "ready: schedule there, 1 of 1 item complete\n"),
     "other totals": (FIVE + store(schedule(item("a"), "<project item_count='2' total_size='6'/>")), 0, lines(
-        "note: item_count is 2, but there are 1 items; the check goes by the items [item-count]",
+        "note: item_count is 2, but there is 1 item; the check goes by the items [item-count]",
         "note: total_size is 6, but the items' sizes add up to 5; the check goes by the items [total-size]") +
         "ready: schedule there, 1 of 1 item complete\n"),
     "no items": (store(schedule("")), 0, lines(

@@ -222,7 +222,7 @@ def test_an_expired_schedule_is_said_to_be(tool):
 
 
 @pytest.mark.parametrize("arguments, complaint", [
-    (["show"], "file is required; see 'vqmctl schedule show --help'"),
+    (["show"], "file is missing; see 'vqmctl schedule show --help'"),
     (["show", "a", "b"], "unexpected argument 'b'; see 'vqmctl schedule show --help'"),
     (["at"], "file is required; see 'vqmctl schedule at --help'"),
     (["at", "--json"], "file is required; see 'vqmctl schedule at --help'"),
