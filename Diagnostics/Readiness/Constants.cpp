@@ -10,7 +10,6 @@
 
 #include "Data/VQMDataConstants.h"
 #include "Diagnostics/Readiness/DocumentFile.h"
-#include "Diagnostics/Readiness/PipeRelease.h"
 #include "Diagnostics/Readiness/Readiness.h"
 #include "Platform/desktop/base/FileDescriptor.h"
 
@@ -73,27 +72,18 @@ private:
 
 void LoadFrom(const std::string& path, Constants& constants)
 {
-    const DocumentFile file = Examine(path);
+    DocumentFile file;
+    try {
+        file = ReadExamined(path, [&constants](const std::string& opened) {
+            const bool loaded = CVQMDataConstants::Initialize(opened);
+            constants.values = OpenConstants::m_DataCache;
+            return loaded;
+        });
+    } catch (const std::exception& error) {
+        file = {DocumentState::kUnreadable, error.what()};
+    }
     constants.state = file.state;
     constants.problem = file.problem;
-    if (file.state != DocumentState::kLoaded) {
-        return;
-    }
-    bool loaded = false;
-    try {
-        const PipeRelease release(path);
-        loaded = CVQMDataConstants::Initialize(path);
-    } catch (const std::exception& error) {
-        constants.state = DocumentState::kUnreadable;
-        constants.problem = error.what();
-        return;
-    }
-    constants.values = OpenConstants::m_DataCache;
-    if (!loaded) {
-        const DocumentFile fault = WhyNotParsed(path);
-        constants.state = fault.state;
-        constants.problem = fault.problem;
-    }
 }
 
 } // namespace

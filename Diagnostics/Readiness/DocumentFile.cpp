@@ -2,13 +2,13 @@
 
 #include <cerrno>
 #include <climits>
+#include <optional>
 #include <system_error>
 
 #include <sys/stat.h>
 
 #include "Diagnostics/Lint/Rejection.h"
 #include "Diagnostics/Readiness/FileKinds.h"
-#include "Diagnostics/Readiness/PipeRelease.h"
 #include "Diagnostics/Text/InputFile.h"
 
 namespace readiness {
@@ -41,6 +41,25 @@ DocumentFile Examine(const std::string& path)
     return {DocumentState::kLoaded};
 }
 
+DocumentFile ReadExamined(const std::string& path, const std::function<bool(const std::string& path)>& read)
+{
+    const DocumentFile named = Examine(path);
+    if (named.state != DocumentState::kLoaded) {
+        return named;
+    }
+    std::optional<InputFile> file;
+    try {
+        file.emplace(path);
+    } catch (const std::system_error& error) {
+        return {DocumentState::kUnreadable, "cannot be read: " + error.code().message()};
+    }
+    const DocumentFile opened = Examine(file->Path());
+    if (opened.state != DocumentState::kLoaded || read(file->Path())) {
+        return opened;
+    }
+    return WhyNotParsed(file->Path());
+}
+
 DocumentFile WhyNotParsed(const std::string& path)
 {
     DocumentFile examined = Examine(path);
@@ -49,7 +68,6 @@ DocumentFile WhyNotParsed(const std::string& path)
     }
     try {
         const InputFile file(path);
-        const PipeRelease release(path);
         return {DocumentState::kNotWellFormed,
                 "cannot be parsed: " +
                     lint::WhyRejected([&file](char* buffer, std::size_t size) { return file.Read(buffer, size); })};

@@ -59,15 +59,11 @@ void ReadPolicy(Monitor& monitor, const Verdict& verdict, Schedule& schedule)
         schedule.state = DocumentState::kLoaded;
         return;
     }
-    const DocumentFile file = Examine(schedule.path);
+    const DocumentFile file = ReadExamined(schedule.path, [&](const std::string& opened) {
+        return monitor->ParseStoredSchedule(opened, &schedule.policy);
+    });
     schedule.state = file.state;
     schedule.problem = file.problem;
-    const PipeRelease release(schedule.path);
-    if (file.state == DocumentState::kLoaded && !monitor->ParseStoredSchedule(schedule.path, &schedule.policy)) {
-        const DocumentFile fault = WhyNotParsed(schedule.path);
-        schedule.state = fault.state;
-        schedule.problem = fault.problem;
-    }
 }
 
 } // namespace

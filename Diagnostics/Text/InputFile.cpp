@@ -47,6 +47,11 @@ std::size_t InputFile::Read(char* buffer, std::size_t size) const
     }
 }
 
+std::string InputFile::Path() const
+{
+    return "/proc/self/fd/" + std::to_string(descriptor_);
+}
+
 std::string ShownName(const std::string& name)
 {
     return name == kStdin ? "<stdin>" : name;

@@ -19,6 +19,10 @@ public:
     /// `std::system_error` with the cause.
     std::size_t Read(char* buffer, std::size_t size) const;
 
+    /// A path that leads to this open file, whatever takes its name meanwhile. For the library, which
+    /// opens files itself. Valid while this object lives.
+    std::string Path() const;
+
 private:
     int descriptor_;
 };

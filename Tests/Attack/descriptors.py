@@ -92,7 +92,7 @@ def inherited(random):
     ignored = random.sample(SIGNALS, random.randrange(3))
     blocked = random.sample(SIGNALS, random.randrange(3))
     limit = random.choice([None, (resource.RLIMIT_NOFILE, random.choice([3, 5, 8, 12, 20, 32, 64])),
-                           (resource.RLIMIT_FSIZE, 0), (resource.RLIMIT_CORE, 0),
+                           (resource.RLIMIT_FSIZE, 4096), (resource.RLIMIT_CORE, 0),
                            (resource.RLIMIT_AS, random.choice([30, 100, 200, 400]) << 20)])
     if "ASAN_OPTIONS" in os.environ and limit and limit[0] == resource.RLIMIT_AS:
         limit = None
@@ -115,7 +115,6 @@ def inherits(random, subject):
     wait_until(lambda: subject.holds() or subject.has_ended(), f"it runs or ends: {story}")
     if subject.has_ended():
         code = subject.application.process.returncode
-        # A log file at the limit of its size: the system ends the writer.
         assert code > 0, f"ended with {code}: {story}"
         return
     subject.keyboard.tap(MORE)

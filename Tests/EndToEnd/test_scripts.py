@@ -193,7 +193,7 @@ def test_live_without_a_display_is_refused_before_anything_is_built():
 
 
 def test_run_builds_every_program_that_the_documentation_calls():
-    built = re.search(r"^build_preset dev (.*)$", (ROOT / "run").read_text(), re.MULTILINE)[1].split()
+    built = re.search(r"^build_product dev (.*)$", (ROOT / "run").read_text(), re.MULTILINE)[1].split()
     pages = [ROOT / "README.md", *(ROOT / "Docs").glob("*.md")]
     called = {name for page in pages for name in re.findall(r"build/dev/bin/(example_\w+|vqmctl|VQM\w+)", page.read_text())}
     assert "example_content_check" in called
