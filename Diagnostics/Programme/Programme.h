@@ -70,7 +70,7 @@ std::string Describe(Silence silence);
 enum class Expiry {
     kNone,       ///< no date, or none that was readable
     kImpossible, ///< no day of the calendar
-    kValid,     ///< the day is the last one, or an earlier one
+    kValid,      ///< the day is the last one, or an earlier one
     kExpired,    ///< the day comes after it
 };
 

@@ -6,8 +6,8 @@
 
 #include <Ecore.h>
 
-#include "Platform/desktop/environment/EndSignals.h"
 #include "Platform/desktop/base/PlatformLog.h"
+#include "Platform/desktop/environment/EndSignals.h"
 #include "Platform/desktop/x11/Instance.h"
 #include "Platform/desktop/x11/XConnection.h"
 

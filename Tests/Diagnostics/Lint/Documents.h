@@ -29,7 +29,7 @@ struct RuleSection {
     std::string severity;
     std::string bad;
     std::string output; ///< what the linter prints for the bad document
-    std::string good; ///< the page's clean document where the section shows none
+    std::string good;   ///< the page's clean document where the section shows none
 };
 
 std::vector<RuleSection> RuleSections();

@@ -238,9 +238,9 @@ TEST(Programme, ADocumentIsOkWhenItSaysSo)
 TEST(Programme, AScheduleExpiresAfterItsLastDay)
 {
     const std::pair<const char*, Expiry> cases[] = {
-        {"2026-11-20", Expiry::kExpired},    {"2026-11-21", Expiry::kValid},  {"2026-11-22", Expiry::kValid},
-        {"2026-10-31", Expiry::kExpired},    {"2026-12-01", Expiry::kValid},  {"2025-12-31", Expiry::kExpired},
-        {"2027-01-01", Expiry::kValid},     {"2026/11/20", Expiry::kExpired}, {"", Expiry::kNone},
+        {"2026-11-20", Expiry::kExpired},    {"2026-11-21", Expiry::kValid},   {"2026-11-22", Expiry::kValid},
+        {"2026-10-31", Expiry::kExpired},    {"2026-12-01", Expiry::kValid},   {"2025-12-31", Expiry::kExpired},
+        {"2027-01-01", Expiry::kValid},      {"2026/11/20", Expiry::kExpired}, {"", Expiry::kNone},
         {"2026-1-1", Expiry::kNone},         {"0000-00-00", Expiry::kNone},    {"2026-02-29", Expiry::kImpossible},
         {"20161231  ", Expiry::kImpossible}, {"2028-02-29", Expiry::kValid},
     };
