@@ -124,7 +124,7 @@ private:
     void FollowPathAnew(double retrySeconds)
     {
         // The loop forgets a handler late: until then its descriptor's number must not come again.
-        const std::optional<SettingsPath> old = std::move(path_);
+        const std::unique_ptr<SettingsPath> old = std::move(path_);
         Disarm();
         if (!Arm() && retry_ == nullptr) {
             if (retrySeconds <= kFirstRetrySeconds) {
@@ -140,7 +140,7 @@ private:
     /// What can be watched of the path is watched, also when this fails.
     bool Arm()
     {
-        path_.emplace(folder_, own_);
+        path_ = std::make_unique<SettingsPath>(folder_, own_);
         if (path_->Descriptor() >= 0) {
             readable_ =
                 ecore_main_fd_handler_add(path_->Descriptor(), ECORE_FD_READ, OnReadable, this, nullptr, nullptr);
@@ -196,7 +196,7 @@ private:
 
     std::string folder_;
     std::size_t own_;
-    std::optional<SettingsPath> path_;
+    std::unique_ptr<SettingsPath> path_;
     Ecore_Fd_Handler* readable_ = nullptr;
     Ecore_Timer* retry_ = nullptr;
     double retrySeconds_ = 0;
