@@ -43,7 +43,7 @@ DocumentFile Examine(const std::string& path)
 
 DocumentFile ReadExamined(const std::string& path, const std::function<bool(const std::string& path)>& read)
 {
-    const DocumentFile named = Examine(path);
+    DocumentFile named = Examine(path);
     if (named.state != DocumentState::kLoaded) {
         return named;
     }
@@ -53,7 +53,7 @@ DocumentFile ReadExamined(const std::string& path, const std::function<bool(cons
     } catch (const std::system_error& error) {
         return {DocumentState::kUnreadable, "cannot be read: " + error.code().message()};
     }
-    const DocumentFile opened = Examine(file->Path());
+    DocumentFile opened = Examine(file->Path());
     if (opened.state != DocumentState::kLoaded || read(file->Path())) {
         return opened;
     }

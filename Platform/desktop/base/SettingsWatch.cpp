@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <Ecore.h>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
