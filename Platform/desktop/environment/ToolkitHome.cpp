@@ -24,17 +24,18 @@ constexpr struct {
     {"XAUTHORITY", "/.Xauthority"},
 };
 
-bool IsSet(const char* variable)
+/// Empty when the variable is not set.
+std::string ValueOf(const char* variable)
 {
     const char* value = std::getenv(variable);
-    return value != nullptr && *value != '\0';
+    return value != nullptr ? value : "";
 }
 
 void KeepWhatIsFoundThroughHome()
 {
-    const std::string home = std::getenv("HOME");
+    const std::string home = ValueOf("HOME");
     for (const auto& [variable, place] : kFoundThroughHome) {
-        if (!IsSet(variable)) {
+        if (ValueOf(variable).empty()) {
             SetOwnVariable(variable, (home + place).c_str());
         }
     }
@@ -44,15 +45,16 @@ void KeepWhatIsFoundThroughHome()
 
 bool NamesWritableFolder(const char* variable)
 {
-    return IsSet(variable) && access(std::getenv(variable), W_OK | X_OK) == 0;
+    const std::string folder = ValueOf(variable);
+    return !folder.empty() && access(folder.c_str(), W_OK | X_OK) == 0;
 }
 
 void GiveToolkitWritableHome()
 {
-    if (!IsSet("HOME") || NamesWritableFolder("HOME") || !NamesWritableFolder("XDG_RUNTIME_DIR")) {
+    if (ValueOf("HOME").empty() || NamesWritableFolder("HOME") || !NamesWritableFolder("XDG_RUNTIME_DIR")) {
         return;
     }
-    const std::string folder = std::getenv("XDG_RUNTIME_DIR") + std::string(kFolderName);
+    const std::string folder = ValueOf("XDG_RUNTIME_DIR") + kFolderName;
     if (mkdir(folder.c_str(), S_IRWXU) == -1 && errno != EEXIST) {
         return;
     }
