@@ -33,7 +33,7 @@ def run(folder, capsys, *samples):
     lines = "".join(f'sample({name} ON "{text}" {code})\n' for name, text, code in samples)
     (folder / "CMakeLists.txt").write_text(PROJECT + lines)
     build = folder / "build"
-    subprocess.run(["cmake", "-S", folder, "-B", build], check=True, capture_output=True)
+    subprocess.run(["cmake", "-G", "Ninja", "-S", folder, "-B", build], check=True, capture_output=True)
     subprocess.run(["ctest", "--test-dir", build, "--output-junit", folder / "tests.xml",
                     "--test-output-size-passed", "65536"], capture_output=True)
     main(folder / "tests.xml")
