@@ -46,7 +46,8 @@ ExitCode Set(bool enable)
     CVQMSyncDemoMonitor::SetSyncDemoVocnf(enable);
     // Storing reports nothing to its caller: only the store knows. A setting that is another one
     // by now is no failure: somebody else has stored it since.
-    const std::string problem = desktop::LastSettingsProblem();
+    // A copy, as the read below replaces it.
+    const std::string problem = desktop::LastSettingsProblem(); // NOLINT(performance-unnecessary-copy-initialization)
     if (!problem.empty() && CVQMSyncDemoMonitor::CheckSyncDemoEnbaled() != enable) {
         throw CommandError(ExitCode::kCouldNotRun, std::string("cannot switch the setting ") + StateName(enable) +
                                                        "; it is stored in " + StorePath() + " (" + problem + ")");
