@@ -15,7 +15,7 @@ from notifications import start_bus
 
 MORE = TOOL_KEYS["XF86More"]
 # The toolkit's caches settle within this; what is lost for each step of an attack adds up to more.
-MOST_GROWTH_KIB = 4096
+MOST_GROWTH_KIB = 8192
 # A connection that is made when it is needed for the first time stays; a leak makes more of them.
 FIRST_USES = 2
 

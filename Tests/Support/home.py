@@ -51,7 +51,10 @@ class Home:
         """Writes a setting as a person would; the sync-demo setting unless another is named."""
         path = self.settings / key
         path.parent.mkdir(parents=True, exist_ok=True)
-        path.write_text(text)
+        # Replaced whole, as most editors do: a file that is written in place is empty for a moment.
+        written = self.folder / "setting being written"
+        written.write_text(text)
+        written.replace(path)
 
     def vqmctl(self, *arguments, **environment):
         return subprocess.run(
