@@ -88,9 +88,11 @@ apt_site() {
         awk -v release="^($1)\$" '$2 ~ release && $3 == "main" { print $1; exit }'
 }
 
-# ccache compiles nothing where it can keep nothing, as in a home that is read-only.
-spare_ccache() {
+# Prepares ccache. Checkouts in different folders share what it keeps. Where it can keep nothing, as in
+# a home that is read-only, it would compile nothing, so it is left out.
+prepare_ccache() {
     local folder
+    export CCACHE_BASEDIR=${CCACHE_BASEDIR:-$root} CCACHE_NOHASHDIR=1
     command -v ccache >/dev/null && [ -z "${CCACHE_READONLY:-}" ] || return 0
     folder=$(ccache --get-config cache_dir 2>/dev/null) && mkdir -p "$folder" 2>/dev/null && [ -w "$folder" ] ||
         export CCACHE_DISABLE=1
@@ -120,7 +122,7 @@ build_with() {
     log=$root/build/$preset.log
     mkdir -p "$root/build"
     say "Building ($preset)"
-    spare_ccache
+    prepare_ccache
     : >"$log"
     (cd "$root" && cmake --preset "$preset" "${settings[@]}" &&
         NINJA_STATUS='[%f/%t] ' cmake --build --preset "$preset" "${targets[@]}") 2>&1 | follow "$log" || {
@@ -135,7 +137,7 @@ build_benchmarks() {
     install_packages build run benchmark
     build=$root/build/benchmark
     say "Building (release, with the benchmarks)"
-    spare_ccache
+    prepare_ccache
     mkdir -p "$build"
     : >"$build/build.log"
     (cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DVQM_BUILD_TESTS=OFF -DVQM_BUILD_BENCHMARKS=ON &&

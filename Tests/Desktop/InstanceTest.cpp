@@ -208,7 +208,8 @@ TEST_F(Instance, ARequestToAWindowThatIsGoneSaysSo)
 TEST_F(Instance, AnswersToWindowsThatNeverWereAreIgnored)
 {
     InstanceClaim claim(display_, kName);
-    for (const long window : {0L, 1L, 0x7654321L, 0xFFFFFFFFL}) {
+    // A 32-bit long holds the last of them as -1.
+    for (const long window : {0L, 1L, 0x7654321L, static_cast<long>(0xFFFFFFFFUL)}) {
         XEvent request = {};
         request.xclient.data.l[0] = window;
         claim.AnswerLaunchRequest(request);
