@@ -29,7 +29,7 @@ set(ENV{PKG_CONFIG_DIR} "")
 set(ENV{PKG_CONFIG_SYSROOT_DIR} ${CMAKE_SYSROOT})
 set(ENV{PKG_CONFIG_LIBDIR} ${CMAKE_SYSROOT}/usr/lib/arm-linux-gnueabihf/pkgconfig:${CMAKE_SYSROOT}/usr/share/pkgconfig)
 
-set(CMAKE_CROSSCOMPILING_EMULATOR ${armv7_place}/WithoutStatx qemu-arm -L ${CMAKE_SYSROOT})
+set(CMAKE_CROSSCOMPILING_EMULATOR ${armv7_place}/without-statx qemu-arm -L ${CMAKE_SYSROOT})
 # The linker does not look for the libraries of libraries in a sysroot's multiarch folders.
 set(CMAKE_EXE_LINKER_FLAGS_INIT
     "-Wl,-rpath-link,${CMAKE_SYSROOT}/usr/lib/arm-linux-gnueabihf:${CMAKE_SYSROOT}/lib/arm-linux-gnueabihf")
