@@ -5,6 +5,7 @@
 #include <tvcontext.h>
 
 #include "Platform/desktop/app/PopupInhibitor.h"
+#include "Platform/desktop/environment/ApplicationId.h"
 
 namespace {
 
@@ -31,7 +32,7 @@ void desktop::RestorePopupsNow()
 int tvcontext_init(void)
 {
     if (Inhibitor() == nullptr) {
-        Inhibitor() = std::make_unique<desktop::PopupInhibitor>(PLATFORM_APP_ID);
+        Inhibitor() = std::make_unique<desktop::PopupInhibitor>(desktop::kApplicationId);
     }
     return Inhibitor()->Open() ? kDone : kFailed;
 }

@@ -14,8 +14,6 @@
 
 namespace desktop {
 
-const char* const kApplicationId = PLATFORM_APP_ID;
-
 namespace {
 
 constexpr char kPidProperty[] = "_TV_PID";

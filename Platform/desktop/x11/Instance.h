@@ -8,6 +8,8 @@
 
 #include <X11/Xlib.h>
 
+#include "Platform/desktop/environment/ApplicationId.h"
+
 /// Which process is the application's one instance on an X display.
 ///
 /// The instance owns the X selection that is named after the application's id. The selection's
@@ -28,9 +30,6 @@
 /// An instance gives the name up when its end begins, so that a start from then on takes over. Until
 /// the process is gone it owns a second selection, the name with ".ending" behind it.
 namespace desktop {
-
-/// The id of the application that this build belongs to.
-extern const char* const kApplicationId;
 
 struct InstanceFacts {
     Window window = None;
