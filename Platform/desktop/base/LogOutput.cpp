@@ -23,26 +23,30 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
+/// Of one line.
 constexpr milliseconds kLongestWait{100};
-constexpr milliseconds kWaitsInAll{1000};
+/// Of all lines together; a twentieth of the time that passes is added.
+constexpr milliseconds kTotalWait{1000};
 constexpr int kShareOfTime = 20;
+/// After a dropped line, before the next one is tried.
 constexpr std::chrono::seconds kPause{1};
 
 /// The time that lines may still wait.
 class WaitingTime {
 public:
-    int MayWaitMilliseconds()
+    /// The longest that the next line may wait; zero or less when the time is used up.
+    milliseconds MayWait()
     {
         const Clock::time_point now = Clock::now();
-        left_ = std::min<Clock::duration>(kWaitsInAll, left_ + (now - earnedUntil_) / kShareOfTime);
+        left_ = std::min<Clock::duration>(kTotalWait, left_ + (now - earnedUntil_) / kShareOfTime);
         earnedUntil_ = now;
-        return static_cast<int>(std::min(kLongestWait, std::chrono::duration_cast<milliseconds>(left_)).count());
+        return std::min(kLongestWait, std::chrono::duration_cast<milliseconds>(left_));
     }
-    /// A wait that ends at once costs something too, so that there is an end to those.
+    /// A wait that ends at once costs something too: otherwise such waits could go on for ever.
     void Spend(Clock::duration waited) { left_ -= std::max<Clock::duration>(waited, milliseconds(1)); }
 
 private:
-    Clock::duration left_ = kWaitsInAll;
+    Clock::duration left_ = kTotalWait;
     Clock::time_point earnedUntil_ = Clock::now();
 };
 
@@ -105,15 +109,15 @@ bool WaitForRoom(const LogSink& sink)
     if (dropped.Any()) {
         return false; // another line has waited already
     }
-    const int most = time.MayWaitMilliseconds();
-    if (most <= 0) {
+    const milliseconds most = time.MayWait();
+    if (most <= milliseconds::zero()) {
         return false;
     }
     const Clock::time_point begin = Clock::now();
     sink.WaitForRoom(most);
     const Clock::duration waited = Clock::now() - begin;
     time.Spend(waited);
-    return waited < milliseconds(most);
+    return waited < most;
 }
 
 /// Returns 0 or the errno.
