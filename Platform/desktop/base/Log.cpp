@@ -17,9 +17,9 @@
 #include <string_view>
 #include <unistd.h>
 
-#include "Platform/desktop/base/LogEscape.h"
 #include "Platform/desktop/base/LogOutput.h"
 #include "Platform/desktop/base/PlatformLog.h"
+#include "Platform/desktop/base/VisibleText.h"
 
 namespace desktop {
 
