@@ -22,6 +22,7 @@
 #include <vconf.h>
 #include <vector>
 
+#include "Platform/desktop/base/Settings.h"
 #include "Tests/Desktop/Fixtures.h"
 
 using fixtures::Exists;
@@ -148,7 +149,7 @@ TEST_F(SettingsStore, AbsentIsAFailure)
 {
     EXPECT_EQ(GetInt(), kUntouched);
     EXPECT_EQ(vconf_get_str(kKey), nullptr);
-    EXPECT_EQ(desktop::LastSettingsProblem(), File() + ": No such file or directory");
+    EXPECT_EQ(desktop::LastSettingsError(), File() + ": No such file or directory");
 }
 
 TEST_F(SettingsStore, ATextWithAZeroByteIsNoText)
@@ -174,7 +175,7 @@ TEST_F(SettingsStore, KeysCannotLeaveTheFolder)
         EXPECT_EQ(vconf_set_int(key.c_str(), 2), -1) << key;
         EXPECT_EQ(vconf_set_str(key.c_str(), "2"), -1) << key;
         EXPECT_EQ(vconf_get_str(key.c_str()), nullptr) << key;
-        EXPECT_THAT(desktop::LastSettingsProblem(), HasSubstr("not a key"));
+        EXPECT_THAT(desktop::LastSettingsError(), HasSubstr("not a key"));
     }
     EXPECT_EQ(ReadFile(secret), "1");
     EXPECT_FALSE(Exists(folder_ / "tvsettings"));
@@ -236,16 +237,16 @@ TEST_F(SettingsStore, AFileMadeByOthersKeepsItsModeAndOwner)
     EXPECT_EQ(status.st_gid, root ? kSomebody : getegid());
 }
 
-TEST_F(SettingsStore, SuccessLeavesNoProblemBehind)
+TEST_F(SettingsStore, ASuccessClearsTheLastError)
 {
     EXPECT_EQ(vconf_get_str(kKey), nullptr);
-    EXPECT_NE(desktop::LastSettingsProblem(), "");
+    EXPECT_NE(desktop::LastSettingsError(), "");
     EXPECT_EQ(vconf_set_int(kKey, 1), 0);
-    EXPECT_EQ(desktop::LastSettingsProblem(), "");
+    EXPECT_EQ(desktop::LastSettingsError(), "");
     EXPECT_EQ(GetInt("db/absent"), kUntouched);
-    EXPECT_NE(desktop::LastSettingsProblem(), "");
+    EXPECT_NE(desktop::LastSettingsError(), "");
     EXPECT_EQ(GetInt(), 1);
-    EXPECT_EQ(desktop::LastSettingsProblem(), "");
+    EXPECT_EQ(desktop::LastSettingsError(), "");
 }
 
 TEST_F(SettingsStore, TheFolderFollowsTheEnvironment)
@@ -264,7 +265,7 @@ TEST_F(SettingsStore, TheFolderFollowsTheEnvironment)
     EXPECT_EQ(desktop::SettingsFolder(), "");
     EXPECT_EQ(GetInt(), kUntouched);
     EXPECT_EQ(vconf_set_int(kKey, 1), -1);
-    EXPECT_EQ(desktop::LastSettingsProblem(),
+    EXPECT_EQ(desktop::LastSettingsError(),
               "no settings folder: neither XDG_CONFIG_HOME nor HOME holds an absolute path");
 }
 
@@ -291,7 +292,7 @@ TEST_F(SettingsStore, WhatIsNoPlainFileIsLeftAlone)
         EXPECT_EQ(GetInt(), kUntouched) << test.name;
         EXPECT_EQ(vconf_get_str(kKey), nullptr) << test.name;
         EXPECT_EQ(vconf_set_int(kKey, 2), -1) << test.name;
-        EXPECT_EQ(desktop::LastSettingsProblem(), File() + test.problem) << test.name;
+        EXPECT_EQ(desktop::LastSettingsError(), File() + test.problem) << test.name;
         EXPECT_THAT(Files(), ElementsAre("state")) << test.name;
         std::filesystem::remove(File());
     }
@@ -306,7 +307,7 @@ TEST_F(SettingsStore, AHugeFileIsNotRead)
     EXPECT_EQ(GetInt(), kUntouched);
     EXPECT_EQ(vconf_get_str(kKey), nullptr);
     EXPECT_LT(BytesRead() - before, 100'000U);
-    EXPECT_THAT(desktop::LastSettingsProblem(), HasSubstr("larger than a setting can be"));
+    EXPECT_THAT(desktop::LastSettingsError(), HasSubstr("larger than a setting can be"));
     EXPECT_EQ(vconf_set_int(kKey, 1), 0);
     EXPECT_EQ(GetInt(), 1);
 }
@@ -326,7 +327,7 @@ TEST_F(SettingsStore, WithoutDescriptorsNothingIsLost)
         setrlimit(RLIMIT_NOFILE, &none);
         int value = kUntouched;
         const bool failed = vconf_get_int(kKey, &value) == -1 && value == kUntouched && vconf_set_int(kKey, 2) == -1;
-        _exit(failed && desktop::LastSettingsProblem().find("Too many open files") != std::string::npos ? 0 : 1);
+        _exit(failed && desktop::LastSettingsError().find("Too many open files") != std::string::npos ? 0 : 1);
     });
     EXPECT_EQ(process.Wait(), 0);
     EXPECT_EQ(GetInt(), 1);
@@ -371,14 +372,15 @@ TEST_F(SettingsStore, AKilledWriterLeavesTheOldOrTheNewValue)
     for (int round = 0; round < 200; ++round) {
         fixtures::Process writer([&values] {
             for (int i = 0;; ++i) {
-                desktop::WriteSetting(kKey, values[i % 2]);
+                static_cast<void>(desktop::WriteSetting(kKey, values[i % 2])); // killed in between
             }
         });
         usleep(static_cast<useconds_t>(200 + 37 * (round % 100)));
         writer.Signal(SIGKILL);
         writer.Wait();
         const auto found = desktop::ReadSetting(kKey);
-        ASSERT_TRUE(found == values[0] || found == values[1]);
+        ASSERT_TRUE(found) << found.Error().text;
+        ASSERT_TRUE(*found == values[0] || *found == values[1]);
     }
     EXPECT_EQ(vconf_set_int(kKey, 1), 0);
     EXPECT_THAT(Files(), ElementsAre("state"));
@@ -400,7 +402,8 @@ TEST_F(SettingsStore, WritersAndReadersInSeveralProcessesNeverMeetATornValue)
     }
     for (int i = 0; i < 20'000; ++i) {
         const auto found = desktop::ReadSetting(kKey);
-        ASSERT_TRUE(found == values[0] || found == values[1]) << desktop::LastSettingsProblem();
+        ASSERT_TRUE(found) << found.Error().text;
+        ASSERT_TRUE(*found == values[0] || *found == values[1]);
     }
     for (fixtures::Process& writer : writers) {
         EXPECT_EQ(writer.Wait(), 0);

@@ -10,7 +10,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "Platform/desktop/base/SettingsStore.h"
+#include "Platform/desktop/base/Settings.h"
 #include "Tests/Desktop/Fixtures.h"
 
 using testing::ElementsAre;
@@ -400,5 +400,5 @@ TEST_F(SettingsWatch, RefusesWhatCannotBeWatched)
     EXPECT_EQ(vconf_ignore_key_changed(nullptr, Note), -1);
     fixtures::WriteFile(folder_ / "tvsettings/db", "a file where a folder must be");
     EXPECT_EQ(vconf_notify_key_changed(kKey, Note, nullptr), -1);
-    EXPECT_THAT(desktop::LastSettingsProblem(), testing::HasSubstr("tvsettings/db/menu"));
+    EXPECT_THAT(desktop::LastSettingsError(), testing::HasSubstr("tvsettings/db/menu"));
 }

@@ -61,7 +61,7 @@ private:
 
     void LogSilence();
     void LogHeld();
-    bool Save(const Held& held);
+    Result<void> Save(const Held& held);
     static BusMessage RestoreRequest(const Held& held);
     void GiveBackWithoutWaiting();
 
