@@ -23,7 +23,7 @@ void* const kCallback = reinterpret_cast<void*>(OnChange);
 
 void ExpectNoneHeld(const char* where)
 {
-    EXPECT_EQ(lock_watch::Held(), 0) << where;
+    EXPECT_EQ(locks::Held(), 0) << where;
 }
 
 struct Operation {
@@ -98,10 +98,10 @@ protected:
     static void ExpectAtMostOne(const std::vector<Operation>& operations)
     {
         for (const Operation& operation : operations) {
-            lock_watch::Reset();
+            locks::Reset();
             operation.run();
-            EXPECT_LE(lock_watch::MostHeld(), 1) << operation.name;
-            EXPECT_EQ(lock_watch::Held(), 0) << operation.name;
+            EXPECT_LE(locks::MostHeld(), 1) << operation.name;
+            EXPECT_EQ(locks::Held(), 0) << operation.name;
         }
     }
 
@@ -124,14 +124,14 @@ TEST_F(OneLock, TheLibrarysLocksAreSeen)
         {"ExistHandle", [this] { pipe_->ExistHandle(this); }},
     };
     for (const Operation& operation : locking) {
-        lock_watch::Reset();
+        locks::Reset();
         operation.run();
-        EXPECT_EQ(lock_watch::MostHeld(), 1) << operation.name;
+        EXPECT_EQ(locks::MostHeld(), 1) << operation.name;
         {
             const boost::mutex::scoped_lock lock(otherMutex_);
             operation.run();
         }
-        EXPECT_EQ(lock_watch::MostHeld(), 2) << operation.name << " under another lock";
+        EXPECT_EQ(locks::MostHeld(), 2) << operation.name << " under another lock";
     }
 }
 

@@ -23,15 +23,7 @@
 
 using desktop::BusAnswer;
 using desktop::BusReply;
-using fixtures::BusClient;
-using fixtures::Eventually;
-using fixtures::Exists;
-using fixtures::HoldBack;
-using fixtures::kNo;
-using fixtures::kYes;
-using fixtures::LoopUntil;
-using fixtures::Paused;
-using fixtures::Process;
+using namespace fixtures;
 
 namespace {
 
