@@ -73,7 +73,7 @@ TEST_F(ContentCheckFault, AScheduleWithoutASizeExistsAndDoesNotParse)
     }
 }
 
-TEST_F(ContentCheckFault, AScheduleThatIsAFifoIsEmptyOnceSomebodyWrites)
+TEST_F(ContentCheckFault, AFifoAsScheduleIsEmptyOnceItHasAWriter)
 {
     StoreGood();
     fs::remove(kSchedule);
@@ -219,7 +219,7 @@ TEST_F(ContentCheckFault, NamesThatNoFileCanHaveAreMissing)
     }
 }
 
-TEST_F(ContentCheckFault, EachContentIsLookedAtInItsTurn)
+TEST_F(ContentCheckFault, ContentsAreExaminedOneAfterTheOther)
 {
     const auto store = [] {
         StoreSchedule(Xml({{{"first", "mp4", 5}, {"second", "mp4", 6}}}, kRechInfo));
@@ -246,7 +246,7 @@ TEST_F(ContentCheckFault, EachContentIsLookedAtInItsTurn)
     ExpectAnswers(true, true);
 }
 
-TEST_F(ContentCheckFault, AThousandChecksOfEveryOutcomeKeepNothingOpen)
+TEST_F(ContentCheckFault, RepeatedChecksLeakNoDescriptors)
 {
     const std::function<void()> outcomes[] = {
         [] {},
@@ -295,7 +295,7 @@ TEST_F(ContentCheckFault, AThousandChecksOfEveryOutcomeKeepNothingOpen)
     ExpectGoodPolicy();
 }
 
-TEST_F(ContentCheckFault, WhatWentWrongIsLoggedWithoutTakingMemory)
+TEST_F(ContentCheckFault, LoggingAnErrorTakesNoMemory)
 {
     const std::string message = "a message that takes memory of its own, as does each copy of it";
     const std::exception_ptr error = std::make_exception_ptr(CVQMException(7, message));

@@ -94,7 +94,7 @@ TEST_F(ContentCheck, ClearingKeepsPeriodVersionExpirationAndIpType)
     ExpectAnswers(true, true);
 }
 
-TEST_F(ContentCheck, TheMonitorDiesWithItsPolicy)
+TEST_F(ContentCheck, DestroyingTheMonitorReleasesItsPolicy)
 {
     StoreGood();
     CVQMSyncDemoMonitor::DestroyInstance();

@@ -101,7 +101,7 @@ TEST(DataBuffer, CapacityIsWhatDoublingReaches)
     }
 }
 
-TEST(DataBuffer, ReservesRoomForWhatIsExpected)
+TEST(DataBuffer, ReservesRoomForExpectedBytes)
 {
     CVQMDataBufferObject buffer;
     buffer.AppendReserving("abc", 3, 97);

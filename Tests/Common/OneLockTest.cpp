@@ -116,7 +116,7 @@ protected:
     std::unique_ptr<OpenPipe> pipe_ = std::make_unique<OpenPipe>();
 };
 
-TEST_F(OneLock, TheLibrarysLocksAreSeen)
+TEST_F(OneLock, TheWatchSeesTheLibrarysLocks)
 {
     const Operation locking[] = {
         {"GetInstance", [] { CVQMSyncDemoMonitor::GetInstance(); }},
@@ -135,7 +135,7 @@ TEST_F(OneLock, TheLibrarysLocksAreSeen)
     }
 }
 
-TEST_F(OneLock, IsAllThatAnOperationOfTheMonitorHolds)
+TEST_F(OneLock, OperationsOfTheMonitorHoldAtMostOneLock)
 {
     const std::string schedule = kScheduleDirectory + "schedule.xml";
     recording::settings().onGet = [] { ExpectNoneHeld("the store"); };
@@ -183,7 +183,7 @@ TEST_F(OneLock, IsAllThatAnOperationOfTheMonitorHolds)
     });
 }
 
-TEST_F(OneLock, IsAllThatAnOperationOfThePipeHolds)
+TEST_F(OneLock, OperationsOfThePipeHoldAtMostOneLock)
 {
     CVQMFileRequestData empty;
     FileRequest read = RequestFor(REQUEST_READ);
@@ -229,7 +229,7 @@ TEST_F(OneLock, IsAllThatAnOperationOfThePipeHolds)
     });
 }
 
-TEST_F(OneLock, IsGivenUpBeforeOtherPeoplesCodeRuns)
+TEST_F(OneLock, LocksAreReleasedBeforeTheCallersCodeRuns)
 {
     ExpectAtMostOne({
         {"reading a document",
@@ -315,7 +315,7 @@ TEST_F(OneLock, ACallbackMayUseTheMonitor)
 }
 
 /// Nothing of the library is locked while a document is parsed.
-TEST_F(OneLock, ADocumentIsParsedWithoutAny)
+TEST_F(OneLock, ParsingHoldsNoLock)
 {
     struct Target : CVQMScheduleContainer {
         bool ReadFrom(IVQMSerialize* pSerialize) override

@@ -76,7 +76,7 @@ TEST_F(MonitorThreads, EachCopyOfThePolicyIsWhole)
     ExpectWhole(Current());
 }
 
-TEST_F(MonitorThreads, ASchedulesOwnTargetNeedsNoLock)
+TEST_F(MonitorThreads, ParsingIntoTheCallersPolicyNeedsNoLock)
 {
     RunTogether(4, [this](int number) {
         const std::string path = kScheduleDirectory + std::to_string(number);

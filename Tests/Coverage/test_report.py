@@ -75,7 +75,7 @@ def test_fails_on_a_branch_that_is_not_taken_and_shows_it(report):
     ]
 
 
-def test_passes_when_it_is_accepted_and_says_why(report):
+def test_passes_when_it_is_accepted_and_prints_the_reason(report):
     code, lines, _ = report(
         [[(FIRST, 1, 0), (SECOND, 3, 4)]], "Data/Pick.cpp | Pick | number > 1 | false | nobody has so few\n"
     )

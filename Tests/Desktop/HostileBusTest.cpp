@@ -149,7 +149,7 @@ TEST_F(HostileBus, ADaemonThatLosesTheFirstRequestsIsAskedAgain)
     EXPECT_TRUE(Eventually([&] { return LinesOf(log).back() == "UnInhibit 42"; }));
 }
 
-TEST_F(HostileBus, ASignalOfTheSystemDoesNotPassForSilence)
+TEST_F(HostileBus, AnInterruptedWaitDoesNotCountAsSilence)
 {
     const int listening = fixtures::ListenOn(BusSocket());
     static int handled[2];

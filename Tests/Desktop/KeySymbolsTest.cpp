@@ -13,7 +13,7 @@ TEST(KeySymbols, LeaveNoVariableBehind)
     EXPECT_EQ(std::getenv("XKEYSYMDB"), nullptr);
 }
 
-TEST(KeySymbols, KeepThePersonsVariable)
+TEST(KeySymbols, RestoreTheUsersVariable)
 {
     setenv("XKEYSYMDB", "/some/where", 1);
     EXPECT_TRUE(desktop::AddToolKeySymbols());

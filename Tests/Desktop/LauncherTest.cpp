@@ -233,7 +233,7 @@ TEST_F(Launcher, AProgramThatComesAndGoesIsNoticed)
     EXPECT_EQ(Launched(2), "|\n|\n");
 }
 
-TEST_F(Launcher, AnEntryThatMakesNoSenseSaysWhy)
+TEST_F(Launcher, AnInvalidEntryIsReportedWithItsReason)
 {
     struct Case {
         std::string content;
@@ -260,7 +260,7 @@ TEST_F(Launcher, AnEntryThatMakesNoSenseSaysWhy)
     }
 }
 
-TEST_F(Launcher, WhatIsNoPlainFileIsNoEntry)
+TEST_F(Launcher, AnEntryMustBeAPlainFile)
 {
     std::filesystem::create_directories(Entry());
     EXPECT_EQ(Failed().second, Entry() + ": not a plain file");
@@ -273,7 +273,7 @@ TEST_F(Launcher, WhatIsNoPlainFileIsNoEntry)
     EXPECT_EQ(Failed().second, Entry() + ": too large for a desktop entry");
 }
 
-TEST_F(Launcher, AProgramThatCannotBeStartedSaysWhy)
+TEST_F(Launcher, AFailedStartIsReportedWithItsReason)
 {
     WriteFile(Program(), "no program");
     WriteEntry(Program());
@@ -294,7 +294,7 @@ TEST_F(Launcher, IdsCannotLeaveTheFolders)
     }
 }
 
-TEST_F(Launcher, TheProgramGetsNothingOfOurs)
+TEST_F(Launcher, TheProgramInheritsNothing)
 {
     WriteFile(Program(), "#!/bin/sh\nexec > " + Output() +
                              "\npwd\ncut -d' ' -f5 /proc/$$/stat\necho $$\ngrep -E '^Sig(Blk|Ign)' /proc/self/status\n"
@@ -347,7 +347,7 @@ TEST_F(Launcher, TheProgramGetsNothingOfOurs)
     EXPECT_THAT(output, Not(HasSubstr("NOTIFY_SOCKET")));
 }
 
-TEST_F(Launcher, AProgramThatWritesWithoutEndDisturbsNobody)
+TEST_F(Launcher, EndlessOutputOfAProgramIsDiscarded)
 {
     WriteEntry("/bin/sh -c \"head -c 100000000 /dev/zero; head -c 1000000 /dev/zero >&2; echo done > " + Output() +
                "\"");

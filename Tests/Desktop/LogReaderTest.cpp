@@ -125,7 +125,7 @@ TEST_P(LogOfStalledReader, DoesNotHoldUpTheProgram)
     close(channel.written);
 }
 
-TEST_P(LogOfStalledReader, SaysLaterHowManyLinesAreMissing)
+TEST_P(LogOfStalledReader, ReportsDroppedLinesLater)
 {
     const Channel channel = GetParam().open();
     int go[2];

@@ -177,7 +177,7 @@ TEST_F(Popups, TheEmergencyExitRestores)
     EXPECT_EQ(Paused(), kNo);
 }
 
-TEST_F(Popups, ADaemonThatHangsIsNotWaitedForAndDoesWhatItWasAskedWhenItWakesUp)
+TEST_F(Popups, AHangingDaemonIsNotAwaitedAndActsWhenItWakesUp)
 {
     StartBus();
     StartDunst();

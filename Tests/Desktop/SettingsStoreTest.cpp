@@ -145,14 +145,14 @@ TEST_F(SettingsStore, OnlyAWholeNumberIsANumber)
     }
 }
 
-TEST_F(SettingsStore, AbsentIsAFailure)
+TEST_F(SettingsStore, AnAbsentSettingIsAFailure)
 {
     EXPECT_EQ(GetInt(), kUntouched);
     EXPECT_EQ(vconf_get_str(kKey), nullptr);
     EXPECT_EQ(desktop::LastSettingsError(), File() + ": No such file or directory");
 }
 
-TEST_F(SettingsStore, ATextWithAZeroByteIsNoText)
+TEST_F(SettingsStore, ATextWithAZeroByteIsRefused)
 {
     WriteFile(File(), std::string("a\0b", 3));
     EXPECT_EQ(vconf_get_str(kKey), nullptr);
@@ -269,7 +269,7 @@ TEST_F(SettingsStore, TheFolderFollowsTheEnvironment)
               "no settings folder: neither XDG_CONFIG_HOME nor HOME holds an absolute path");
 }
 
-TEST_F(SettingsStore, WhatIsNoPlainFileIsLeftAlone)
+TEST_F(SettingsStore, OnlyPlainFilesAreReadOrReplaced)
 {
     struct Case {
         const char* name;

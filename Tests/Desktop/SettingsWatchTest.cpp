@@ -71,7 +71,7 @@ protected:
 
 } // namespace
 
-TEST_F(SettingsWatch, SeesEachSetOnce)
+TEST_F(SettingsWatch, SeesEachWriteOnce)
 {
     ASSERT_EQ(vconf_notify_key_changed(kKey, Note, &seen_), 0);
     for (const int value : {1, 0, 0, 1}) {
@@ -102,7 +102,7 @@ TEST_F(SettingsWatch, SeesAnEditInPlaceOnce)
     EXPECT_THAT(seen_, ElementsAre(1));
 }
 
-TEST_F(SettingsWatch, WhatStoodThereBeforeIsNoChange)
+TEST_F(SettingsWatch, AnExistingValueIsNotAChange)
 {
     EXPECT_EQ(vconf_set_int(kKey, 1), 0);
     ASSERT_EQ(vconf_notify_key_changed(kKey, Note, &seen_), 0);
@@ -135,7 +135,7 @@ TEST_F(SettingsWatch, SeesTheLastOfManyWritesByTwoProcesses)
     }
 }
 
-TEST_F(SettingsWatch, KeysOfOneFolderAreToldApart)
+TEST_F(SettingsWatch, KeysOfOneFolderAreDistinguished)
 {
     Seen other;
     ASSERT_EQ(vconf_notify_key_changed(kKey, Note, &seen_), 0);
@@ -182,7 +182,7 @@ TEST_F(SettingsWatch, ARegistrationAfterTheLastOneEndedWorks)
     EXPECT_TRUE(LoopUntil([&] { return seen_ == Seen{2}; }));
 }
 
-TEST_F(SettingsWatch, TheNodeTellsKeyAndNumber)
+TEST_F(SettingsWatch, TheNodeHoldsKeyAndNumber)
 {
     struct What {
         std::string name;

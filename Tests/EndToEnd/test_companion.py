@@ -140,7 +140,7 @@ def test_no_shell_sees_the_entry(desktop, keyboard, application):
     assert not (desktop.home / "touched").exists()
 
 
-def test_companion_gets_a_clean_environment_and_no_descriptor_of_ours(desktop, keyboard, application):
+def test_companion_gets_a_clean_environment_and_inherits_no_descriptor(desktop, keyboard, application):
     desktop.install_companion(
         'env > "$HOME/environment"\nls -l /proc/$$/fd > "$HOME/descriptors"\n'
         'cat /proc/self/status > "$HOME/status"\necho done > "$HOME/done"\n'

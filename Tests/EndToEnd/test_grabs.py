@@ -159,7 +159,7 @@ def two_screens():
 
 
 @pytest.mark.parametrize("focused", [0, 1])
-def test_keys_arrive_whichever_screen_has_the_focus(two_screens, focused):
+def test_keys_arrive_with_the_focus_on_any_screen(two_screens, focused):
     keyboard = Keyboard(two_screens)
     keyboard.add(*TOOL_KEYS.values())
     application = two_screens.start_application()

@@ -81,7 +81,7 @@ def test_live_does_not_call_a_lent_key_one_of_the_keyboard_s(desktop, build):
     assert live.stop() == 0
 
 
-def test_second_live_says_that_one_runs(desktop, build):
+def test_second_live_reports_that_one_runs(desktop, build):
     first = start_live(desktop, build)
     shown(first)
     second = start_live(desktop, build)
@@ -97,7 +97,7 @@ def test_second_live_says_that_one_runs(desktop, build):
     ({"DISPLAY": ""}, 'cannot open ""'),
     ({"HOME": "", "XDG_RUNTIME_DIR": ""}, "neither XDG_RUNTIME_DIR nor HOME"),
 ])
-def test_live_says_nothing_more_after_an_early_end(desktop, build, missing, cause):
+def test_live_is_silent_after_an_early_end(desktop, build, missing, cause):
     live = start_live(desktop, build, **missing)
     assert live.process.wait(PATIENCE) == 1
     assert INSTRUCTIONS not in live.output()
@@ -144,7 +144,7 @@ def test_demo_leaves_the_user_s_desktop_alone(bus, keyboard, build, display):
     assert not bus.settings.exists() or not list(bus.settings.rglob("state"))
 
 
-def test_demo_says_at_once_why_the_application_has_ended(desktop, build):
+def test_demo_reports_at_once_why_the_application_has_ended(desktop, build):
     program = build / "bin/VQMKeygrab"
     program.unlink()
     program.write_text(f"#!/bin/sh\nunset HOME XDG_RUNTIME_DIR\nexec {shlex.quote(str(BUILD / 'bin/VQMKeygrab'))}\n")

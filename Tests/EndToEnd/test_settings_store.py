@@ -100,7 +100,7 @@ PLACES = [
 
 
 @pytest.mark.parametrize("what", PLACES)
-def test_whatever_stands_in_the_keys_place_reads_as_off(desktop, keyboard, what):
+def test_anything_but_a_plain_file_reads_as_off(desktop, keyboard, what):
     path = in_the_keys_place(desktop, what)
     before = os.lstat(path)
     application = desktop.start_application()
@@ -112,7 +112,7 @@ def test_whatever_stands_in_the_keys_place_reads_as_off(desktop, keyboard, what)
 
 
 @pytest.mark.parametrize("what", ["directory", "dangling link", "pipe"])
-def test_a_write_refuses_what_is_no_plain_file_and_leaves_it(desktop, what):
+def test_a_write_refuses_and_keeps_anything_but_a_plain_file(desktop, what):
     path = in_the_keys_place(desktop, what)
     completed = desktop.vqmctl("setting", "on", check=False)
     assert completed.returncode == 3

@@ -16,7 +16,7 @@ void ExpectNoAllocation(const char* name, const Work& work)
     allocation_fault::FailNth(0);
 }
 
-TEST_F(FilePipeMemory, AskingAndClosingTakeNoMemory)
+TEST_F(FilePipeMemory, QueriesAndDisconnectTakeNoMemory)
 {
     CVQMDataBufferObject buffer;
     Fill(buffer, kLargeText);
@@ -47,7 +47,7 @@ TEST_F(FilePipeMemory, AskingAndClosingTakeNoMemory)
     ExpectBystandersWork();
 }
 
-TEST_F(FilePipeMemory, APipeEndsWithoutMemory)
+TEST_F(FilePipeMemory, DestroyingAPipeTakesNoMemory)
 {
     const std::size_t descriptors = OpenDescriptors();
     const std::size_t blocks = allocation_fault::BlocksInUse();
@@ -84,7 +84,7 @@ TEST_F(FilePipeMemory, APipeEndsWithoutMemory)
 }
 
 // What a request opened and then failed to move cannot be closed by the caller, who has no handle.
-TEST_F(FilePipeMemory, AFileThatARequestOpenedAndLeftEndsWithThePipe)
+TEST_F(FilePipeMemory, AFileOpenedByAFailedRequestClosesWithThePipe)
 {
     const std::string path = MakeFile("file", "0123456789");
     const std::size_t descriptors = OpenDescriptors();
@@ -113,7 +113,7 @@ TEST_F(FilePipeMemory, AFileThatARequestOpenedAndLeftEndsWithThePipe)
     ExpectBystandersWork();
 }
 
-TEST(FileRequestMemory, ARequestIsLoadedAndReadWhollyOrNotAtAll)
+TEST(FileRequestMemory, ARequestIsCopiedCompletelyOrNotAtAll)
 {
     int data = 0;
     FileRequest full;
@@ -164,7 +164,7 @@ TEST(FileRequestMemory, ARequestIsLoadedAndReadWhollyOrNotAtAll)
     }
 }
 
-TEST_F(FilePipeMemory, ATextFileIsReadWholeOrSaysThatItIsNot)
+TEST_F(FilePipeMemory, ATextFileIsReadCompletelyOrReportedAsNotRead)
 {
     const std::string content(25000, 't');
     const std::string path = MakeFile("file", content);

@@ -41,7 +41,7 @@ TEST_F(FilePipe, BytesAreWrittenStepByStep)
     }
 }
 
-TEST_F(FilePipe, NothingToWriteIsNoError)
+TEST_F(FilePipe, WritingNothingIsNotAnError)
 {
     CVQMDataBufferObject source;
     FileRequest request = RequestFor(REQUEST_WRITE, Path("file"));
