@@ -23,7 +23,7 @@ using Text = std::unique_ptr<char, Release>;
 using Texts = std::unique_ptr<char*, Release>;
 using KeyFile = std::unique_ptr<GKeyFile, Release>;
 
-/// Takes a GLib error over.
+/// Takes over a GLib error.
 Error ErrorOf(GError* error)
 {
     const std::unique_ptr<GError, Release> owned(error);
@@ -42,8 +42,8 @@ std::string NameOf(GKeyFile* file)
     return name != nullptr ? name.get() : "";
 }
 
-/// Replaces the field codes of one argument. No files are handed over: their codes vanish, and
-/// with them an argument that is nothing else.
+/// Replaces the field codes of one argument. The codes for files vanish, because no files are passed; an
+/// argument that is only such a code vanishes with it.
 void AppendExpanded(std::vector<std::string>& arguments, std::string_view argument, GKeyFile* file,
                     const std::string& path)
 {
@@ -80,8 +80,8 @@ void AppendExpanded(std::vector<std::string>& arguments, std::string_view argume
     }
 }
 
-/// The command line is split first and its field codes replaced afterwards, so nothing that an
-/// entry's name or path holds is taken for more than one argument.
+/// Splits the command line first and replaces its field codes afterwards, so that an entry's name or path
+/// can never turn into several arguments.
 Result<std::vector<std::string>> ArgumentsOf(GKeyFile* file, const std::string& path)
 {
     const std::string commandLine = Value(file, G_KEY_FILE_DESKTOP_KEY_EXEC);

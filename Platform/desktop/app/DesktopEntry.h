@@ -8,9 +8,9 @@
 
 namespace desktop {
 
-/// What an entry says about starting its program.
+/// The part of an entry that is about starting its program.
 struct DesktopEntry {
-    bool hidden = false;                ///< to be treated as if it were not there
+    bool hidden = false;                ///< the entry counts as missing
     std::vector<std::string> arguments; ///< the program first; no field codes left; never empty unless hidden
     std::string tryProgram;             ///< must exist, or the application counts as not installed; may be empty
     std::string workingFolder;          ///< empty: the starter's

@@ -115,7 +115,7 @@ void PopupInhibitor::OnOwner(const std::string& owner)
     undecided_ = !owner.empty();
     silenceLogged_ = false;
     if (retry_.IsRunning()) {
-        retry_.Start(); // the name changes hands quickly: only the last owner will be asked
+        retry_.Start(); // the name changes hands quickly: only the last owner is asked
     } else if (undecided_) {
         retry_.Start();
         AskDaemon();

@@ -12,8 +12,8 @@ namespace {
 constexpr int kDone = 0;
 constexpr int kFailed = -1;
 
-/// Not destroyed at exit: an exit without `tvcontext_fini` may come at a moment when the bus must
-/// not be used. The record of what was found is on the disk.
+/// Not destroyed at exit: an exit without `tvcontext_fini` may happen while the bus must not be used. The
+/// record of the earlier state is on disk.
 std::unique_ptr<desktop::PopupInhibitor>& Inhibitor()
 {
     static auto* inhibitor = new std::unique_ptr<desktop::PopupInhibitor>;

@@ -50,7 +50,7 @@ private:
     Clock::time_point earnedUntil_ = Clock::now();
 };
 
-/// The lines that found no room.
+/// Counts the lines that found no room.
 class DroppedLines {
 public:
     void Count()
@@ -60,7 +60,7 @@ public:
     }
     bool Any() const { return count_.load(std::memory_order_relaxed) != 0; }
     bool IsPause() const { return Any() && Clock::now().time_since_epoch().count() < resumeAt_; }
-    /// A line of the pause does not make it longer.
+    /// A line that is dropped during the pause does not prolong it.
     void CountInPause() { ++count_; }
     unsigned long long Take() { return count_.exchange(0); }
     void PutBack(unsigned long long lines) { count_ += lines; }
@@ -90,7 +90,7 @@ struct StandardError {
     std::optional<LogSink> entries;
 };
 
-/// Never destroyed: destructors log, too.
+/// Never destroyed, because destructors log too.
 std::unique_ptr<StandardError>& Current()
 {
     static auto* current = [] {
@@ -100,14 +100,14 @@ std::unique_ptr<StandardError>& Current()
     return *current;
 }
 
-/// Returns false when the wait is over: there was none left, or it brought nothing.
+/// Returns false when the line must be dropped: no waiting time is left, or waiting made no room.
 bool WaitForRoom(const LogSink& sink)
 {
     static std::mutex mutex;
     static WaitingTime time;
     const std::lock_guard lock(mutex);
     if (dropped.Any()) {
-        return false; // another line has waited already
+        return false; // another line has already waited in vain
     }
     const milliseconds most = time.MayWait();
     if (most <= milliseconds::zero()) {
@@ -120,7 +120,7 @@ bool WaitForRoom(const LogSink& sink)
     return waited < most;
 }
 
-/// Returns 0 or the errno.
+/// Returns 0 or the errno, and not a `Result`: a line that fails must not take memory.
 int WriteWhole(const LogSink& sink, std::string_view data)
 {
     const std::size_t whole = data.size();
@@ -177,7 +177,7 @@ JournalAnswer WriteToJournal(int priority, std::string_view tag, std::string_vie
     const std::string entry = JournalEntry(priority, tag, message);
     StandardError& standardError = *Current();
     const std::lock_guard lock(standardError.journalMutex);
-    // A journal that was started anew has another socket.
+    // A restarted journal has a new socket, so a failed attempt is repeated once.
     for (int attempt = 0; attempt < 2; ++attempt) {
         if (!standardError.entries) {
             standardError.entries = ConnectToJournal();

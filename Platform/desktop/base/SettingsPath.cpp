@@ -19,12 +19,12 @@ constexpr unsigned kItself = IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR | IN_DON
 constexpr unsigned kEntries = IN_CREATE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
 constexpr unsigned kStores = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
 constexpr unsigned kWrites = IN_CREATE | IN_MODIFY;
-/// A link that is replaced loses its name, which counts as an attribute.
+/// Replacing a link changes its number of names, which is reported as an attribute.
 constexpr unsigned kLink = IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_DONT_FOLLOW;
 
 using Names = std::deque<std::string>;
 
-/// Puts the path's names before those that are still to follow.
+/// Inserts the path's names before the names that remain.
 void Prepend(Names& names, const std::string& path)
 {
     std::vector<std::string> parts;

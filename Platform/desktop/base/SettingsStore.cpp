@@ -40,7 +40,7 @@ bool IsValidKey(std::string_view key)
     return IsValidPart(key.substr(begin));
 }
 
-/// A relative path in one of these variables is to be ignored, as everywhere.
+/// A relative path in such a variable is ignored, as the specification of these variables demands.
 std::string AbsoluteFromEnvironment(const char* name)
 {
     const char* value = std::getenv(name);

@@ -13,7 +13,7 @@ namespace desktop {
 
 namespace {
 
-/// What is found by default through HOME, and the variable that overrides that.
+/// The files that programs find through HOME by default, and the variable that overrides each place.
 constexpr struct {
     const char* variable;
     const char* placeInHome;
