@@ -6,7 +6,7 @@
 #include "VQMKeygrab/VQMKeyGrab.h"
 #include "VQMPipe/VQMTextFile.h"
 
-// The layouts that other programs count on, whatever the size of a pointer.
+// The layouts that other programs rely on, for any size of a pointer.
 static_assert(sizeof(GrabKey) == 12);
 static_assert(sizeof(GrabKeyList) == 2316);
 static_assert(sizeof CVQMKeyGrab::xinfo == 12);

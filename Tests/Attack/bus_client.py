@@ -1,4 +1,4 @@
-"""A hostile client of the session bus: forged signals, calls, answers that nobody asked for, floods."""
+"""A hostile client of the session bus: forged signals, calls, unrequested answers, floods."""
 
 import bus_wire
 from bus_peer import BUS, NOTIFICATIONS, NotificationDaemon, Peer

@@ -53,7 +53,7 @@ class Store:
             pass  # something hostile stands in the way already
 
     def clear(self):
-        """A proper store, partly behind links to folders that have a mode of their own."""
+        """A proper store, partly behind links to folders with other modes."""
         config = self.top.parent
         for path in sorted(config.iterdir()):
             self.remove(path)

@@ -9,7 +9,7 @@
 #include "Tests/Common/StoredDemo.h"
 #include "Tests/Support/Recorder.h"
 
-/// The monitor's policy mutex, which is nobody else's business.
+/// The monitor's policy mutex, which is private.
 boost::mutex& MutexOf(CVQMSyncDemoMonitor& monitor);
 
 /// A schedule document with these contents, period by period.

@@ -138,7 +138,7 @@ TEST_F(ContentCheckMemory, AFailedCheckKeepsTheOldPolicy)
             ExpectAnswers(false, true);
             EXPECT_EQ(Text(Current()), oldText_);
             break;
-        case Outcome::Thrown: // with a schedule, whatever it says
+        case Outcome::Thrown: // either answer about the schedule is allowed
             ExpectAnswers(true, true);
             EXPECT_EQ(Text(Current()), oldText_);
             break;

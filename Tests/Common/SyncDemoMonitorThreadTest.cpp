@@ -88,7 +88,7 @@ TEST_F(MonitorThreads, ParsingIntoTheCallersPolicyNeedsNoLock)
             ExpectWhole(policy);
         }
     });
-    EXPECT_TRUE(Current().bError) << "nobody stored one";
+    EXPECT_TRUE(Current().bError) << "none was stored";
 }
 
 TEST_F(MonitorThreads, ChecksMayMoveFromThreadToThread)

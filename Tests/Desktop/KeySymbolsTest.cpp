@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-// Xlib reads the database once in a process, so each case has a process of its own.
+// Xlib reads the database once in a process, so each case runs in a separate process.
 
 TEST(KeySymbols, LeaveNoVariableBehind)
 {

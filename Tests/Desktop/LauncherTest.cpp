@@ -332,7 +332,7 @@ TEST_F(Launcher, TheProgramInheritsNothing)
 
     const std::string output = ReadFile(Output());
     const std::string self = std::to_string(pid);
-    EXPECT_THAT(output, testing::StartsWith("/usr\n" + self + "\n" + self + "\n")); // a process group of its own
+    EXPECT_THAT(output, testing::StartsWith("/usr\n" + self + "\n" + self + "\n")); // its own process group
     EXPECT_THAT(output, HasSubstr("SigBlk:\t0000000000000000\n"));
     // glibc leaves its two internal signals ignored in every spawned process.
     const unsigned long long internalSignals = 3ULL << 31U;

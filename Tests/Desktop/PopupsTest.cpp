@@ -46,7 +46,7 @@ TEST_F(Popups, TheBusIsWhereTheEnvironmentSays)
     EXPECT_EQ(desktop::SessionBusAddress(), "");
     close(fixtures::ListenOn(folder_ / "bus"));
     EXPECT_EQ(desktop::SessionBusAddress(), "unix:path=" + (folder_ / "bus"));
-    EXPECT_LT(tvcontext_init(), 0); // nobody listens there
+    EXPECT_LT(tvcontext_init(), 0); // there is no listener
     setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/elsewhere", 1);
     EXPECT_EQ(desktop::SessionBusAddress(), "unix:path=/elsewhere");
     setenv("DBUS_SESSION_BUS_ADDRESS", "autolaunch:", 1);

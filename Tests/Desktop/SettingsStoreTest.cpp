@@ -64,7 +64,7 @@ protected:
     fixtures::Variable configuration_{"XDG_CONFIG_HOME", folder_.Path()};
 };
 
-/// What this process has read from files so far.
+/// The bytes that this process has read from files so far.
 std::uint64_t BytesRead()
 {
     std::ifstream counters("/proc/self/io");
@@ -192,7 +192,7 @@ TEST_F(SettingsStore, NullPointersAreFailures)
     EXPECT_EQ(vconf_set_str(kKey, nullptr), -1);
 }
 
-TEST_F(SettingsStore, FoldersAndFilesMadeHereAreTheOwnersAlone)
+TEST_F(SettingsStore, NewFoldersAndFilesArePrivate)
 {
     const mode_t before = umask(0);
     EXPECT_EQ(vconf_set_int(kKey, 1), 0);
@@ -203,7 +203,7 @@ TEST_F(SettingsStore, FoldersAndFilesMadeHereAreTheOwnersAlone)
     EXPECT_EQ(ModeOf(File()), 0600U);
 }
 
-TEST_F(SettingsStore, FoldersMadeByOthersKeepTheirMode)
+TEST_F(SettingsStore, ExistingFoldersKeepTheirMode)
 {
     constexpr mode_t kShared = 03775;
     std::filesystem::create_directories(folder_ / "shared/db");
@@ -222,19 +222,19 @@ TEST_F(SettingsStore, FoldersMadeByOthersKeepTheirMode)
     EXPECT_EQ(ReadFile(folder_ / "shared/" + kKey), "1");
 }
 
-TEST_F(SettingsStore, AFileMadeByOthersKeepsItsModeAndOwner)
+TEST_F(SettingsStore, AnExistingFileKeepsItsModeAndOwner)
 {
     WriteFile(File(), "0");
     ASSERT_EQ(chmod(File().c_str(), 0664), 0);
-    constexpr uid_t kSomebody = 4711;
+    constexpr uid_t kAnotherUser = 4711;
     const bool root = geteuid() == 0;
-    ASSERT_EQ(chown(File().c_str(), root ? kSomebody : geteuid(), root ? kSomebody : getegid()), 0);
+    ASSERT_EQ(chown(File().c_str(), root ? kAnotherUser : geteuid(), root ? kAnotherUser : getegid()), 0);
     EXPECT_EQ(vconf_set_int(kKey, 1), 0);
     struct stat status {};
     ASSERT_EQ(stat(File().c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0664U);
-    EXPECT_EQ(status.st_uid, root ? kSomebody : geteuid());
-    EXPECT_EQ(status.st_gid, root ? kSomebody : getegid());
+    EXPECT_EQ(status.st_uid, root ? kAnotherUser : geteuid());
+    EXPECT_EQ(status.st_gid, root ? kAnotherUser : getegid());
 }
 
 TEST_F(SettingsStore, ASuccessClearsTheLastError)

@@ -46,14 +46,14 @@ protected:
     {
         while (vconf_ignore_key_changed(kKey, Note) == 0 || vconf_ignore_key_changed(kNeighbour, Note) == 0) {
         }
-        // Lets the watch of this test's folder go: its job comes before this one.
+        // Waits until the watch of this test's folder is deleted: its job was queued before this one.
         bool gone = false;
         ecore_job_add([](void* done) { *static_cast<bool*>(done) = true; }, &gone);
         EXPECT_TRUE(LoopUntil([&] { return gone; }));
     }
 
-    /// All that has been stored until now is delivered, if it ever will be: events of a folder come in
-    /// their order, and the one that is stored here is the last one.
+    /// Waits until all earlier changes have been delivered: the events of a folder arrive in order, and the
+    /// change made here is the last one.
     void DeliverAllUntilNow()
     {
         constexpr char kMarker[] = "db/menu/syncdemo/marker";

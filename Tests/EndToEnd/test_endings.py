@@ -1,4 +1,4 @@
-"""Ends that nobody asked for: each has a clear last line, an exit code that is not 0 and no core."""
+"""Unexpected ends: each has a clear last line, an exit code that is not 0 and no core."""
 
 import signal
 import subprocess

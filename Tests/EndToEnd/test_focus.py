@@ -1,4 +1,4 @@
-"""The keys arrive whoever has the focus, and the desktop is not bothered."""
+"""The keys arrive with the focus on any window, and the desktop is not disturbed."""
 
 import re
 import subprocess

@@ -135,7 +135,7 @@ def test_demo_leaves_the_user_s_desktop_alone(bus, keyboard, build, display):
     shown_there = len(bus.connect().screen().root.query_tree().children)
     result = demo(bus, build, **({} if display == "the user's" else {"DISPLAY": ":4711"}))
     assert result.returncode == 0, result.stderr
-    assert "Started an X server of its own" in result.stderr
+    assert "Started a private X server" in result.stderr
     assert "Ended by SIGTERM with exit code 0." in result.stderr
     assert (build / "demo/screenshot.png").stat().st_size > 0
     assert "no session bus" in result.stderr

@@ -10,7 +10,7 @@
 /// The places that transfers name: three files, and what is none.
 enum Place { kFirstFile = 0, kFileCount = 3, kMissingFolder = 3, kFolder = 4, kNoPath = 5, kPlaceCount = 6 };
 
-/// Files in a folder of their own, and what must be in them.
+/// Files in a private folder, and their expected contents.
 ///
 /// What a writer holds back is in the file only when it closes. A file that is open more than once,
 /// and written, is therefore no longer known until all have closed it; nor is one that is replaced

@@ -31,6 +31,6 @@ def keyboard(desktop):
 
 @pytest.fixture
 def bus(desktop):
-    """The desktop with a session bus of its own."""
+    """The desktop with its own session bus."""
     start_bus(desktop)
     return desktop

@@ -13,7 +13,7 @@ static_assert(std::is_same_v<decltype(OpenPipe::m_pipeMutex), boost::mutex>);
 
 class FilePipeTable : public FilePipe {
 protected:
-    /// A record with a value of its own in each field, except those that own a stream or a buffer.
+    /// A record with a distinct value in each field, except those that own a stream or a buffer.
     PipeInfo FullInfo()
     {
         PipeInfo info;

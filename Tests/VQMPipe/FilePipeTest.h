@@ -18,7 +18,7 @@
 using FileRequest = CVQMFileRequestData::_VQMFileRequest;
 using recorder::Lines;
 
-/// A directory of its own, and the shorthand of the pipe's tests.
+/// A private directory, and the shorthand of the pipe's tests.
 class FilePipe : public testing::Test {
 protected:
     FilePipe()

@@ -117,7 +117,7 @@ TEST(FileRequestMemory, ARequestIsCopiedCompletelyOrNotAtAll)
 {
     int data = 0;
     FileRequest full;
-    full.strDestURI = "a path that takes memory of its own";
+    full.strDestURI = "a path that does not fit into a string object";
     full.eRequestCommand = REQUEST_APPEND;
     full.fnCallback = LargeCallback();
     full.hPipe = &data;

@@ -6,7 +6,7 @@ struct OpenRequestData : CVQMFileRequestData {
     using CVQMFileRequestData::m_stRequest;
 };
 
-/// A record with a value of its own in each field.
+/// A record with a distinct value in each field.
 FileRequest FullRequest(CVQMDataObject* source, CVQMDataObject* destination, IVQMSerialize* serializer, void* handle)
 {
     FileRequest request;
