@@ -1,4 +1,4 @@
-# What the entry scripts share. Sourced by bash with `set -euo pipefail`.
+# Functions that the entry scripts share. Sourced by bash with `set -euo pipefail`.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 

@@ -1,4 +1,4 @@
-"""What a process inherits: closed and full descriptors, signals that are ignored or blocked, low limits."""
+"""Bad inheritances of a process: closed and full descriptors, signals that are ignored or blocked, low limits."""
 
 import fcntl
 import itertools

@@ -134,7 +134,7 @@ TEST_F(ContentCheckFault, WithoutDescriptorsTheScheduleIsThereAndDoesNotOpen)
     ExpectAnswers(true, true);
 }
 
-/// As this file system counts it.
+/// In the units of this file system.
 unsigned long long SizeOfAnEmptyDirectory()
 {
     const std::string path = kMediaDirectory + "empty";

@@ -99,7 +99,7 @@ protected:
         return lines;
     }
 
-    /// What a check logs until the schedule is parsed.
+    /// The log of a check until the schedule is parsed.
     static Lines Reading()
     {
         const std::string path = kScheduleDirectory + "schedule.xml";

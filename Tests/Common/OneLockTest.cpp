@@ -85,7 +85,7 @@ protected:
         return request;
     }
 
-    /// What a callback owns: released with the last copy of it.
+    /// An object that a callback owns: released with the callback's last copy.
     std::shared_ptr<int> Released()
     {
         return {new int, [this](const int* number) {

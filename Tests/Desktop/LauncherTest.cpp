@@ -77,7 +77,7 @@ protected:
     {
         WriteFile(Entry(where), "[Desktop Entry]\nType=Application\nName=The Companion\nExec=" + exec + "\n" + more);
     }
-    /// What the started program writes in the end.
+    /// Launches, and returns the output of the program.
     std::string Launched(int lines = 1) const
     {
         const pid_t pid = aul_launch_app(kId, nullptr);
@@ -161,7 +161,7 @@ TEST_F(Launcher, EachLaunchFollowsTheEntryAsItIsThen)
 {
     EXPECT_EQ(Failed().first, Code(LaunchError::kNoEntry));
     std::string expected;
-    // As fast as it goes: equally long contents, written within one tick of the clock.
+    // Without a pause: contents of equal length, written within one tick of the clock.
     for (int i = 10; i < 40; ++i) {
         WriteEntry(Program() + " " + std::to_string(i));
         expected += std::to_string(i) + "|\n";

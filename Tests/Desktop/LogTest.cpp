@@ -23,7 +23,7 @@ using testing::IsEmpty;
 
 namespace {
 
-/// What another process wrote to its stderr, one element for each write, with its pid spelled
+/// The output of another process on stderr, one element for each write, with its pid spelled
 /// "PID" as it stands in a line's head.
 class Writes {
 public:

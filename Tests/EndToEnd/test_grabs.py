@@ -145,7 +145,7 @@ def test_key_that_another_client_gives_up_is_taken(desktop, keyboard, modifiers,
 
 
 def failed_keys(connection):
-    """What the application publishes as its failures."""
+    """The failures that the application publishes."""
     owner = connection.get_selection_owner(connection.intern_atom(APP_ID))
     names = owner.get_full_property(connection.intern_atom("_TV_FAILED_KEYS"), X.AnyPropertyType)
     return names.value if names else b""

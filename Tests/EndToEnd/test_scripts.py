@@ -31,7 +31,7 @@ def start_live(desktop, build, *options, **environment):
 
 
 def shown(live):
-    """What it says once the application runs."""
+    """Its output once the application runs."""
     wait_until(lambda: INSTRUCTIONS in live.output() and live.output().endswith("\n\n"), "the instructions")
     return live.output()
 

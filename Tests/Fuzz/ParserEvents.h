@@ -53,7 +53,7 @@ private:
     EventListener& listener_;
 };
 
-/// Tells apart two runs of events without keeping them.
+/// Distinguishes two runs of events without storing them.
 class EventDigest : public EventListener {
 public:
     void Start(const char* name, const char** attributes) override;

@@ -29,12 +29,12 @@ public:
     /// The file's content, unless it is not known.
     std::optional<std::string> Content(Place place) const;
 
-    // What is done to the files from outside.
+    // Changes to the files from outside.
 
     void Replace(Place place, const std::string& content);
     void Remove(Place place);
 
-    // What transfers must have done to them. Each `Close` of the last one compares.
+    // The changes that transfers must have made. Each `Close` of the last one compares.
 
     void Open(Place place, bool writes, bool truncates);
     void Append(Place place, const std::string& data);

@@ -1,4 +1,4 @@
-"""What ./test says of the tests that a machine leaves out, from a real run of ctest."""
+"""The report of ./test about tests that a machine leaves out, from a real run of ctest."""
 
 import os
 import subprocess
@@ -29,7 +29,7 @@ SKIPPED [1] test_b.py:7: no bus
 
 
 def run(folder, capsys, *samples):
-    """What is said of a run of these samples: name, output, exit code."""
+    """The report about a run of these samples: name, output, exit code."""
     lines = "".join(f'sample({name} ON "{text}" {code})\n' for name, text, code in samples)
     (folder / "CMakeLists.txt").write_text(PROJECT + lines)
     build = folder / "build"

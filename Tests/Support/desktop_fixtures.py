@@ -1,4 +1,4 @@
-"""What the tests of programs on a desktop ask for by name; a conftest.py imports what its folder uses."""
+"""Fixtures for tests of programs on a desktop; a conftest.py imports those that its folder uses."""
 
 import pytest
 

@@ -27,7 +27,7 @@ inline VQMPipeCallback LargeCallback()
     return [text = kLargeText](int, char*, uVQMINT64, IVQMPipe*, void*) { EXPECT_EQ(text.size(), kLargeText.size()); };
 }
 
-/// What must not change in the record of a transfer.
+/// The fields of a transfer's record that must not change.
 struct Remembered {
     explicit Remembered(const OpenPipe::_PipeInfo& record) : info(record), text(TextOf(record.pDataBuffer)) {}
 

@@ -4,7 +4,7 @@
 
 namespace {
 
-/// What a callback was told, the data as text.
+/// The arguments of a callback, the data as text.
 struct Call {
     int id;
     std::string data;

@@ -1,7 +1,7 @@
 #include "Tests/VQMPipe/FilePipeMemoryTest.h"
 #include "VQMPipe/VQMTextFile.h"
 
-// What needs no memory, what is left behind when it ran out, and the pipe's neighbours: the request
+// Operations that need no memory, the state after it ran out, and the pipe's neighbours: the request
 // and the reader of text files.
 
 namespace {
@@ -83,7 +83,7 @@ TEST_F(FilePipeMemory, DestroyingAPipeTakesNoMemory)
     EXPECT_EQ(allocation_fault::BlocksInUse(), blocks);
 }
 
-// What a request opened and then failed to move cannot be closed by the caller, who has no handle.
+// If a request opens a file and its step fails, the caller cannot close the file, because it has no handle.
 TEST_F(FilePipeMemory, AFileOpenedByAFailedRequestClosesWithThePipe)
 {
     const std::string path = MakeFile("file", "0123456789");

@@ -40,7 +40,7 @@ protected:
         CVQMSyncDemoMonitor::DestroyInstance();
     }
 
-    /// What the reader gives of a file. A file that is to change does so before each of them.
+    /// Reads a file. A file that is to change does so before each read.
     void ExpectRead(const std::string& path, VQMTextFileResult result, const std::string& text)
     {
         Change();

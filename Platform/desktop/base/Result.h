@@ -13,13 +13,13 @@ struct Error {
     int code = 0;     ///< the errno when the system refused; other numbers where an operation says so
 };
 
-/// What the system says about a file or another thing that it refused: "<subject>: <the errno's text>".
+/// An error of the system about `subject`, such as a file: "<subject>: <the errno's text>".
 inline Error SystemError(const std::string& subject, int code)
 {
     return {subject + ": " + std::generic_category().message(code), code};
 }
 
-/// What an operation gives: its value, or the error that kept it from giving one. True: the value.
+/// The result of an operation: its value, or the error that prevented it. Converts to true for a value.
 template <typename Value>
 class [[nodiscard]] Result {
 public:
@@ -44,7 +44,7 @@ private:
     desktop::Error error_;
 };
 
-/// For operations that either succeed or fail, and give nothing else.
+/// The result of an operation that has no value.
 template <>
 class [[nodiscard]] Result<void> {
 public:

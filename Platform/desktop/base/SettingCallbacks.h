@@ -7,7 +7,7 @@
 
 #include "Platform/desktop/base/SettingsStore.h"
 
-/// What a change callback receives.
+/// The node that a change callback receives.
 struct _keynode_t {
     std::string name;
     int number;

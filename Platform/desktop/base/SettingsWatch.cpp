@@ -19,7 +19,7 @@ namespace desktop {
 
 namespace {
 
-/// As Ecore's timers count.
+/// The unit of Ecore's timers.
 using Seconds = std::chrono::duration<double>;
 
 /// While the path cannot be watched.

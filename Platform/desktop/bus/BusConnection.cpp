@@ -223,7 +223,7 @@ void BusConnection::OnWatchToggled(DBusWatch* /*watch*/, void* data)
     static_cast<BusConnection*>(data)->UpdateInterest();
 }
 
-/// What libdbus waits for: reading, writing or both.
+/// The conditions that libdbus waits for: reading, writing or both.
 unsigned int BusConnection::Interest() const
 {
     unsigned int interest = 0;

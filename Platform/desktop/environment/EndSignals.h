@@ -12,8 +12,8 @@ namespace desktop {
 /// of a call that has been stuck for seconds, and must not return.
 using LeaveFunction = void (*)(const char* reason);
 
-/// From now on the signals are noted. A start-up that goes on for two seconds after a signal, or
-/// for a minute without one, is ended with `leave`. Call it before the toolkit's initialisation and
+/// From now on the signals are recorded. A start-up that lasts two seconds after a signal, or a minute
+/// without one, is ended with `leave`. Call it before the toolkit's initialisation and
 /// before anything that waits for an X server.
 ///
 /// It initialises the toolkit's main loop until `EndMainLoopOnSignal`. The first initialisation installs
