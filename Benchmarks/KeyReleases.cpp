@@ -3,6 +3,7 @@
 // KeyReleases KEYSYM COUNT PIPE: prints, per release, the nanoseconds from just before the release
 // is sent to the time that the started program writes into the pipe. KEYSYM is a name or 0x...
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -15,7 +16,7 @@
 namespace {
 
 /// A peer under an instruction counter takes seconds.
-constexpr int kPatienceMilliseconds = 60'000;
+constexpr std::chrono::milliseconds kReleaseTimeout{60'000};
 /// Between two events everything that the last one caused has ended.
 constexpr timespec kPause = {0, 10'000'000};
 
@@ -40,7 +41,8 @@ timespec Tap(Display* display, KeyCode key)
 bool ReadTime(int pipe, timespec& time)
 {
     pollfd readable{pipe, POLLIN, 0};
-    return poll(&readable, 1, kPatienceMilliseconds) == 1 && read(pipe, &time, sizeof time) == sizeof time;
+    return poll(&readable, 1, static_cast<int>(kReleaseTimeout.count())) == 1 &&
+           read(pipe, &time, sizeof time) == sizeof time;
 }
 
 int Fail(const char* problem, const char* what)

@@ -23,7 +23,7 @@ Eina_Bool RaiseRequests::OnReadable(void* data, Ecore_Fd_Handler* /*handler*/)
     while (XPending(self->display_) > 0) {
         XEvent event;
         XNextEvent(self->display_, &event);
-        // A process that was told to end leaves the request to its successor, which is the one that asks.
+        // A process that is about to end does not answer: the asking process is its successor.
         if (self->claim_.IsLaunchRequest(event) && !desktop::EndRequested()) {
             self->claim_.AnswerLaunchRequest(event);
             self->raise_();

@@ -6,7 +6,7 @@
 
 #include "Platform/desktop/x11/Instance.h"
 
-/// Hears on the main loop what later starts of the companion ask of the running one.
+/// Receives, on the main loop, the requests of later starts of the companion.
 class RaiseRequests {
 public:
     /// `display` and `claim` are borrowed. `raise` runs for each request.

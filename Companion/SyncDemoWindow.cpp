@@ -22,7 +22,7 @@ constexpr char kOnText[] = "<align=center><font_size=14>This TV plays the demo m
 constexpr char kOffText[] = "<align=center><font_size=14>This TV plays on its own.<br/>"
                             "The tool key opens this window only while the sync demo is on.</font_size></align>";
 
-/// The ways a remote or a keyboard says "leave".
+/// The keys of remotes and keyboards that close a window.
 constexpr std::array<std::string_view, 6> kClosingKeys = {"Escape",   "Cancel",    "XF86Back",
                                                           "XF86Exit", "XF86Close", "XF86Stop"};
 
@@ -94,8 +94,8 @@ void SyncDemoWindow::Build()
 
     evas_object_resize(window_, ELM_SCALE_SIZE(kWidth), ELM_SCALE_SIZE(kHeight));
     elm_win_center(window_, EINA_TRUE, EINA_TRUE);
-    // The toolkit draws nothing before a window manager has taken the window: where there is none,
-    // it must not wait for it.
+    // The toolkit draws nothing before a window manager has mapped the window. Without a manager, it must
+    // not wait for one.
     elm_win_override_set(window_, IsWindowManaged() ? EINA_FALSE : EINA_TRUE);
 }
 

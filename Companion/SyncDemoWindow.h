@@ -3,7 +3,7 @@
 #include <Elementary.h>
 #include <vconf.h>
 
-/// The companion's window: what the sync demo is, whether it is on right now, and a way out.
+/// The companion's window: what the sync demo is, whether it is on now, and a button to close it.
 ///
 /// Exists between the start of the toolkit and its end, on the main loop's thread. Closing it ends
 /// the main loop.
@@ -15,7 +15,7 @@ public:
     SyncDemoWindow(const SyncDemoWindow&) = delete;
     SyncDemoWindow& operator=(const SyncDemoWindow&) = delete;
 
-    /// Brings the window to the user: shown, not minimised, above the others, with the focus.
+    /// Shows the window, not minimised, above the others and with the focus.
     void Raise();
 
 private:
@@ -23,7 +23,7 @@ private:
     void ShowState(bool enabled);
 
     static void OnSettingChanged(keynode_t* node, void* data);
-    /// Input that the focused part of the window left alone.
+    /// Input that the focused widget did not handle.
     static Eina_Bool OnInput(void* data, Evas_Object* object, Evas_Object* source, Evas_Callback_Type type,
                              void* event);
 

@@ -20,11 +20,11 @@ namespace {
 
 constexpr char kCompanionId[] = VQM_APP_ID ".gui";
 constexpr int kCouldNotRun = 3;
-/// A start-up answers only once it is over.
+/// An instance answers only once its start-up is over.
 constexpr std::chrono::seconds kAnswerTimeout{30};
 
-/// A window of its own needs no power or locale daemons, no index of the installed applications,
-/// and no word about each read of the setting in the log it shares with the launching application.
+/// The companion needs no power or locale daemons and no index of the installed applications, and its
+/// reads of the setting must not fill the log that it shares with the application.
 void KeepQuiet()
 {
     setenv("ECORE_NO_SYSTEM_MODULES", "1", 0);
@@ -40,7 +40,7 @@ void KeepQuiet()
 }
 
 /// Becomes the one companion of the display; false when another one runs and comes forward instead.
-/// One that is about to end is waited for.
+/// Waits for one that is about to end.
 bool BecomeTheCompanion(Display* display, std::unique_ptr<desktop::InstanceClaim>& claim)
 {
     claim = std::make_unique<desktop::InstanceClaim>(display, kCompanionId);
@@ -66,7 +66,7 @@ void RunWindow(Display* display, desktop::InstanceClaim& claim)
     desktop::EndMainLoopOnSignal(elm_exit);
     elm_run();
     desktop::LimitTeardown();
-    // First of all: the next start takes over.
+    // Before the teardown, so that the next start can take over at once.
     claim.GiveUp();
 }
 

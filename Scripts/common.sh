@@ -1,4 +1,4 @@
-# What the entry scripts share. Sourced by bash with `set -euo pipefail`.
+# Functions that the entry scripts share. Sourced by bash with `set -euo pipefail`.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
@@ -101,8 +101,8 @@ prepare_ccache() {
 # Configures and builds a preset: build_preset dev [target...]
 build_preset() { build_with -DVQM_BUILD_TESTS=ON -- "$@"; }
 
-# The same for programs that are no tests. What only tests and benchmarks need is not looked for,
-# unless the build folder has them already.
+# The same for everything but tests. Dependencies of tests and benchmarks are not looked for, unless the
+# build folder has them already.
 build_product() {
     local parts=(-DVQM_BUILD_TESTS=OFF -DVQM_BUILD_BENCHMARKS=OFF)
     ! grep -qs '^VQM_BUILD_TESTS:BOOL=ON' "$root/build/$1/CMakeCache.txt" || parts=()

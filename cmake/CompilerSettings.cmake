@@ -19,12 +19,12 @@ endif()
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
 option(VQM_WERROR "Treat warnings as errors" OFF)
 if(VQM_WERROR)
-    # What a newer library deprecates must not end the build on a machine that has it.
+    # A newer library that deprecates a function must not break the build.
     add_compile_options(-Werror -Wno-error=deprecated-declarations)
 endif()
 
-# File sizes and offsets have 64 bits on every target, and so have times: a file dated after 2038
-# must not be one that cannot be examined. No library here takes or gives a time_t of ours.
+# File sizes, offsets and times have 64 bits on every target: otherwise a file dated after 2038 could not
+# be examined. No interface of the libraries here contains a time_t.
 add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
 
 if(VQM_SANITIZE)

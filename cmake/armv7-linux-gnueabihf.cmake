@@ -1,11 +1,11 @@
 # 32-bit ARM, as on the TV: the cross compiler with the sysroot that Scripts/armv7-sysroot makes.
-# What is built runs under user-mode emulation.
+# The programs run under user-mode emulation.
 
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7l)
 set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
-# A note about the ABI of GCC 7 says nothing to anybody here.
+# A note about the ABI of GCC 7 is irrelevant here.
 set(CMAKE_CXX_FLAGS_INIT "-mcpu=cortex-a15 -mfpu=neon-vfpv4 -Wno-psabi")
 
 execute_process(
@@ -29,7 +29,7 @@ set(ENV{PKG_CONFIG_DIR} "")
 set(ENV{PKG_CONFIG_SYSROOT_DIR} ${CMAKE_SYSROOT})
 set(ENV{PKG_CONFIG_LIBDIR} ${CMAKE_SYSROOT}/usr/lib/arm-linux-gnueabihf/pkgconfig:${CMAKE_SYSROOT}/usr/share/pkgconfig)
 
-set(CMAKE_CROSSCOMPILING_EMULATOR ${armv7_place}/WithoutStatx qemu-arm -L ${CMAKE_SYSROOT})
+set(CMAKE_CROSSCOMPILING_EMULATOR ${armv7_place}/without-statx qemu-arm -L ${CMAKE_SYSROOT})
 # The linker does not look for the libraries of libraries in a sysroot's multiarch folders.
 set(CMAKE_EXE_LINKER_FLAGS_INIT
     "-Wl,-rpath-link,${CMAKE_SYSROOT}/usr/lib/arm-linux-gnueabihf:${CMAKE_SYSROOT}/lib/arm-linux-gnueabihf")

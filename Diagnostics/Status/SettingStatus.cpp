@@ -27,11 +27,13 @@ SettingStatus CollectSetting()
 {
     SettingStatus setting;
     setting.enabled = CVQMSyncDemoMonitor::CheckSyncDemoEnbaled();
-    const std::optional<std::string> file = desktop::SettingsFile(kSyncDemoSettingKey);
-    setting.stored = desktop::ReadSetting(kSyncDemoSettingKey);
-    setting.file = file.value_or("");
-    if (!setting.stored && !(file && IsAbsent(*file))) {
-        setting.problem = desktop::LastSettingsProblem();
+    const desktop::Result<std::string> file = desktop::SettingsFile(kSyncDemoSettingKey);
+    const desktop::Result<std::string> stored = desktop::ReadSetting(kSyncDemoSettingKey);
+    setting.file = file.ValueOr("");
+    if (stored) {
+        setting.stored = *stored;
+    } else if (!file || !IsAbsent(*file)) {
+        setting.problem = stored.Error().text;
     }
     return setting;
 }

@@ -31,11 +31,11 @@ int Grab_InitKeys(GrabKeyList* list);
 /// Adds one key id to a list.
 int Grab_AddKey(GrabKeyList* list, int keyId, unsigned int mode);
 
-/// From now on the window receives the keys of the list, whichever window has the focus.
+/// From now on the window receives the keys of the list, no matter which window has the focus.
 /// `display` is an Xlib `Display*`, `window` an X window id. The list stays the caller's.
 int Grab_RegisterKeys(void* display, unsigned int window, GrabKeyList* list);
 
-/// Gives the keys of the list back.
+/// Releases the keys of the list.
 int UnGrab_RegisterKeys(void* display, unsigned int window, GrabKeyList* list);
 
 #ifdef __cplusplus

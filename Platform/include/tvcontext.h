@@ -1,6 +1,6 @@
 #pragma once
 
-/// The TV context service: a time in which the TV shows no popups over this application.
+/// The TV context service: keeps the TV from showing popups over this application.
 ///
 /// The results are 0 on success and negative on failure. An implementation may throw.
 

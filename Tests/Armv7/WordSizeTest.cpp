@@ -6,7 +6,7 @@
 #include "VQMKeygrab/VQMKeyGrab.h"
 #include "VQMPipe/VQMTextFile.h"
 
-// The layouts that other programs count on, whatever the size of a pointer.
+// The layouts that other programs rely on, for any size of a pointer.
 static_assert(sizeof(GrabKey) == 12);
 static_assert(sizeof(GrabKeyList) == 2316);
 static_assert(sizeof CVQMKeyGrab::xinfo == 12);
@@ -143,7 +143,7 @@ TEST_P(LateFile, IsExaminedReadAndWritten)
 // The second after the last of 31 bits, the one after the last of 32, and the year 2200.
 INSTANTIATE_TEST_SUITE_P(Dates, LateFile, testing::Values(2147483648LL, 4294967296LL, 7258118400LL));
 
-TEST(Characters, AreComparedAlikeWhetherTheyHaveASignOrNot)
+TEST(Characters, AreComparedAlikeWithAndWithoutSign)
 {
     CVQMDataBufferObject object;
     for (int byte = 0x80; byte <= 0xFF; ++byte) {

@@ -25,7 +25,7 @@ def run_round(name, seed, steps):
     try:
         attack.attack(random.Random(f"{name} {seed}"), steps or attack.STEPS, held)
         return None
-    except Exception:  # whatever goes wrong, the round has failed
+    except Exception:  # any error fails the round
         story = "".join(subject.story() for subject in held)
         return traceback.format_exc() + story
     finally:

@@ -1,4 +1,4 @@
-"""A hostile client of the session bus: forged signals, calls, answers that nobody asked for, floods."""
+"""A hostile client of the session bus: forged signals, calls, unrequested answers, floods."""
 
 import bus_wire
 from bus_peer import BUS, NOTIFICATIONS, NotificationDaemon, Peer
@@ -43,7 +43,7 @@ class HostileClient:
         return self.random.choice([self.application, self.application, None])
 
     def owner_changed(self):
-        """As the bus would say it, about the notification daemon, which is where it was."""
+        """A forged signal of the bus about the notification daemon, which has not changed."""
         names = [*NAMES, self.daemon.name, self.peer.name, self.application]
         signature = self.random.choice(["sss", "sss", "sss", "ss", "sssu", "sos", "s"])
         before, now = self.random.choice([*names, "/o"]), self.random.choice(names)

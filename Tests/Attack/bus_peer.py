@@ -126,7 +126,7 @@ class Peer:
 
 
 class NotificationDaemon(Peer):
-    """A well-behaved one with a switch for pausing, or one with an inhibition of its own."""
+    """A well-behaved one, with a switch for pausing or with its own inhibition."""
 
     def __init__(self, path, paused=False, inhibits=False):
         self.paused, self.inhibits, self.cookies = paused, inhibits, set()

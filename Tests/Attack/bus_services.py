@@ -98,7 +98,7 @@ class Services:
         time.sleep(self.random.random() / 5)
 
     def burst(self):
-        """The name comes and goes, and nobody ever answers."""
+        """The name comes and goes, and no request is ever answered."""
         peer = self.join(Silent)
         for _ in range(BURST):
             peer.take()

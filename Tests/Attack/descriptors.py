@@ -1,4 +1,4 @@
-"""What a process inherits: closed and full descriptors, signals that are ignored or blocked, low limits."""
+"""Bad inheritances of a process: closed and full descriptors, signals that are ignored or blocked, low limits."""
 
 import fcntl
 import itertools
@@ -123,13 +123,13 @@ def inherits(random, subject):
 
 
 def tool(random, subject):
-    """vqmctl ends, with a code of its own, whatever it is given to write to."""
+    """vqmctl ends with one of its exit codes, with any kind of stdout and stderr."""
     prepare, story = inherited(random) if random.random() < 0.5 else (None, "")
     arguments = random.choice(COMMANDS)
     stream = StandardError(random, subject)
     redirection = random.choice([*CLOSED, f">&{stream.number}", f"2>&{stream.number}", f">&{stream.number} 2>&1"])
     try:
-        # A full pipe that nobody reads stops any tool for ever, as it should.
+        # A full pipe without a reader at work stops any tool for ever, as it should.
         patient = stream.kind in (stream.full_pipe, stream.stopped_terminal)
         process = subprocess.Popen(
             ["sh", "-c", f'exec "$0" "$@" {redirection}', BUILD / "bin/vqmctl", *arguments], cwd=subject.documents,

@@ -98,7 +98,7 @@ class Grammar:
 
 
 class Tool:
-    """vqmctl in a home of its own, with a limit of memory."""
+    """vqmctl in a private home, with a limit of memory."""
 
     def __init__(self, desktop, random):
         self.desktop, self.random = desktop, random
@@ -162,7 +162,7 @@ class Swapped:
 
 
 def hostile_file(random, folder, data):
-    """Something that is no plain file."""
+    """Anything but a plain file."""
     path = folder / "odd"
     path.unlink(missing_ok=True)
     kind = random.choice(["fifo", "device", "full", "loop", "dangling", "folder", "process"])

@@ -19,7 +19,7 @@ NAMES = ["x", "", ":", "..", ":1.7", "a" * 300, NOTIFICATIONS]
 
 
 class HostileBus:
-    """Each connection is served by a thread with a generator of its own."""
+    """Each connection has its own thread and random generator."""
 
     def __init__(self, path, seed):
         self.random, self.connections = chance.Random(seed), []
@@ -130,5 +130,5 @@ def attack(random, steps, held):
         subject.end()
         bus.close()
     for path in subject.desktop.runtime.glob("*.popups"):
-        path.unlink()  # what a bus that is none was asked for, nobody can take back
+        path.unlink()  # a pause that a fake bus was asked for cannot be restored
     subject.check_files()

@@ -53,7 +53,7 @@ class Store:
             pass  # something hostile stands in the way already
 
     def clear(self):
-        """A proper store, partly behind links to folders that have a mode of their own."""
+        """A proper store, partly behind links to folders with other modes."""
         config = self.top.parent
         for path in sorted(config.iterdir()):
             self.remove(path)
@@ -66,7 +66,7 @@ class Store:
             folder.chmod(self.random.choice([0o700, 0o755, 0o2770, 0o1777]))
 
     def write(self, value):
-        """As a person, an editor or a sync tool would."""
+        """Changes the store as a person, an editor or a sync tool would."""
         way = self.random.choice(["in place", "renamed", "linked", "kept open"])
         other = self.setting.with_name("other")
         if way == "in place":

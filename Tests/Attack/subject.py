@@ -107,7 +107,7 @@ class Subject:
         finally:
             connection.close()
 
-    # What may not grow.
+    # These may not grow.
 
     def descriptors(self):
         names = []
@@ -134,7 +134,7 @@ class Subject:
             grown = private_kib(self.pid) - memory
             assert grown < MOST_GROWTH_KIB, f"{grown} KiB more memory than before"
 
-    # What must hold.
+    # These conditions must hold.
 
     def launches(self):
         return len(self.launched.read_bytes())

@@ -97,7 +97,7 @@ class HostileClient:
     def tap(self):
         self.subject.keyboard.tap(self.random.choice(list(TOOL_KEYS.values())))
 
-    # What is forged.
+    # Forged events.
 
     def message(self):
         self.target().send_event(event.ClientMessage(
@@ -157,7 +157,7 @@ class HostileClient:
             event.MappingNotify(request=number % 3, first_keycode=self.low, count=number % 200),
         ]), event_mask=X.StructureNotifyMask)
 
-    # What is done to windows.
+    # Attacks on windows.
 
     def focus(self):
         self.display.set_input_focus(self.random.choice([self.window, self.keys, self.instance, X.PointerRoot, X.NONE]),

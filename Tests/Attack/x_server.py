@@ -53,7 +53,7 @@ class SilentDisplay:
 
 
 def ends_by(subject, number):
-    """Whatever it does on this display, a signal ends it, and not by an abort."""
+    """A signal ends it at any moment on this display, and not by an abort."""
     program = subject.application
     if not subject.has_ended():
         program.process.send_signal(number)

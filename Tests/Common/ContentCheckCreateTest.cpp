@@ -9,7 +9,7 @@ using recorder::Lines;
 
 namespace {
 
-TEST_F(ContentCheck, CreateRunsTheCheckOnceWhateverItFinds)
+TEST_F(ContentCheck, CreateRunsTheCheckOnlyOnce)
 {
     EXPECT_TRUE(monitor_->Create()) << "no schedule: no exception";
     ExpectAnswers(false, false);
@@ -60,7 +60,7 @@ TEST_F(ContentCheck, CreateLogsEachKindOfException)
     }
 }
 
-TEST_F(ContentCheck, AnExceptionDuringTheDumpReleasesTheLock)
+TEST_F(ContentCheck, AnExceptionWhileLoggingSettingsReleasesTheLock)
 {
     StoreSchedule(Xml({}, kRechInfo));
     recorder::SetListener([](const std::string& line) {

@@ -27,7 +27,7 @@ const std::string kSchedule = kScheduleDirectory + "schedule.xml";
 
 class ContentCheckFault : public ContentCheck {
 protected:
-    /// A check after which the schedule is no longer had, and nothing else has changed.
+    /// Expects that the check loses the schedule and changes nothing else.
     void ExpectNoSchedule(const std::string& lastLine)
     {
         monitor_->CheckContents();
@@ -73,7 +73,7 @@ TEST_F(ContentCheckFault, AScheduleWithoutASizeExistsAndDoesNotParse)
     }
 }
 
-TEST_F(ContentCheckFault, AScheduleThatIsAFifoIsEmptyOnceSomebodyWrites)
+TEST_F(ContentCheckFault, AFifoAsScheduleIsEmptyOnceItHasAWriter)
 {
     StoreGood();
     fs::remove(kSchedule);
@@ -134,7 +134,7 @@ TEST_F(ContentCheckFault, WithoutDescriptorsTheScheduleIsThereAndDoesNotOpen)
     ExpectAnswers(true, true);
 }
 
-/// As this file system counts it.
+/// In the units of this file system.
 unsigned long long SizeOfAnEmptyDirectory()
 {
     const std::string path = kMediaDirectory + "empty";
@@ -145,7 +145,7 @@ unsigned long long SizeOfAnEmptyDirectory()
     return static_cast<unsigned long long>(status.st_size);
 }
 
-/// A content counts by its size alone, whatever else it is.
+/// A content counts by its size alone, no matter which kind of file it is.
 TEST_F(ContentCheckFault, ContentsOfEveryKindCountByTheirSize)
 {
     const std::string path = kMediaDirectory + "odd.mp4";
@@ -219,7 +219,7 @@ TEST_F(ContentCheckFault, NamesThatNoFileCanHaveAreMissing)
     }
 }
 
-TEST_F(ContentCheckFault, EachContentIsLookedAtInItsTurn)
+TEST_F(ContentCheckFault, ContentsAreExaminedOneAfterTheOther)
 {
     const auto store = [] {
         StoreSchedule(Xml({{{"first", "mp4", 5}, {"second", "mp4", 6}}}, kRechInfo));
@@ -246,7 +246,7 @@ TEST_F(ContentCheckFault, EachContentIsLookedAtInItsTurn)
     ExpectAnswers(true, true);
 }
 
-TEST_F(ContentCheckFault, AThousandChecksOfEveryOutcomeKeepNothingOpen)
+TEST_F(ContentCheckFault, RepeatedChecksLeakNoDescriptors)
 {
     const std::function<void()> outcomes[] = {
         [] {},
@@ -279,7 +279,7 @@ TEST_F(ContentCheckFault, AThousandChecksOfEveryOutcomeKeepNothingOpen)
         }
         if (i % 6 == 5) {
             recorder::Clear();
-            if (i == 5) { // whatever is made once is there by now
+            if (i == 5) { // one-time allocations have been made by now
                 descriptors = OpenDescriptors();
                 blocks = allocation_fault::BlocksInUse();
             }
@@ -295,9 +295,9 @@ TEST_F(ContentCheckFault, AThousandChecksOfEveryOutcomeKeepNothingOpen)
     ExpectGoodPolicy();
 }
 
-TEST_F(ContentCheckFault, WhatWentWrongIsLoggedWithoutTakingMemory)
+TEST_F(ContentCheckFault, LoggingAnErrorTakesNoMemory)
 {
-    const std::string message = "a message that takes memory of its own, as does each copy of it";
+    const std::string message = "a message that takes memory, as does each copy of it";
     const std::exception_ptr error = std::make_exception_ptr(CVQMException(7, message));
     recorder::SetListener([&](const std::string& line) {
         if (line == SchedulePathLine()) {

@@ -9,7 +9,7 @@
 #include "Tests/Common/StoredDemo.h"
 #include "Tests/Support/Recorder.h"
 
-/// The monitor's policy mutex, which is nobody else's business.
+/// The monitor's policy mutex, which is private.
 boost::mutex& MutexOf(CVQMSyncDemoMonitor& monitor);
 
 /// A schedule document with these contents, period by period.
@@ -99,7 +99,7 @@ protected:
         return lines;
     }
 
-    /// What a check logs until the schedule is parsed.
+    /// The log of a check until the schedule is parsed.
     static Lines Reading()
     {
         const std::string path = kScheduleDirectory + "schedule.xml";

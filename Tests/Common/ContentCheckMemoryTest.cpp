@@ -121,7 +121,7 @@ protected:
 
 } // namespace
 
-TEST_F(ContentCheckMemory, ThatRunsOutKeepsTheOldPolicyWhole)
+TEST_F(ContentCheckMemory, AFailedCheckKeepsTheOldPolicy)
 {
     const Outcomes outcomes = ForEach([this](auto run) {
         const Outcome outcome = run([this] {
@@ -138,7 +138,7 @@ TEST_F(ContentCheckMemory, ThatRunsOutKeepsTheOldPolicyWhole)
             ExpectAnswers(false, true);
             EXPECT_EQ(Text(Current()), oldText_);
             break;
-        case Outcome::Thrown: // with a schedule, whatever it says
+        case Outcome::Thrown: // either answer about the schedule is allowed
             ExpectAnswers(true, true);
             EXPECT_EQ(Text(Current()), oldText_);
             break;
@@ -152,7 +152,7 @@ TEST_F(ContentCheckMemory, ThatRunsOutKeepsTheOldPolicyWhole)
     EXPECT_GT(outcomes.thrown, 10U);
 }
 
-TEST_F(ContentCheckMemory, ThatCreateLacksIsLoggedAndTriedAgain)
+TEST_F(ContentCheckMemory, AFailedCreateIsLoggedAndTriedAgain)
 {
     const Lines error = {CreateError("Create : error std::bad_alloc \n")};
     Renew();
@@ -182,7 +182,7 @@ TEST_F(ContentCheckMemory, ThatCreateLacksIsLoggedAndTriedAgain)
     EXPECT_GT(outcomes.refused, 20U);
 }
 
-TEST_F(ContentCheckMemory, ThatParsingLacksLeavesTheTargetWhole)
+TEST_F(ContentCheckMemory, FailedParsingLeavesTheTargetUnchanged)
 {
     const Outcomes own = ForEach([this](auto run) {
         _VQMPolicy target;
@@ -209,7 +209,7 @@ TEST_F(ContentCheckMemory, ThatParsingLacksLeavesTheTargetWhole)
     EXPECT_GT(current.thrown, 10U);
 }
 
-TEST_F(ContentCheckMemory, ThatACopyLacksLeavesTheCallersPolicyWhole)
+TEST_F(ContentCheckMemory, AFailedCopyLeavesTheCallersPolicyUnchanged)
 {
     const Outcomes outcomes = ForEachAllocation([this](auto run) {
         _VQMPolicy out;
@@ -227,7 +227,7 @@ TEST_F(ContentCheckMemory, ThatACopyLacksLeavesTheCallersPolicyWhole)
     EXPECT_GE(outcomes.thrown, 3U);
 }
 
-TEST_F(ContentCheckMemory, IsNotNeededToClearThePolicy)
+TEST_F(ContentCheckMemory, ClearingThePolicyTakesNoMemory)
 {
     const Outcomes outcomes = ForEachAllocation([this](auto run) {
         run([this] {

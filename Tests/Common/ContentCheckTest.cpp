@@ -42,7 +42,7 @@ TEST_F(ContentCheck, AFreshMonitorHasAnEmptyPolicy)
     EXPECT_EQ(recorder::Take(), Lines());
 }
 
-TEST_F(ContentCheck, EverythingPresentStoresThePolicyAndDumpsIt)
+TEST_F(ContentCheck, CompleteContentsStoreAndLogThePolicy)
 {
     StoreSchedule(Xml({{{"intro", "mp4", 5}, {"logo", "jpg", 7}}, {{"late", "mp4", (1ULL << 32) + 1}}}, kRechInfo));
     StoreMedia("intro.mp4", 5);
@@ -58,7 +58,7 @@ TEST_F(ContentCheck, EverythingPresentStoresThePolicyAndDumpsIt)
     EXPECT_EQ(Current().listSchedule.size(), 2U);
 }
 
-TEST_F(ContentCheck, APolicyThatIsCopiedOutIsWhole)
+TEST_F(ContentCheck, ACopiedPolicyIsComplete)
 {
     StoreGood();
     ExpectGoodPolicy();
@@ -112,7 +112,7 @@ TEST_F(ContentCheck, AScheduleThatDoesNotParseLeavesContentsAndPolicy)
     }
 }
 
-TEST_F(ContentCheck, AParserThatCannotBeMadeLeavesContentsAndPolicy)
+TEST_F(ContentCheck, AFailedParserCreationLeavesContentsAndPolicy)
 {
     StoreGood();
     parser_fault::faults().creation = parser_fault::Creation::Null;
@@ -141,7 +141,7 @@ TEST_F(ContentCheck, WithoutTheConstantTheDirectoryItselfIsParsed)
     ExpectGoodPolicy();
 }
 
-TEST_F(ContentCheck, ConstantsThatWereNeverLoadedAreLikeNone)
+TEST_F(ContentCheck, UnloadedConstantsCountAsMissing)
 {
     OpenConstants::m_DataCache.clear();
     fs::remove_all(kScheduleDirectory);
@@ -153,7 +153,7 @@ TEST_F(ContentCheck, ConstantsThatWereNeverLoadedAreLikeNone)
     ExpectAnswers(false, false);
 }
 
-TEST_F(ContentCheck, TheFirstContentOfAnotherSizeEndsTheWalk)
+TEST_F(ContentCheck, TheCheckStopsAtTheFirstWrongSize)
 {
     StoreGood();
     StoreMedia("intro.mp4", 5);
@@ -170,7 +170,7 @@ TEST_F(ContentCheck, TheFirstContentOfAnotherSizeEndsTheWalk)
     ExpectGoodPolicy();
 }
 
-TEST_F(ContentCheck, AMissingContentIsLoggedInTheSameWords)
+TEST_F(ContentCheck, AMissingContentAndAWrongSizeShareOneLogLine)
 {
     StoreGood();
     fs::remove(kMediaDirectory + "intro.mp4");
@@ -226,7 +226,7 @@ TEST_F(ContentCheck, AScheduleWithoutAnythingToPlayIsComplete)
     EXPECT_EQ(Current().listSchedule.size(), 2U);
 }
 
-TEST_F(ContentCheck, ASuccessfulCheckReplacesThePolicyWhole)
+TEST_F(ContentCheck, ASuccessfulCheckReplacesTheWholePolicy)
 {
     StoreGood();
     StoreSchedule("<rsp/>");
@@ -239,7 +239,7 @@ TEST_F(ContentCheck, ASuccessfulCheckReplacesThePolicyWhole)
     EXPECT_EQ(policy.nCheckPeriod, 0);
 }
 
-TEST_F(ContentCheck, TheDumpIsLoggedUnderTheLock)
+TEST_F(ContentCheck, SettingsAreLoggedUnderTheLock)
 {
     StoreSchedule(Xml({{{"intro", "mp4", 5}}}, kRechInfo));
     StoreMedia("intro.mp4", 5);
@@ -262,7 +262,7 @@ TEST_F(ContentCheck, TheDumpIsLoggedUnderTheLock)
     EXPECT_EQ(locked, Dump(kGoodDump));
 }
 
-TEST_F(ContentCheck, AnswersAreThereWhenTheDumpIs)
+TEST_F(ContentCheck, AnswersAreSetBeforeTheSettingsAreLogged)
 {
     StoreSchedule(Xml({}, ""));
     bool before = false;

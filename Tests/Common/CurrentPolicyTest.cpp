@@ -28,7 +28,7 @@ TEST_F(ContentCheck, ParsingWithoutATargetStoresThePolicyUnchecked)
     StoreSchedule(Xml({{{"missing", "mp4", 5}}}, kRechInfo));
     EXPECT_TRUE(monitor_->ParseStoredSchedule(kScheduleDirectory + "schedule.xml", nullptr));
     Lines expected = Join(Reading(), {ParserLine("ParseHttpResponse End !!!!\n")});
-    expected.erase(expected.begin()); // nobody asked for the directory
+    expected.erase(expected.begin()); // no look at the directory
     EXPECT_EQ(TaggedLines(), expected);
     EXPECT_EQ(Current().listSchedule.size(), 1U);
     EXPECT_EQ(Current().IPAddr, "192.168.0.11");
@@ -94,7 +94,7 @@ TEST_F(ContentCheck, ClearingKeepsPeriodVersionExpirationAndIpType)
     ExpectAnswers(true, true);
 }
 
-TEST_F(ContentCheck, TheMonitorDiesWithItsPolicy)
+TEST_F(ContentCheck, DestroyingTheMonitorReleasesItsPolicy)
 {
     StoreGood();
     CVQMSyncDemoMonitor::DestroyInstance();

@@ -101,7 +101,7 @@ TEST(DataBuffer, CapacityIsWhatDoublingReaches)
     }
 }
 
-TEST(DataBuffer, ReservesRoomForWhatIsExpected)
+TEST(DataBuffer, ReservesRoomForExpectedBytes)
 {
     CVQMDataBufferObject buffer;
     buffer.AppendReserving("abc", 3, 97);
@@ -111,7 +111,7 @@ TEST(DataBuffer, ReservesRoomForWhatIsExpected)
     EXPECT_TRUE(HasCapacity(other, 4)) << "as without it";
 }
 
-// What a block of the size to be reserved cannot be had for shows that it was asked for.
+// The failure of a block of the reserved size shows that it was requested.
 TEST(DataBuffer, OnlyDoublesWhenThereIsNoMemoryToReserve)
 {
     constexpr std::size_t kAtFirst = std::size_t{64} << 20U;

@@ -27,7 +27,7 @@ static_assert(std::is_base_of_v<CVQMDataStructureObject, CVQMDataSerializableObj
 static_assert(std::is_base_of_v<CVQMDataObject, CVQMDataBufferObject>);
 static_assert(!std::is_base_of_v<CVQMDataStructureObject, CVQMDataBufferObject>);
 static_assert(std::is_abstract_v<CVQMDataStructureObject> && std::is_abstract_v<CVQMDataSerializableObject>);
-// No data of their own: nothing but the pointer to the virtual operations.
+// They have no data but the pointer to the virtual operations.
 static_assert(sizeof(CVQMDataObject) == sizeof(void*));
 static_assert(sizeof(CVQMDataStructureObject) == sizeof(void*));
 static_assert(sizeof(CVQMDataSerializableObject) == sizeof(void*));
@@ -42,7 +42,7 @@ constexpr uVQMINT64 kMaximum = std::numeric_limits<uVQMINT64>::max();
 int ToInt(const char* text)
 {
     CVQMDataObject object;
-    int number = 77; // is replaced, whatever the text
+    int number = 77; // every text replaces it
     object.StrToNumber(text, number);
     return number;
 }
@@ -260,7 +260,7 @@ TEST(NumberToText, LongNumbersAreCutAt253Characters)
 
 TEST(NumberToText, DecimalPointIsADotInEveryLocale)
 {
-    // A locale of our own, made from the system's plainest one: machines often have no other.
+    // A custom locale, derived from the plainest one: machines often have no other.
     const std::filesystem::path root = testing::TempDir() + "locale." + std::to_string(getpid());
     std::filesystem::create_directories(root / "comma");
     std::ifstream from("/usr/lib/locale/C.utf8/LC_NUMERIC", std::ios::binary);

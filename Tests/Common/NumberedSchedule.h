@@ -27,7 +27,7 @@ inline std::string NumberedSchedule(int number)
 /// The policy is one numbered schedule in all its fields, or what clearing leaves of one, or of none.
 inline void ExpectWhole(const _VQMPolicy& policy)
 {
-    // What clearing leaves.
+    // The fields that clearing keeps.
     const int number = policy.nCheckPeriod;
     EXPECT_EQ(policy.strVersion, number != 0 ? std::to_string(number) : "");
     EXPECT_EQ(policy.stExpiration.nYear, number);

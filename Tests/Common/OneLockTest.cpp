@@ -23,7 +23,7 @@ void* const kCallback = reinterpret_cast<void*>(OnChange);
 
 void ExpectNoneHeld(const char* where)
 {
-    EXPECT_EQ(lock_watch::Held(), 0) << where;
+    EXPECT_EQ(locks::Held(), 0) << where;
 }
 
 struct Operation {
@@ -85,7 +85,7 @@ protected:
         return request;
     }
 
-    /// What a callback owns: released with the last copy of it.
+    /// An object that a callback owns: released with the callback's last copy.
     std::shared_ptr<int> Released()
     {
         return {new int, [this](const int* number) {
@@ -98,10 +98,10 @@ protected:
     static void ExpectAtMostOne(const std::vector<Operation>& operations)
     {
         for (const Operation& operation : operations) {
-            lock_watch::Reset();
+            locks::Reset();
             operation.run();
-            EXPECT_LE(lock_watch::MostHeld(), 1) << operation.name;
-            EXPECT_EQ(lock_watch::Held(), 0) << operation.name;
+            EXPECT_LE(locks::MostHeld(), 1) << operation.name;
+            EXPECT_EQ(locks::Held(), 0) << operation.name;
         }
     }
 
@@ -116,7 +116,7 @@ protected:
     std::unique_ptr<OpenPipe> pipe_ = std::make_unique<OpenPipe>();
 };
 
-TEST_F(OneLock, TheLibrarysLocksAreSeen)
+TEST_F(OneLock, TheWatchSeesTheLibrarysLocks)
 {
     const Operation locking[] = {
         {"GetInstance", [] { CVQMSyncDemoMonitor::GetInstance(); }},
@@ -124,18 +124,18 @@ TEST_F(OneLock, TheLibrarysLocksAreSeen)
         {"ExistHandle", [this] { pipe_->ExistHandle(this); }},
     };
     for (const Operation& operation : locking) {
-        lock_watch::Reset();
+        locks::Reset();
         operation.run();
-        EXPECT_EQ(lock_watch::MostHeld(), 1) << operation.name;
+        EXPECT_EQ(locks::MostHeld(), 1) << operation.name;
         {
             const boost::mutex::scoped_lock lock(otherMutex_);
             operation.run();
         }
-        EXPECT_EQ(lock_watch::MostHeld(), 2) << operation.name << " under another lock";
+        EXPECT_EQ(locks::MostHeld(), 2) << operation.name << " under another lock";
     }
 }
 
-TEST_F(OneLock, IsAllThatAnOperationOfTheMonitorHolds)
+TEST_F(OneLock, OperationsOfTheMonitorHoldAtMostOneLock)
 {
     const std::string schedule = kScheduleDirectory + "schedule.xml";
     recording::settings().onGet = [] { ExpectNoneHeld("the store"); };
@@ -183,7 +183,7 @@ TEST_F(OneLock, IsAllThatAnOperationOfTheMonitorHolds)
     });
 }
 
-TEST_F(OneLock, IsAllThatAnOperationOfThePipeHolds)
+TEST_F(OneLock, OperationsOfThePipeHoldAtMostOneLock)
 {
     CVQMFileRequestData empty;
     FileRequest read = RequestFor(REQUEST_READ);
@@ -229,7 +229,7 @@ TEST_F(OneLock, IsAllThatAnOperationOfThePipeHolds)
     });
 }
 
-TEST_F(OneLock, IsGivenUpBeforeOtherPeoplesCodeRuns)
+TEST_F(OneLock, LocksAreReleasedBeforeTheCallersCodeRuns)
 {
     ExpectAtMostOne({
         {"reading a document",
@@ -315,7 +315,7 @@ TEST_F(OneLock, ACallbackMayUseTheMonitor)
 }
 
 /// Nothing of the library is locked while a document is parsed.
-TEST_F(OneLock, ADocumentIsParsedWithoutAny)
+TEST_F(OneLock, ParsingHoldsNoLock)
 {
     struct Target : CVQMScheduleContainer {
         bool ReadFrom(IVQMSerialize* pSerialize) override

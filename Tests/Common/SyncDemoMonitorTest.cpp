@@ -42,7 +42,7 @@ protected:
     SyncDemoMonitor()
     {
         recording::settings() = {};
-        // The registration flag is the process's: whatever an earlier test left is taken back.
+        // The registration flag belongs to the process: end a registration that an earlier test left.
         CVQMSyncDemoMonitor::UnSetVconfCallBack(kCallback);
         CVQMSyncDemoMonitor::DestroyInstance();
         recorder::Clear();

@@ -76,7 +76,7 @@ TEST_F(MonitorThreads, EachCopyOfThePolicyIsWhole)
     ExpectWhole(Current());
 }
 
-TEST_F(MonitorThreads, ASchedulesOwnTargetNeedsNoLock)
+TEST_F(MonitorThreads, ParsingIntoTheCallersPolicyNeedsNoLock)
 {
     RunTogether(4, [this](int number) {
         const std::string path = kScheduleDirectory + std::to_string(number);
@@ -88,7 +88,7 @@ TEST_F(MonitorThreads, ASchedulesOwnTargetNeedsNoLock)
             ExpectWhole(policy);
         }
     });
-    EXPECT_TRUE(Current().bError) << "nobody stored one";
+    EXPECT_TRUE(Current().bError) << "none was stored";
 }
 
 TEST_F(MonitorThreads, ChecksMayMoveFromThreadToThread)

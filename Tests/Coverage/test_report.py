@@ -75,12 +75,12 @@ def test_fails_on_a_branch_that_is_not_taken_and_shows_it(report):
     ]
 
 
-def test_passes_when_it_is_accepted_and_says_why(report):
+def test_passes_when_it_is_accepted_and_prints_the_reason(report):
     code, lines, _ = report(
-        [[(FIRST, 1, 0), (SECOND, 3, 4)]], "Data/Pick.cpp | Pick | number > 1 | false | nobody has so few\n"
+        [[(FIRST, 1, 0), (SECOND, 3, 4)]], "Data/Pick.cpp | Pick | number > 1 | false | no list is so short\n"
     )
     assert code == 0
-    assert lines[-2:] == ["Data/Pick.cpp:3: Pick: `number > 1` is never false", "    accepted: nobody has so few"]
+    assert lines[-2:] == ["Data/Pick.cpp:3: Pick: `number > 1` is never false", "    accepted: no list is so short"]
 
 
 @pytest.mark.parametrize("name", ["Data/Pick.cpp | Pick | number > 1 | true", "Data/Gone.cpp | Gone | 1 | true"])

@@ -1,7 +1,6 @@
 #include "Tests/Desktop/Fixtures.h"
 
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -138,11 +137,6 @@ std::string CapturedLog::Text()
     std::string text = testing::internal::GetCapturedStderr();
     desktop::ExamineStandardError();
     return text;
-}
-
-double Seconds()
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
 } // namespace fixtures

@@ -67,7 +67,7 @@ std::string ReadFile(const std::string& path); ///< empty when there is none
 void WriteFile(const std::string& path, const std::string& content);
 bool Exists(const std::string& path);
 
-/// What the log says meanwhile.
+/// Captures the log.
 class CapturedLog {
 public:
     CapturedLog();
@@ -79,7 +79,5 @@ public:
 };
 
 using ::Eventually;
-
-double Seconds(); ///< of a clock that only goes forward
 
 } // namespace fixtures

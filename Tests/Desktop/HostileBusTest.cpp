@@ -23,15 +23,7 @@
 
 using desktop::BusAnswer;
 using desktop::BusReply;
-using fixtures::BusClient;
-using fixtures::Eventually;
-using fixtures::Exists;
-using fixtures::HoldBack;
-using fixtures::kNo;
-using fixtures::kYes;
-using fixtures::LoopUntil;
-using fixtures::Paused;
-using fixtures::Process;
+using namespace fixtures;
 
 namespace {
 
@@ -157,7 +149,7 @@ TEST_F(HostileBus, ADaemonThatLosesTheFirstRequestsIsAskedAgain)
     EXPECT_TRUE(Eventually([&] { return LinesOf(log).back() == "UnInhibit 42"; }));
 }
 
-TEST_F(HostileBus, ASignalOfTheSystemDoesNotPassForSilence)
+TEST_F(HostileBus, AnInterruptedWaitDoesNotCountAsSilence)
 {
     const int listening = fixtures::ListenOn(BusSocket());
     static int handled[2];

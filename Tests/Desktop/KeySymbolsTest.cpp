@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-// Xlib reads the database once in a process, so each case has a process of its own.
+// Xlib reads the database once in a process, so each case runs in a separate process.
 
 TEST(KeySymbols, LeaveNoVariableBehind)
 {
@@ -13,7 +13,7 @@ TEST(KeySymbols, LeaveNoVariableBehind)
     EXPECT_EQ(std::getenv("XKEYSYMDB"), nullptr);
 }
 
-TEST(KeySymbols, KeepThePersonsVariable)
+TEST(KeySymbols, RestoreTheUsersVariable)
 {
     setenv("XKEYSYMDB", "/some/where", 1);
     EXPECT_TRUE(desktop::AddToolKeySymbols());

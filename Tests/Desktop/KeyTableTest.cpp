@@ -21,7 +21,7 @@ protected:
 
 } // namespace
 
-TEST_F(KeyTable, EveryIdHasASymbolOfItsOwn)
+TEST_F(KeyTable, EveryIdHasItsOwnSymbol)
 {
     std::set<KeySym> symbols;
     for (int keyId = 0; keyId < kKeyIds; ++keyId) {

@@ -24,9 +24,16 @@ using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::Not;
 
+using desktop::LaunchError;
+
 namespace {
 
-constexpr char kId[] = "org.quillmere.vqmkeygrab.gui";
+constexpr char kId[] = "org.example.companion";
+
+int Code(LaunchError error)
+{
+    return static_cast<int>(error);
+}
 
 /// GLib asks for the data folders once per process: all tests share these.
 class DataFolders : public testing::Environment {
@@ -70,7 +77,7 @@ protected:
     {
         WriteFile(Entry(where), "[Desktop Entry]\nType=Application\nName=The Companion\nExec=" + exec + "\n" + more);
     }
-    /// What the started program writes in the end.
+    /// Launches, and returns the output of the program.
     std::string Launched(int lines = 1) const
     {
         const pid_t pid = aul_launch_app(kId, nullptr);
@@ -152,16 +159,16 @@ TEST_F(Launcher, TheUsersEntryComesBeforeTheSystems)
 
 TEST_F(Launcher, EachLaunchFollowsTheEntryAsItIsThen)
 {
-    EXPECT_EQ(Failed().first, desktop::kLaunchNoEntry);
+    EXPECT_EQ(Failed().first, Code(LaunchError::kNoEntry));
     std::string expected;
-    // As fast as it goes: equally long contents, written within one tick of the clock.
+    // Without a pause: contents of equal length, written within one tick of the clock.
     for (int i = 10; i < 40; ++i) {
         WriteEntry(Program() + " " + std::to_string(i));
         expected += std::to_string(i) + "|\n";
         EXPECT_EQ(Launched(i - 9), expected);
     }
     std::filesystem::remove(Entry());
-    EXPECT_EQ(Failed().first, desktop::kLaunchNoEntry);
+    EXPECT_EQ(Failed().first, Code(LaunchError::kNoEntry));
 }
 
 TEST_F(Launcher, AnUnchangedEntryIsNotReadAgain)
@@ -175,13 +182,13 @@ TEST_F(Launcher, AnUnchangedEntryIsNotReadAgain)
         return read(opens, events, sizeof events) > 0;
     };
     desktop::Launcher launcher;
-    ASSERT_GT(launcher.Launch(kId), 0);
+    ASSERT_TRUE(launcher.Launch(kId));
     EXPECT_TRUE(wasOpened());
-    ASSERT_GT(launcher.Launch(kId), 0);
-    ASSERT_GT(launcher.Launch(kId), 0);
+    ASSERT_TRUE(launcher.Launch(kId));
+    ASSERT_TRUE(launcher.Launch(kId));
     EXPECT_FALSE(wasOpened());
     std::filesystem::last_write_time(Entry(), std::filesystem::file_time_type::clock::now());
-    ASSERT_GT(launcher.Launch(kId), 0);
+    ASSERT_TRUE(launcher.Launch(kId));
     EXPECT_TRUE(wasOpened());
     close(opens);
 }
@@ -189,7 +196,7 @@ TEST_F(Launcher, AnUnchangedEntryIsNotReadAgain)
 TEST_F(Launcher, AMissingEntryNamesTheFolders)
 {
     const auto [result, line] = Failed();
-    EXPECT_EQ(result, desktop::kLaunchNoEntry);
+    EXPECT_EQ(result, Code(LaunchError::kNoEntry));
     EXPECT_EQ(line, std::string("no entry \"") + kId + ".desktop\" in " + DataFolders::Path() + "/home/applications, " +
                         DataFolders::Path() + "/system/applications");
 }
@@ -199,7 +206,7 @@ TEST_F(Launcher, AHiddenEntryHidesTheSystemsOne)
     WriteEntry(Program(), "", "system");
     WriteEntry(Program(), "Hidden=true\n");
     const auto [result, line] = Failed();
-    EXPECT_EQ(result, desktop::kLaunchNoEntry);
+    EXPECT_EQ(result, Code(LaunchError::kNoEntry));
     EXPECT_EQ(line, std::string("no entry \"") + kId + ".desktop\": " + Entry() + " hides it");
 }
 
@@ -207,12 +214,12 @@ TEST_F(Launcher, AMissingProgramIsNamed)
 {
     WriteEntry("no-such-program-here %U");
     auto [result, line] = Failed();
-    EXPECT_EQ(result, desktop::kLaunchNoProgram);
+    EXPECT_EQ(result, Code(LaunchError::kNoProgram));
     EXPECT_EQ(line, Entry() + ": program missing: no-such-program-here");
 
     WriteEntry(Program(), "TryExec=no-such-program-here\n");
     std::tie(result, line) = Failed();
-    EXPECT_EQ(result, desktop::kLaunchNoProgram);
+    EXPECT_EQ(result, Code(LaunchError::kNoProgram));
     EXPECT_EQ(line, Entry() + ": not installed: no program no-such-program-here (TryExec)");
 }
 
@@ -221,12 +228,12 @@ TEST_F(Launcher, AProgramThatComesAndGoesIsNoticed)
     WriteEntry(Program());
     EXPECT_EQ(Launched(1), "|\n");
     std::filesystem::rename(Program(), Program() + ".away");
-    EXPECT_EQ(Failed().first, desktop::kLaunchNoProgram);
+    EXPECT_EQ(Failed().first, Code(LaunchError::kNoProgram));
     std::filesystem::rename(Program() + ".away", Program());
     EXPECT_EQ(Launched(2), "|\n|\n");
 }
 
-TEST_F(Launcher, AnEntryThatMakesNoSenseSaysWhy)
+TEST_F(Launcher, AnInvalidEntryIsReportedWithItsReason)
 {
     struct Case {
         std::string content;
@@ -245,7 +252,7 @@ TEST_F(Launcher, AnEntryThatMakesNoSenseSaysWhy)
            "Key file"}}) {
         WriteFile(Entry(), test.content);
         const auto [result, line] = Failed();
-        EXPECT_EQ(result, desktop::kLaunchBadEntry) << test.content;
+        EXPECT_EQ(result, Code(LaunchError::kBadEntry)) << test.content;
         EXPECT_THAT(line, HasSubstr(Entry() + ": ")) << test.content;
         if (!test.content.empty() && test.why != "Key file") {
             EXPECT_THAT(line, HasSubstr(test.why));
@@ -253,41 +260,41 @@ TEST_F(Launcher, AnEntryThatMakesNoSenseSaysWhy)
     }
 }
 
-TEST_F(Launcher, WhatIsNoPlainFileIsNoEntry)
+TEST_F(Launcher, AnEntryMustBeAPlainFile)
 {
     std::filesystem::create_directories(Entry());
     EXPECT_EQ(Failed().second, Entry() + ": not a plain file");
     std::filesystem::remove(Entry());
     ASSERT_EQ(mkfifo(Entry().c_str(), 0600), 0);
-    EXPECT_EQ(Failed().first, desktop::kLaunchBadEntry);
+    EXPECT_EQ(Failed().first, Code(LaunchError::kBadEntry));
     std::filesystem::remove(Entry());
     WriteEntry(Program());
     std::filesystem::resize_file(Entry(), 1ULL << 30U);
     EXPECT_EQ(Failed().second, Entry() + ": too large for a desktop entry");
 }
 
-TEST_F(Launcher, AProgramThatCannotBeStartedSaysWhy)
+TEST_F(Launcher, AFailedStartIsReportedWithItsReason)
 {
     WriteFile(Program(), "no program");
     WriteEntry(Program());
     auto [result, line] = Failed();
-    EXPECT_EQ(result, desktop::kLaunchNotStarted);
+    EXPECT_EQ(result, Code(LaunchError::kNotStarted));
     EXPECT_EQ(line, Entry() + ": cannot start " + Program() + ": Exec format error");
 
     WriteEntry("/bin/true", "Path=/no/such/folder\n");
     std::tie(result, line) = Failed();
-    EXPECT_EQ(result, desktop::kLaunchNotStarted);
+    EXPECT_EQ(result, Code(LaunchError::kNotStarted));
     EXPECT_EQ(line, Entry() + ": cannot start /bin/true in /no/such/folder: No such file or directory");
 }
 
 TEST_F(Launcher, IdsCannotLeaveTheFolders)
 {
     for (const char* id : {"", "../x", "a/b", "/etc/passwd", ".x", static_cast<const char*>(nullptr)}) {
-        EXPECT_EQ(Failed(id).first, desktop::kLaunchBadId);
+        EXPECT_EQ(Failed(id).first, Code(LaunchError::kBadId));
     }
 }
 
-TEST_F(Launcher, TheProgramGetsNothingOfOurs)
+TEST_F(Launcher, TheProgramInheritsNothing)
 {
     WriteFile(Program(), "#!/bin/sh\nexec > " + Output() +
                              "\npwd\ncut -d' ' -f5 /proc/$$/stat\necho $$\ngrep -E '^Sig(Blk|Ign)' /proc/self/status\n"
@@ -325,7 +332,7 @@ TEST_F(Launcher, TheProgramGetsNothingOfOurs)
 
     const std::string output = ReadFile(Output());
     const std::string self = std::to_string(pid);
-    EXPECT_THAT(output, testing::StartsWith("/usr\n" + self + "\n" + self + "\n")); // a process group of its own
+    EXPECT_THAT(output, testing::StartsWith("/usr\n" + self + "\n" + self + "\n")); // its own process group
     EXPECT_THAT(output, HasSubstr("SigBlk:\t0000000000000000\n"));
     // glibc leaves its two internal signals ignored in every spawned process.
     const unsigned long long internalSignals = 3ULL << 31U;
@@ -340,7 +347,7 @@ TEST_F(Launcher, TheProgramGetsNothingOfOurs)
     EXPECT_THAT(output, Not(HasSubstr("NOTIFY_SOCKET")));
 }
 
-TEST_F(Launcher, AProgramThatWritesWithoutEndDisturbsNobody)
+TEST_F(Launcher, EndlessOutputOfAProgramIsDiscarded)
 {
     WriteEntry("/bin/sh -c \"head -c 100000000 /dev/zero; head -c 1000000 /dev/zero >&2; echo done > " + Output() +
                "\"");

@@ -53,6 +53,30 @@ void EnterPrivateRun()
     std::filesystem::create_directories("/run/systemd/journal");
 }
 
+/// A journal that this process plays to itself: its two sockets, and a stream to it.
+struct StandInJournal {
+    int entries;
+    int streams;
+    int stream;
+};
+
+/// For a process that does nothing else, because it gets a private /run.
+StandInJournal StartJournal()
+{
+    EnterPrivateRun();
+    constexpr char kStreamSocket[] = "/run/systemd/journal/stdout";
+    StandInJournal journal{};
+    journal.entries = BoundSocket(SOCK_DGRAM, "/run/systemd/journal/socket");
+    journal.streams = BoundSocket(SOCK_STREAM, kStreamSocket);
+    Require(listen(journal.streams, 1) == 0, "listen");
+    journal.stream = socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strcpy(address.sun_path, kStreamSocket);
+    Require(connect(journal.stream, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, "connect");
+    return journal;
+}
+
 /// The fields of an entry as they came, "NAME=value" or NAME, length and value.
 std::map<std::string, std::string> Fields(const std::string& entry)
 {
@@ -77,45 +101,28 @@ std::map<std::string, std::string> Fields(const std::string& entry)
 
 using Expected = std::map<std::string, std::string>;
 
-/// In a process of its own: what the journal receives when `log` logs. Exits with 0 if that is as
-/// expected.
+/// Runs in a process by itself. Exits with 0 if the journal receives what is expected when `log` logs.
 [[noreturn]] void CheckJournal(void (*log)(), const Expected& expected)
 {
-    EnterPrivateRun();
-    const int entries = BoundSocket(SOCK_DGRAM, "/run/systemd/journal/socket");
-    const int streams = BoundSocket(SOCK_STREAM, "/run/systemd/journal/stdout");
-    Require(listen(streams, 1) == 0, "listen");
-    const int stream = socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strcpy(address.sun_path, "/run/systemd/journal/stdout");
-    Require(connect(stream, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, "connect");
+    const StandInJournal journal = StartJournal();
     const int terminal = dup(STDERR_FILENO);
-    dup2(stream, STDERR_FILENO);
+    dup2(journal.stream, STDERR_FILENO);
     log();
     dup2(terminal, STDERR_FILENO);
 
     char entry[4096];
-    const ssize_t size = recv(entries, entry, sizeof entry, MSG_DONTWAIT);
+    const ssize_t size = recv(journal.entries, entry, sizeof entry, MSG_DONTWAIT);
     Require(size > 0, "no entry");
     const auto fields = Fields(std::string(entry, static_cast<std::size_t>(size)));
     EXPECT_EQ(fields, expected);
     _exit(testing::Test::HasFailure() ? 1 : 0);
 }
 
-/// In a process of its own: the journal takes the stream and the first entries, and then nothing more.
+/// Runs in a process by itself. The journal takes the stream and the first entries, and then nothing more.
 [[noreturn]] void LogToStalledJournal()
 {
-    EnterPrivateRun();
-    const int entries = BoundSocket(SOCK_DGRAM, "/run/systemd/journal/socket");
-    const int streams = BoundSocket(SOCK_STREAM, "/run/systemd/journal/stdout");
-    Require(listen(streams, 1) == 0 && entries >= 0, "listen");
-    const int stream = socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strcpy(address.sun_path, "/run/systemd/journal/stdout");
-    Require(connect(stream, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, "connect");
-    dup2(stream, STDERR_FILENO);
+    const StandInJournal journal = StartJournal();
+    dup2(journal.stream, STDERR_FILENO);
     alarm(static_cast<unsigned>(TestPatience().count()));
     bool lost = false;
     for (int line = 0; line < 20'000; ++line) {
@@ -174,17 +181,9 @@ TEST(LogJournal, AJournalThatHangsDoesNotHoldUpTheProgram)
 TEST(LogJournal, AnEntryThatIsTooLargeIsWrittenAsALine)
 {
     fixtures::Process process([] {
-        EnterPrivateRun();
-        const int entries = BoundSocket(SOCK_DGRAM, "/run/systemd/journal/socket");
-        const int streams = BoundSocket(SOCK_STREAM, "/run/systemd/journal/stdout");
-        Require(listen(streams, 1) == 0 && entries >= 0, "listen");
-        const int stream = socket(AF_UNIX, SOCK_STREAM, 0);
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        std::strcpy(address.sun_path, "/run/systemd/journal/stdout");
-        Require(connect(stream, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0, "connect");
-        const int reader = accept(streams, nullptr, nullptr);
-        dup2(stream, STDERR_FILENO);
+        const StandInJournal journal = StartJournal();
+        const int reader = accept(journal.streams, nullptr, nullptr);
+        dup2(journal.stream, STDERR_FILENO);
         constexpr std::size_t kLarge = 1'000'000;
         std::thread([] { dlog_print(DLOG_DEBUG, "T", "%s", std::string(kLarge, 'x').c_str()); }).detach();
         std::string line;

@@ -21,10 +21,10 @@ using testing::MatchesRegex;
 
 namespace {
 
-/// More than any of the channels here holds, and more than may each wait a tenth of a second.
+/// More than any channel here holds, and too many for each of them to wait a tenth of a second.
 constexpr int kManyLines = 20'000;
 
-/// A log's two ends.
+/// The two ends of a log.
 struct Channel {
     int read = -1;
     int written = -1;
@@ -54,8 +54,8 @@ Channel Terminal(bool stopped)
     return terminal;
 }
 
-/// Then no /proc of ours, and no right to open what root has made: the channel cannot be opened again.
-void BecomeSomebodyElse()
+/// Then this process cannot open the channel again: /proc and the files of root refuse it.
+void BecomeAnotherUser()
 {
     constexpr uid_t kNobody = 65534;
     if (setgid(kNobody) != 0 || setuid(kNobody) != 0) {
@@ -72,7 +72,7 @@ void MustEnd()
 struct StalledReader {
     const char* name;
     std::function<Channel()> open;
-    bool ofSomebodyElse = false;
+    bool ofAnotherUser = false;
 };
 
 void PrintTo(const StalledReader& reader, std::ostream* out)
@@ -84,15 +84,15 @@ class LogOfStalledReader : public testing::TestWithParam<StalledReader> {
 protected:
     void SetUp() override
     {
-        if (GetParam().ofSomebodyElse && geteuid() != 0) {
-            GTEST_SKIP() << "only root can become somebody else";
+        if (GetParam().ofAnotherUser && geteuid() != 0) {
+            GTEST_SKIP() << "only root can become another user";
         }
     }
 
     const fixtures::Variable noColours_{"NO_COLOR", "1"};
 };
 
-/// All that has arrived by now.
+/// Everything that has arrived so far.
 std::string Drain(int descriptor)
 {
     fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
@@ -112,8 +112,8 @@ TEST_P(LogOfStalledReader, DoesNotHoldUpTheProgram)
     fixtures::Process process([&] {
         MustEnd();
         dup2(channel.written, STDERR_FILENO);
-        if (GetParam().ofSomebodyElse) {
-            BecomeSomebodyElse();
+        if (GetParam().ofAnotherUser) {
+            BecomeAnotherUser();
         }
         for (int line = 0; line < kManyLines; ++line) {
             dlog_print(DLOG_DEBUG, "T", "line %d of a program that goes on", line);
@@ -125,15 +125,15 @@ TEST_P(LogOfStalledReader, DoesNotHoldUpTheProgram)
     close(channel.written);
 }
 
-TEST_P(LogOfStalledReader, SaysLaterHowManyLinesAreMissing)
+TEST_P(LogOfStalledReader, ReportsDroppedLinesLater)
 {
     const Channel channel = GetParam().open();
     int go[2];
     ASSERT_EQ(pipe(go), 0);
     fixtures::Process process([&] {
         dup2(channel.written, STDERR_FILENO);
-        if (GetParam().ofSomebodyElse) {
-            BecomeSomebodyElse();
+        if (GetParam().ofAnotherUser) {
+            BecomeAnotherUser();
         }
         for (int line = 0; line < kManyLines; ++line) {
             dlog_print(DLOG_DEBUG, "T", "line");
@@ -181,9 +181,9 @@ INSTANTIATE_TEST_SUITE_P(Log, LogOfStalledReader,
                                          StalledReader{"PipeThatDoesNotBlock", [] { return Pipe(O_NONBLOCK); }},
                                          StalledReader{"Socket", SocketPair},
                                          StalledReader{"StoppedTerminal", [] { return Terminal(true); }},
-                                         StalledReader{"TerminalNobodyReads", [] { return Terminal(false); }},
-                                         StalledReader{"PipeOfSomebodyElse", [] { return Pipe(0); }, true},
-                                         StalledReader{"StoppedTerminalOfSomebodyElse", [] { return Terminal(true); },
+                                         StalledReader{"TerminalThatIsNotRead", [] { return Terminal(false); }},
+                                         StalledReader{"PipeOfAnotherUser", [] { return Pipe(0); }, true},
+                                         StalledReader{"StoppedTerminalOfAnotherUser", [] { return Terminal(true); },
                                                        true}),
                          [](const auto& test) { return std::string(test.param.name); });
 

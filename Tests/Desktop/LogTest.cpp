@@ -23,7 +23,7 @@ using testing::IsEmpty;
 
 namespace {
 
-/// What another process wrote to its stderr, one element for each write, with its pid spelled
+/// The output of another process on stderr, one element for each write, with its pid spelled
 /// "PID" as it stands in a line's head.
 class Writes {
 public:
@@ -184,7 +184,7 @@ TEST(Log, ThresholdDropsWhatIsBelow)
     }
 }
 
-TEST(Log, UnknownThresholdIsSaidOnceAndLogsAll)
+TEST(Log, AnUnknownThresholdIsReportedOnceAndLogsAll)
 {
     const fixtures::Variable level("DLOG_LEVEL", "verbos");
     const Writes writes([] {
@@ -286,7 +286,7 @@ TEST(Log, AFileThatTakesTheNumberOfStderrIsNotWrittenTo)
     EXPECT_THAT(writes.All(), ElementsAre("D/T(PID): before\n", "D/T(PID): after\n"));
 }
 
-TEST(Log, AStderrThatIsClosedIsNoOtherFile)
+TEST(Log, AClosedStderrIsNotReplacedByAnotherFile)
 {
     const fixtures::TemporaryFolder folder;
     const std::string file = folder / "data";

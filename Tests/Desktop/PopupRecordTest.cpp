@@ -19,7 +19,7 @@ TEST(PopupRecord, ComesBackAsItWasWritten)
     EXPECT_TRUE(record->pausedBefore);
 }
 
-TEST(PopupRecord, WhatMakesNoSenseIsNotBelieved)
+TEST(PopupRecord, InvalidRecordsAreIgnored)
 {
     const fixtures::TemporaryFolder folder;
     const std::string path = folder / "x.popups";

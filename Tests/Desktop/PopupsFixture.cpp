@@ -11,6 +11,7 @@
 
 #include "Platform/desktop/bus/BusProbe.h"
 #include "Platform/desktop/bus/PopupRecord.h"
+#include "Platform/desktop/environment/ApplicationId.h"
 
 namespace fixtures {
 
@@ -97,7 +98,7 @@ void Popups::StartService(const ServiceManners& manners, const std::string& log)
 
 std::string Popups::Record()
 {
-    return desktop::PopupRecordFile(PLATFORM_APP_ID);
+    return desktop::PopupRecordFile(desktop::kApplicationId);
 }
 
 } // namespace fixtures

@@ -13,8 +13,8 @@ namespace fixtures {
 /// The output of a shell command.
 std::string OutputOf(const std::string& command);
 
-/// What dunst says about its pause switch: one of the two below, or something else when it does
-/// not answer.
+/// The state of dunst's pause switch: one of the two texts below, or another one when it does not
+/// answer.
 std::string Paused();
 constexpr char kYes[] = "(<true>,)\n";
 constexpr char kNo[] = "(<false>,)\n";

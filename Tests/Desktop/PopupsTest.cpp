@@ -13,23 +13,14 @@
 #include "Platform/desktop/app/Popups.h"
 #include "Platform/desktop/bus/BusAddress.h"
 #include "Platform/desktop/bus/PopupRecord.h"
+#include "Platform/desktop/environment/ApplicationId.h"
 #include "Tests/Desktop/BusClient.h"
 #include "Tests/Desktop/FakeBus.h"
 #include "Tests/Desktop/Fixtures.h"
 #include "Tests/Desktop/PopupsFixture.h"
 #include "Tests/Support/NotificationService.h"
 
-using fixtures::BusClient;
-using fixtures::Eventually;
-using fixtures::Exists;
-using fixtures::HoldBack;
-using fixtures::kNo;
-using fixtures::kYes;
-using fixtures::LoopUntil;
-using fixtures::OutputOf;
-using fixtures::Paused;
-using fixtures::Popups;
-using fixtures::Process;
+using namespace fixtures;
 using testing::IsEmpty;
 
 TEST_F(Popups, WithoutABusNothingIsJoinedAndNothingIsStarted)
@@ -55,7 +46,7 @@ TEST_F(Popups, TheBusIsWhereTheEnvironmentSays)
     EXPECT_EQ(desktop::SessionBusAddress(), "");
     close(fixtures::ListenOn(folder_ / "bus"));
     EXPECT_EQ(desktop::SessionBusAddress(), "unix:path=" + (folder_ / "bus"));
-    EXPECT_LT(tvcontext_init(), 0); // nobody listens there
+    EXPECT_LT(tvcontext_init(), 0); // there is no listener
     setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/elsewhere", 1);
     EXPECT_EQ(desktop::SessionBusAddress(), "unix:path=/elsewhere");
     setenv("DBUS_SESSION_BUS_ADDRESS", "autolaunch:", 1);
@@ -186,7 +177,7 @@ TEST_F(Popups, TheEmergencyExitRestores)
     EXPECT_EQ(Paused(), kNo);
 }
 
-TEST_F(Popups, ADaemonThatHangsIsNotWaitedForAndDoesWhatItWasAskedWhenItWakesUp)
+TEST_F(Popups, AHangingDaemonIsNotAwaitedAndActsWhenItWakesUp)
 {
     StartBus();
     StartDunst();
@@ -263,7 +254,7 @@ TEST_F(Popups, TheDesktopsOwnInhibitionComesFirst)
     fixtures::ServiceManners manners;
     manners.inhibits = true;
     StartService(manners, log);
-    const std::string asked = "ready\nInhibit ssa{sv} " PLATFORM_APP_ID "\n";
+    const std::string asked = std::string("ready\nInhibit ssa{sv} ") + desktop::kApplicationId + "\n";
     EXPECT_EQ(tvcontext_init(), 0);
     EXPECT_EQ(tvcontext_begin_popup_free(), 0);
     EXPECT_EQ(tvcontext_begin_popup_free(), 0); // held back already

@@ -22,6 +22,7 @@
 #include <vconf.h>
 #include <vector>
 
+#include "Platform/desktop/base/Settings.h"
 #include "Tests/Desktop/Fixtures.h"
 
 using fixtures::Exists;
@@ -63,7 +64,7 @@ protected:
     fixtures::Variable configuration_{"XDG_CONFIG_HOME", folder_.Path()};
 };
 
-/// What this process has read from files so far.
+/// The bytes that this process has read from files so far.
 std::uint64_t BytesRead()
 {
     std::ifstream counters("/proc/self/io");
@@ -144,14 +145,14 @@ TEST_F(SettingsStore, OnlyAWholeNumberIsANumber)
     }
 }
 
-TEST_F(SettingsStore, AbsentIsAFailure)
+TEST_F(SettingsStore, AnAbsentSettingIsAFailure)
 {
     EXPECT_EQ(GetInt(), kUntouched);
     EXPECT_EQ(vconf_get_str(kKey), nullptr);
-    EXPECT_EQ(desktop::LastSettingsProblem(), File() + ": No such file or directory");
+    EXPECT_EQ(desktop::LastSettingsError(), File() + ": No such file or directory");
 }
 
-TEST_F(SettingsStore, ATextWithAZeroByteIsNoText)
+TEST_F(SettingsStore, ATextWithAZeroByteIsRefused)
 {
     WriteFile(File(), std::string("a\0b", 3));
     EXPECT_EQ(vconf_get_str(kKey), nullptr);
@@ -174,7 +175,7 @@ TEST_F(SettingsStore, KeysCannotLeaveTheFolder)
         EXPECT_EQ(vconf_set_int(key.c_str(), 2), -1) << key;
         EXPECT_EQ(vconf_set_str(key.c_str(), "2"), -1) << key;
         EXPECT_EQ(vconf_get_str(key.c_str()), nullptr) << key;
-        EXPECT_THAT(desktop::LastSettingsProblem(), HasSubstr("not a key"));
+        EXPECT_THAT(desktop::LastSettingsError(), HasSubstr("not a key"));
     }
     EXPECT_EQ(ReadFile(secret), "1");
     EXPECT_FALSE(Exists(folder_ / "tvsettings"));
@@ -191,7 +192,7 @@ TEST_F(SettingsStore, NullPointersAreFailures)
     EXPECT_EQ(vconf_set_str(kKey, nullptr), -1);
 }
 
-TEST_F(SettingsStore, FoldersAndFilesMadeHereAreTheOwnersAlone)
+TEST_F(SettingsStore, NewFoldersAndFilesArePrivate)
 {
     const mode_t before = umask(0);
     EXPECT_EQ(vconf_set_int(kKey, 1), 0);
@@ -202,7 +203,7 @@ TEST_F(SettingsStore, FoldersAndFilesMadeHereAreTheOwnersAlone)
     EXPECT_EQ(ModeOf(File()), 0600U);
 }
 
-TEST_F(SettingsStore, FoldersMadeByOthersKeepTheirMode)
+TEST_F(SettingsStore, ExistingFoldersKeepTheirMode)
 {
     constexpr mode_t kShared = 03775;
     std::filesystem::create_directories(folder_ / "shared/db");
@@ -221,31 +222,31 @@ TEST_F(SettingsStore, FoldersMadeByOthersKeepTheirMode)
     EXPECT_EQ(ReadFile(folder_ / "shared/" + kKey), "1");
 }
 
-TEST_F(SettingsStore, AFileMadeByOthersKeepsItsModeAndOwner)
+TEST_F(SettingsStore, AnExistingFileKeepsItsModeAndOwner)
 {
     WriteFile(File(), "0");
     ASSERT_EQ(chmod(File().c_str(), 0664), 0);
-    constexpr uid_t kSomebody = 4711;
+    constexpr uid_t kAnotherUser = 4711;
     const bool root = geteuid() == 0;
-    ASSERT_EQ(chown(File().c_str(), root ? kSomebody : geteuid(), root ? kSomebody : getegid()), 0);
+    ASSERT_EQ(chown(File().c_str(), root ? kAnotherUser : geteuid(), root ? kAnotherUser : getegid()), 0);
     EXPECT_EQ(vconf_set_int(kKey, 1), 0);
     struct stat status {};
     ASSERT_EQ(stat(File().c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0664U);
-    EXPECT_EQ(status.st_uid, root ? kSomebody : geteuid());
-    EXPECT_EQ(status.st_gid, root ? kSomebody : getegid());
+    EXPECT_EQ(status.st_uid, root ? kAnotherUser : geteuid());
+    EXPECT_EQ(status.st_gid, root ? kAnotherUser : getegid());
 }
 
-TEST_F(SettingsStore, SuccessLeavesNoProblemBehind)
+TEST_F(SettingsStore, ASuccessClearsTheLastError)
 {
     EXPECT_EQ(vconf_get_str(kKey), nullptr);
-    EXPECT_NE(desktop::LastSettingsProblem(), "");
+    EXPECT_NE(desktop::LastSettingsError(), "");
     EXPECT_EQ(vconf_set_int(kKey, 1), 0);
-    EXPECT_EQ(desktop::LastSettingsProblem(), "");
+    EXPECT_EQ(desktop::LastSettingsError(), "");
     EXPECT_EQ(GetInt("db/absent"), kUntouched);
-    EXPECT_NE(desktop::LastSettingsProblem(), "");
+    EXPECT_NE(desktop::LastSettingsError(), "");
     EXPECT_EQ(GetInt(), 1);
-    EXPECT_EQ(desktop::LastSettingsProblem(), "");
+    EXPECT_EQ(desktop::LastSettingsError(), "");
 }
 
 TEST_F(SettingsStore, TheFolderFollowsTheEnvironment)
@@ -264,11 +265,11 @@ TEST_F(SettingsStore, TheFolderFollowsTheEnvironment)
     EXPECT_EQ(desktop::SettingsFolder(), "");
     EXPECT_EQ(GetInt(), kUntouched);
     EXPECT_EQ(vconf_set_int(kKey, 1), -1);
-    EXPECT_EQ(desktop::LastSettingsProblem(),
+    EXPECT_EQ(desktop::LastSettingsError(),
               "no settings folder: neither XDG_CONFIG_HOME nor HOME holds an absolute path");
 }
 
-TEST_F(SettingsStore, WhatIsNoPlainFileIsLeftAlone)
+TEST_F(SettingsStore, OnlyPlainFilesAreReadOrReplaced)
 {
     struct Case {
         const char* name;
@@ -291,7 +292,7 @@ TEST_F(SettingsStore, WhatIsNoPlainFileIsLeftAlone)
         EXPECT_EQ(GetInt(), kUntouched) << test.name;
         EXPECT_EQ(vconf_get_str(kKey), nullptr) << test.name;
         EXPECT_EQ(vconf_set_int(kKey, 2), -1) << test.name;
-        EXPECT_EQ(desktop::LastSettingsProblem(), File() + test.problem) << test.name;
+        EXPECT_EQ(desktop::LastSettingsError(), File() + test.problem) << test.name;
         EXPECT_THAT(Files(), ElementsAre("state")) << test.name;
         std::filesystem::remove(File());
     }
@@ -306,7 +307,7 @@ TEST_F(SettingsStore, AHugeFileIsNotRead)
     EXPECT_EQ(GetInt(), kUntouched);
     EXPECT_EQ(vconf_get_str(kKey), nullptr);
     EXPECT_LT(BytesRead() - before, 100'000U);
-    EXPECT_THAT(desktop::LastSettingsProblem(), HasSubstr("larger than a setting can be"));
+    EXPECT_THAT(desktop::LastSettingsError(), HasSubstr("larger than a setting can be"));
     EXPECT_EQ(vconf_set_int(kKey, 1), 0);
     EXPECT_EQ(GetInt(), 1);
 }
@@ -326,7 +327,7 @@ TEST_F(SettingsStore, WithoutDescriptorsNothingIsLost)
         setrlimit(RLIMIT_NOFILE, &none);
         int value = kUntouched;
         const bool failed = vconf_get_int(kKey, &value) == -1 && value == kUntouched && vconf_set_int(kKey, 2) == -1;
-        _exit(failed && desktop::LastSettingsProblem().find("Too many open files") != std::string::npos ? 0 : 1);
+        _exit(failed && desktop::LastSettingsError().find("Too many open files") != std::string::npos ? 0 : 1);
     });
     EXPECT_EQ(process.Wait(), 0);
     EXPECT_EQ(GetInt(), 1);
@@ -371,14 +372,15 @@ TEST_F(SettingsStore, AKilledWriterLeavesTheOldOrTheNewValue)
     for (int round = 0; round < 200; ++round) {
         fixtures::Process writer([&values] {
             for (int i = 0;; ++i) {
-                desktop::WriteSetting(kKey, values[i % 2]);
+                static_cast<void>(desktop::WriteSetting(kKey, values[i % 2])); // killed in between
             }
         });
         usleep(static_cast<useconds_t>(200 + 37 * (round % 100)));
         writer.Signal(SIGKILL);
         writer.Wait();
         const auto found = desktop::ReadSetting(kKey);
-        ASSERT_TRUE(found == values[0] || found == values[1]);
+        ASSERT_TRUE(found) << found.Error().text;
+        ASSERT_TRUE(*found == values[0] || *found == values[1]);
     }
     EXPECT_EQ(vconf_set_int(kKey, 1), 0);
     EXPECT_THAT(Files(), ElementsAre("state"));
@@ -400,7 +402,8 @@ TEST_F(SettingsStore, WritersAndReadersInSeveralProcessesNeverMeetATornValue)
     }
     for (int i = 0; i < 20'000; ++i) {
         const auto found = desktop::ReadSetting(kKey);
-        ASSERT_TRUE(found == values[0] || found == values[1]) << desktop::LastSettingsProblem();
+        ASSERT_TRUE(found) << found.Error().text;
+        ASSERT_TRUE(*found == values[0] || *found == values[1]);
     }
     for (fixtures::Process& writer : writers) {
         EXPECT_EQ(writer.Wait(), 0);

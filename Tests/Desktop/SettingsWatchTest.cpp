@@ -10,7 +10,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "Platform/desktop/base/SettingsStore.h"
+#include "Platform/desktop/base/Settings.h"
 #include "Tests/Desktop/Fixtures.h"
 
 using testing::ElementsAre;
@@ -46,14 +46,14 @@ protected:
     {
         while (vconf_ignore_key_changed(kKey, Note) == 0 || vconf_ignore_key_changed(kNeighbour, Note) == 0) {
         }
-        // Lets the watch of this test's folder go: its job comes before this one.
+        // Waits until the watch of this test's folder is deleted: its job was queued before this one.
         bool gone = false;
         ecore_job_add([](void* done) { *static_cast<bool*>(done) = true; }, &gone);
         EXPECT_TRUE(LoopUntil([&] { return gone; }));
     }
 
-    /// All that has been stored until now is delivered, if it ever will be: events of a folder come in
-    /// their order, and the one that is stored here is the last one.
+    /// Waits until all earlier changes have been delivered: the events of a folder arrive in order, and the
+    /// change made here is the last one.
     void DeliverAllUntilNow()
     {
         constexpr char kMarker[] = "db/menu/syncdemo/marker";
@@ -71,7 +71,7 @@ protected:
 
 } // namespace
 
-TEST_F(SettingsWatch, SeesEachSetOnce)
+TEST_F(SettingsWatch, SeesEachWriteOnce)
 {
     ASSERT_EQ(vconf_notify_key_changed(kKey, Note, &seen_), 0);
     for (const int value : {1, 0, 0, 1}) {
@@ -102,7 +102,7 @@ TEST_F(SettingsWatch, SeesAnEditInPlaceOnce)
     EXPECT_THAT(seen_, ElementsAre(1));
 }
 
-TEST_F(SettingsWatch, WhatStoodThereBeforeIsNoChange)
+TEST_F(SettingsWatch, AnExistingValueIsNotAChange)
 {
     EXPECT_EQ(vconf_set_int(kKey, 1), 0);
     ASSERT_EQ(vconf_notify_key_changed(kKey, Note, &seen_), 0);
@@ -135,7 +135,7 @@ TEST_F(SettingsWatch, SeesTheLastOfManyWritesByTwoProcesses)
     }
 }
 
-TEST_F(SettingsWatch, KeysOfOneFolderAreToldApart)
+TEST_F(SettingsWatch, KeysOfOneFolderAreDistinguished)
 {
     Seen other;
     ASSERT_EQ(vconf_notify_key_changed(kKey, Note, &seen_), 0);
@@ -182,7 +182,7 @@ TEST_F(SettingsWatch, ARegistrationAfterTheLastOneEndedWorks)
     EXPECT_TRUE(LoopUntil([&] { return seen_ == Seen{2}; }));
 }
 
-TEST_F(SettingsWatch, TheNodeTellsKeyAndNumber)
+TEST_F(SettingsWatch, TheNodeHoldsKeyAndNumber)
 {
     struct What {
         std::string name;
@@ -400,5 +400,5 @@ TEST_F(SettingsWatch, RefusesWhatCannotBeWatched)
     EXPECT_EQ(vconf_ignore_key_changed(nullptr, Note), -1);
     fixtures::WriteFile(folder_ / "tvsettings/db", "a file where a folder must be");
     EXPECT_EQ(vconf_notify_key_changed(kKey, Note, nullptr), -1);
-    EXPECT_THAT(desktop::LastSettingsProblem(), testing::HasSubstr("tvsettings/db/menu"));
+    EXPECT_THAT(desktop::LastSettingsError(), testing::HasSubstr("tvsettings/db/menu"));
 }

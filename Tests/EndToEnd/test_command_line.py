@@ -1,4 +1,4 @@
-"""What the application does before its main function: questions, and a home that cannot be written."""
+"""The application before its main function: options, and a home that cannot be written."""
 
 import os
 import subprocess
@@ -45,7 +45,7 @@ def test_every_other_argument_starts_the_application(desktop, argument):
 
 
 def unwritable(home):
-    """What starts a program that cannot write to a home: the superuser can, unless it gives up the right."""
+    """The prefix of a command that cannot write to a home: the superuser can, unless it gives up the right."""
     home.chmod(0o555)
     if os.geteuid() != 0:
         return []

@@ -140,7 +140,7 @@ def test_no_shell_sees_the_entry(desktop, keyboard, application):
     assert not (desktop.home / "touched").exists()
 
 
-def test_companion_gets_a_clean_environment_and_no_descriptor_of_ours(desktop, keyboard, application):
+def test_companion_gets_a_clean_environment_and_inherits_no_descriptor(desktop, keyboard, application):
     desktop.install_companion(
         'env > "$HOME/environment"\nls -l /proc/$$/fd > "$HOME/descriptors"\n'
         'cat /proc/self/status > "$HOME/status"\necho done > "$HOME/done"\n'
@@ -164,7 +164,7 @@ def test_companion_gets_a_clean_environment_and_no_descriptor_of_ours(desktop, k
         line.split(":\t", 1) for line in (desktop.home / "status").read_text().splitlines() if ":\t" in line
     )
     assert int(status["SigBlk"], 16) == 0
-    # The C library ignores two real-time signals of its own in every process that it spawns.
+    # The C library ignores two of its own real-time signals in every process that it spawns.
     assert int(status["SigIgn"], 16) & 0x7FFFFFFF == 0
 
 
@@ -177,7 +177,7 @@ def test_ten_thousand_presses_leave_memory_and_descriptors_as_they_were(desktop,
         return dirty, len(os.listdir(f"/proc/{application.pid}/fd"))
 
     def press_many(presses, burst=50):
-        """In bursts: what piles up while events wait is no growth."""
+        """In bursts: memory that grows while events wait does not count."""
         for _ in range(presses // burst):
             start = len(application.results())
             for _ in range(burst):

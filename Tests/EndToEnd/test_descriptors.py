@@ -91,7 +91,7 @@ def test_the_log_stays_out_of_a_file_that_is_written(desktop):
 @pytest.mark.parametrize("arguments", [
     ["setting", "get"], ["setting", "watch"], ["status"], ["--version"], ["--help"],
 ])
-def test_a_closed_stdout_is_a_failure_that_is_said(desktop, keyboard, arguments):
+def test_a_closed_stdout_is_reported_as_a_failure(desktop, keyboard, arguments):
     completed = run(desktop, "vqmctl", *arguments, closed=(1,))
     assert completed.returncode == 3, completed
     assert completed.stderr.splitlines()[-1] == "vqmctl: cannot write to stdout: it is not open for writing"
@@ -106,7 +106,7 @@ def test_held_keys_are_not_written_to_the_x_server(desktop, keyboard):
 
 
 @pytest.mark.parametrize("closed", [(0,), (2,), (0, 2)])
-def test_output_comes_though_the_others_are_closed(desktop, closed):
+def test_output_appears_although_the_other_streams_are_closed(desktop, closed):
     completed = run(desktop, "vqmctl", "setting", "get", closed=closed)
     assert (completed.returncode, completed.stdout) == (0, "off\n")
 

@@ -1,4 +1,4 @@
-"""Ends that nobody asked for: each has a clear last line, an exit code that is not 0 and no core."""
+"""Unexpected ends: each has a clear last line, an exit code that is not 0 and no core."""
 
 import signal
 import subprocess
@@ -74,7 +74,7 @@ def dunst_is_paused(desktop):
 
 
 def test_toolkit_that_opens_no_window(desktop):
-    """What a developer's own variable makes of the toolkit: a window without a display behind it."""
+    """A developer's variable gives the toolkit a window without a display."""
     application = desktop.start_application(wait=False, EFL_RUN_IN_TREE="1")
     ends_clearly(application)
     assert "no window that keys could arrive at" in application.output()
@@ -127,7 +127,7 @@ def test_no_display(desktop, display):
 @pytest.mark.parametrize("home", ["unset", "missing", "unwritable"])
 @pytest.mark.parametrize("runtime", ["unset", "missing", "unwritable"])
 def test_home_and_runtime_directory_unset_or_unwritable(desktop, home, runtime):
-    """As a user who may write nowhere but /tmp: either it runs, or it says why it does not."""
+    """As a user who may write only to /tmp, the application either runs or reports why it does not."""
     for name, state in (("HOME", home), ("XDG_RUNTIME_DIR", runtime)):
         if state == "unset":
             desktop.environment.pop(name)

@@ -145,7 +145,7 @@ def test_key_that_another_client_gives_up_is_taken(desktop, keyboard, modifiers,
 
 
 def failed_keys(connection):
-    """What the application publishes as its failures."""
+    """The failures that the application publishes."""
     owner = connection.get_selection_owner(connection.intern_atom(APP_ID))
     names = owner.get_full_property(connection.intern_atom("_TV_FAILED_KEYS"), X.AnyPropertyType)
     return names.value if names else b""
@@ -159,7 +159,7 @@ def two_screens():
 
 
 @pytest.mark.parametrize("focused", [0, 1])
-def test_keys_arrive_whichever_screen_has_the_focus(two_screens, focused):
+def test_keys_arrive_with_the_focus_on_any_screen(two_screens, focused):
     keyboard = Keyboard(two_screens)
     keyboard.add(*TOOL_KEYS.values())
     application = two_screens.start_application()

@@ -30,7 +30,7 @@ def test_killed_instance_frees_the_name_at_once(desktop, keyboard):
     second.wait_for("not used in vqm mode")
 
 
-def test_another_display_has_an_instance_of_its_own(desktop, keyboard, other_desktop):
+def test_another_display_has_its_own_instance(desktop, keyboard, other_desktop):
     first = desktop.start_application()
     second = other_desktop.start_application()
     assert first.process.poll() is None

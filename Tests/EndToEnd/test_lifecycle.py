@@ -9,7 +9,7 @@ from pathlib import Path
 
 import pytest
 
-from desktop import BUILD, LANGUAGE_KEY, PATIENCE, TOOL_KEYS, Application, children_of, is_running, wait_until
+from desktop import BUILD, LANGUAGE_KEY, PATIENCE, TOOL_KEYS, Application, children_of, wait_until
 
 
 def test_start_up_in_order(desktop, keyboard):
@@ -70,16 +70,17 @@ def test_started_with_hangups_ignored_it_goes_on_without_its_terminal(desktop):
 
 
 def test_launched_companion_lives_on(desktop, keyboard):
-    desktop.install_companion("exec sleep 1000\n")
+    desktop.install_companion("trap 'echo alive > \"$HOME/alive\"' USR1\necho > \"$HOME/ready\"\nwhile :; do sleep 0.1; done\n")
     desktop.switch_on()
     application = desktop.start_application()
     keyboard.tap(TOOL_KEYS["XF86More"])
     application.wait_for("result = ")
     companion = application.results()[0]
     try:
+        wait_until((desktop.home / "ready").exists, "the companion runs")
         assert application.stop() == 0
-        time.sleep(0.5)
-        assert is_running(companion)
+        os.kill(companion, signal.SIGUSR1)
+        wait_until((desktop.home / "alive").exists, "the companion still answers")
     finally:
         os.kill(companion, signal.SIGKILL)
 

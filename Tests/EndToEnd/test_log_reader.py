@@ -57,7 +57,7 @@ READERS = [full_pipe, full_pipe_that_does_not_block, full_socket, stopped_termin
 
 
 @pytest.mark.parametrize("channel", READERS, ids=lambda function: function.__name__)
-def test_keys_launch_and_the_end_comes_while_nobody_reads_the_log(desktop, keyboard, channel):
+def test_a_stalled_log_reader_stops_neither_keys_nor_the_end(desktop, keyboard, channel):
     launches = desktop.root / "launches"
     desktop.install_companion(f"echo launched >> {launches}\n")
     desktop.switch_on()
@@ -80,7 +80,7 @@ def test_keys_launch_and_the_end_comes_while_nobody_reads_the_log(desktop, keybo
 
 
 @pytest.mark.parametrize("channel", [full_pipe, stopped_terminal], ids=lambda function: function.__name__)
-def test_the_tool_works_while_nobody_reads_its_log(desktop, channel):
+def test_a_stalled_log_reader_does_not_stop_the_tool(desktop, channel):
     reader, writer = channel()
     try:
         completed = subprocess.run(

@@ -206,7 +206,7 @@ def test_second_place_of_the_bus_address_is_asked_too(bus, first):
 
 
 def test_popups_come_back_when_the_x_server_dies(bus, other_desktop):
-    """The daemon shows on a display of its own: on the dying one it would go down as well."""
+    """The daemon uses another display: on the dying one it would end as well."""
     other_desktop.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.environment["DBUS_SESSION_BUS_ADDRESS"]
     start_dunst(other_desktop)
     application = bus.start_application()

@@ -31,7 +31,7 @@ def start_live(desktop, build, *options, **environment):
 
 
 def shown(live):
-    """What it says once the application runs."""
+    """Its output once the application runs."""
     wait_until(lambda: INSTRUCTIONS in live.output() and live.output().endswith("\n\n"), "the instructions")
     return live.output()
 
@@ -81,7 +81,7 @@ def test_live_does_not_call_a_lent_key_one_of_the_keyboard_s(desktop, build):
     assert live.stop() == 0
 
 
-def test_second_live_says_that_one_runs(desktop, build):
+def test_second_live_reports_that_one_runs(desktop, build):
     first = start_live(desktop, build)
     shown(first)
     second = start_live(desktop, build)
@@ -97,7 +97,7 @@ def test_second_live_says_that_one_runs(desktop, build):
     ({"DISPLAY": ""}, 'cannot open ""'),
     ({"HOME": "", "XDG_RUNTIME_DIR": ""}, "neither XDG_RUNTIME_DIR nor HOME"),
 ])
-def test_live_says_nothing_more_after_an_early_end(desktop, build, missing, cause):
+def test_live_is_silent_after_an_early_end(desktop, build, missing, cause):
     live = start_live(desktop, build, **missing)
     assert live.process.wait(PATIENCE) == 1
     assert INSTRUCTIONS not in live.output()
@@ -135,7 +135,7 @@ def test_demo_leaves_the_user_s_desktop_alone(bus, keyboard, build, display):
     shown_there = len(bus.connect().screen().root.query_tree().children)
     result = demo(bus, build, **({} if display == "the user's" else {"DISPLAY": ":4711"}))
     assert result.returncode == 0, result.stderr
-    assert "Started an X server of its own" in result.stderr
+    assert "Started a private X server" in result.stderr
     assert "Ended by SIGTERM with exit code 0." in result.stderr
     assert (build / "demo/screenshot.png").stat().st_size > 0
     assert "no session bus" in result.stderr
@@ -144,7 +144,7 @@ def test_demo_leaves_the_user_s_desktop_alone(bus, keyboard, build, display):
     assert not bus.settings.exists() or not list(bus.settings.rglob("state"))
 
 
-def test_demo_says_at_once_why_the_application_has_ended(desktop, build):
+def test_demo_reports_at_once_why_the_application_has_ended(desktop, build):
     program = build / "bin/VQMKeygrab"
     program.unlink()
     program.write_text(f"#!/bin/sh\nunset HOME XDG_RUNTIME_DIR\nexec {shlex.quote(str(BUILD / 'bin/VQMKeygrab'))}\n")

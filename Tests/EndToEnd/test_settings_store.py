@@ -61,7 +61,7 @@ def test_killed_writers_leave_the_old_or_the_new_value(desktop):
         process.send_signal(signal.SIGKILL)
         process.wait()
         assert path.read_text().strip() in ("0", "1")
-    # Whatever is stored now, one of the two writes, and a write clears up.
+    # One of the two commands writes, with any stored value, and a write clears up.
     desktop.vqmctl("setting", "off")
     desktop.vqmctl("setting", "on")
     assert path.read_text().strip() == "1"
@@ -100,7 +100,7 @@ PLACES = [
 
 
 @pytest.mark.parametrize("what", PLACES)
-def test_whatever_stands_in_the_keys_place_reads_as_off(desktop, keyboard, what):
+def test_anything_but_a_plain_file_reads_as_off(desktop, keyboard, what):
     path = in_the_keys_place(desktop, what)
     before = os.lstat(path)
     application = desktop.start_application()
@@ -112,7 +112,7 @@ def test_whatever_stands_in_the_keys_place_reads_as_off(desktop, keyboard, what)
 
 
 @pytest.mark.parametrize("what", ["directory", "dangling link", "pipe"])
-def test_a_write_refuses_what_is_no_plain_file_and_leaves_it(desktop, what):
+def test_a_write_refuses_and_keeps_anything_but_a_plain_file(desktop, what):
     path = in_the_keys_place(desktop, what)
     completed = desktop.vqmctl("setting", "on", check=False)
     assert completed.returncode == 3
@@ -122,7 +122,7 @@ def test_a_write_refuses_what_is_no_plain_file_and_leaves_it(desktop, what):
 
 @pytest.fixture
 def namespace(desktop):
-    """Runs a command with the settings folder on a file system of its own."""
+    """Runs a command with the settings folder on a separate file system."""
 
     def run(command):
         desktop.settings.mkdir(parents=True, exist_ok=True)

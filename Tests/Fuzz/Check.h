@@ -3,7 +3,7 @@
 #include <sstream>
 #include <string>
 
-// What a fuzz target holds against the product. A failed check stops the process, as the fuzzer
+// The checks of a fuzz target. A failed check stops the process, as the fuzzer
 // expects of an input that shows a fault.
 
 [[noreturn]] void Fail(const std::string& what);

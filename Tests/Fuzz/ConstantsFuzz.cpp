@@ -17,7 +17,7 @@ using Values = std::map<std::string, std::string>;
 
 constexpr int kMaxDocuments = 4;
 
-/// What documents define by the format's description.
+/// The constants that documents define according to the format's description.
 class ConstantsModel : public EventListener {
 public:
     void Start(const char* name, const char** attributes) override

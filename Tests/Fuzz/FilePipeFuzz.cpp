@@ -118,7 +118,7 @@ void* ReadHandle(Script& script, PipeRun& run)
     }
 }
 
-/// Returns false for what is no operation.
+/// Returns false for a byte that does not stand for an operation.
 bool Operate(Script& script, PipeRun& run, PipeFiles& files)
 {
     switch (script.Next()) {

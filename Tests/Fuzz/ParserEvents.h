@@ -7,7 +7,7 @@
 
 #include "VQMSerialize/VQMXMLSerialize.h"
 
-/// Hears what a parser tells of a document.
+/// Receives the events of a document.
 class EventListener {
 public:
     EventListener() = default;
@@ -23,7 +23,7 @@ public:
 
 enum class Verdict { WellFormed, Refused, Bomb };
 
-/// What the parser itself, without the product, says and tells of a document.
+/// The verdict and the events of the parser itself, without the product.
 Verdict ParseWithExpat(std::string_view document, const std::vector<EventListener*>& listeners);
 
 /// The most text that a document of `length` bytes may unfold to before it counts as a bomb.
@@ -53,7 +53,7 @@ private:
     EventListener& listener_;
 };
 
-/// Tells apart two runs of events without keeping them.
+/// Distinguishes two runs of events without storing them.
 class EventDigest : public EventListener {
 public:
     void Start(const char* name, const char** attributes) override;

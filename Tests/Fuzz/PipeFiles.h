@@ -10,7 +10,7 @@
 /// The places that transfers name: three files, and what is none.
 enum Place { kFirstFile = 0, kFileCount = 3, kMissingFolder = 3, kFolder = 4, kNoPath = 5, kPlaceCount = 6 };
 
-/// Files in a folder of their own, and what must be in them.
+/// Files in a private folder, and their expected contents.
 ///
 /// What a writer holds back is in the file only when it closes. A file that is open more than once,
 /// and written, is therefore no longer known until all have closed it; nor is one that is replaced
@@ -29,12 +29,12 @@ public:
     /// The file's content, unless it is not known.
     std::optional<std::string> Content(Place place) const;
 
-    // What is done to the files from outside.
+    // Changes to the files from outside.
 
     void Replace(Place place, const std::string& content);
     void Remove(Place place);
 
-    // What transfers must have done to them. Each `Close` of the last one compares.
+    // The changes that transfers must have made. Each `Close` of the last one compares.
 
     void Open(Place place, bool writes, bool truncates);
     void Append(Place place, const std::string& data);

@@ -5,7 +5,7 @@
 #include "Tests/Fuzz/PipeFiles.h"
 #include "VQMPipe/IVQMPipe.h"
 
-// What a file pipe must do: a transfer is a few fields, and a step a plain function of them.
+// The required behaviour of a file pipe: a transfer is a few fields, and a step a plain function of them.
 
 enum class Object { None, Buffer, Document, Other };
 enum class Serializer { None, Works, Fails };
@@ -34,7 +34,7 @@ struct Wish {
     int id = -1;
 };
 
-/// What the data objects that requests name must hold. What came from a file that is not known is
+/// The expected contents of the data objects that requests name. What came from a file that is not known is
 /// not known either.
 struct Contents {
     std::string buffer;

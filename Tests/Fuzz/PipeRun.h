@@ -34,7 +34,7 @@ public:
     void* Handle(std::size_t index) const;
     void* LastClosed() const { return lastClosed_; }
 
-    /// The table as it must be, and the operations that tell of it.
+    /// The expected table, and the operations that report it.
     void CheckTable();
 
     std::size_t MovedBytes() const { return moved_; }

@@ -74,13 +74,13 @@ bool IsDate(const _VQMTime& time)
            time.nYear <= 9999 && time.nMonth >= -9 && time.nMonth <= 99 && time.nDay >= -9 && time.nDay <= 99;
 }
 
-/// What holds of every policy that was read, whatever the document.
+/// Checks what must hold for every policy, from any document.
 void CheckRanges(const _VQMPolicy& policy)
 {
-    Check(IsDate(policy.stExpiration), "the expiration is no date");
+    Check(IsDate(policy.stExpiration), "the expiration is not a date");
     for (const _VQMSchdule& schedule : policy.listSchedule) {
-        Check(IsTimeOfDay(schedule.stStartTime), "the start is no time of day");
-        Check(IsTimeOfDay(schedule.stEndTime), "the end is no time of day");
+        Check(IsTimeOfDay(schedule.stStartTime), "the start is not a time of day");
+        Check(IsTimeOfDay(schedule.stEndTime), "the end is not a time of day");
     }
 }
 

@@ -3,7 +3,7 @@
 #include "Tests/Fuzz/ParserEvents.h"
 #include "Tests/Fuzz/TextOracle.h"
 
-/// What a schedule document says by the format's description, however odd the document is.
+/// The meaning of any schedule document according to the format's description.
 class ScheduleModel : public EventListener {
 public:
     void Start(const char* name, const char** attributes) override;

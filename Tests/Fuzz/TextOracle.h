@@ -5,7 +5,7 @@
 #include "Common/VQMDataObject.h"
 #include "Data/VQMScheduleRecords.h"
 
-// What texts are worth, by other means than the product's scanners.
+// The values of texts, by other means than the product's scanners.
 
 /// An optional '-' and digits, modulo 2^32.
 int IntOf(std::string_view text);

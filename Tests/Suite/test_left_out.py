@@ -1,4 +1,4 @@
-"""What ./test says of the tests that a machine leaves out, from a real run of ctest."""
+"""The report of ./test about tests that a machine leaves out, from a real run of ctest."""
 
 import os
 import subprocess
@@ -29,7 +29,7 @@ SKIPPED [1] test_b.py:7: no bus
 
 
 def run(folder, capsys, *samples):
-    """What is said of a run of these samples: name, output, exit code."""
+    """The report about a run of these samples: name, output, exit code."""
     lines = "".join(f'sample({name} ON "{text}" {code})\n' for name, text, code in samples)
     (folder / "CMakeLists.txt").write_text(PROJECT + lines)
     build = folder / "build"
@@ -40,7 +40,7 @@ def run(folder, capsys, *samples):
     return capsys.readouterr().out
 
 
-def test_nothing_is_said_when_nothing_is_left_out(tmp_path, capsys):
+def test_prints_nothing_when_nothing_is_left_out(tmp_path, capsys):
     assert run(tmp_path, capsys, ("passes", "SKIPPED is a word", 0), ("fails", "no", 1)) == ""
 
 
@@ -58,7 +58,7 @@ def test_whole_tests_and_parts_are_counted_by_reason(tmp_path, capsys):
     ('shift; exec "$@"', 0, "ran\n"),
     ("echo 'unshare: no' >&2; exit 1", 77, "this machine lets you make no mount namespace (unshare: no)\n"),
 ])
-def test_a_test_that_needs_a_namespace_runs_or_says_why_not(tmp_path, program, result, output):
+def test_a_test_that_needs_a_namespace_runs_or_reports_why_not(tmp_path, program, result, output):
     """In place of unshare and mount: a machine that gives the right, and one that does not."""
     for name, body in (("unshare", program), ("mount", "")):
         path = tmp_path / name

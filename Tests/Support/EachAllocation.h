@@ -34,7 +34,7 @@ Outcome OutcomeOf(Operation&& operation)
 
 /// Runs `round` with a fault at the n-th allocation, for every n until there is none any more.
 /// `round` takes a function that runs one operation under the fault and returns its `Outcome`;
-/// everything else in it has memory. Whatever a round allocates it has to release.
+/// everything else in it has memory. A round has to release all that it allocates.
 template <typename Fail, typename HasFailed, typename Round>
 Outcomes ForEachFault(Fail fail, HasFailed hasFailed, Round round)
 {

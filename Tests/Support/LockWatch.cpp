@@ -23,17 +23,17 @@ int Taken(int result)
 
 } // namespace
 
-int lock_watch::Held()
+int locks::Held()
 {
     return held;
 }
 
-int lock_watch::MostHeld()
+int locks::MostHeld()
 {
     return mostHeld;
 }
 
-void lock_watch::Reset()
+void locks::Reset()
 {
     mostHeld = 0;
 }

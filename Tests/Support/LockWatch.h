@@ -5,7 +5,7 @@
 ///
 /// A program that uses it is built by `vqm_watch_locks` in Tests/CMakeLists.txt, which sends the
 /// calls through here.
-namespace lock_watch {
+namespace locks {
 
 /// How many mutexes the calling thread holds.
 int Held();
@@ -16,4 +16,4 @@ int MostHeld();
 /// Forgets what was seen; no thread may hold a mutex then.
 void Reset();
 
-} // namespace lock_watch
+} // namespace locks

@@ -1,5 +1,6 @@
 #include "Tests/Support/NotificationService.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <dbus/dbus.h>
@@ -18,7 +19,7 @@ namespace {
 using Until = ServiceManners::Until;
 
 constexpr char kName[] = "org.freedesktop.Notifications";
-constexpr int kLookAtSignalsMilliseconds = 20;
+constexpr std::chrono::milliseconds kSignalPollInterval{20};
 
 volatile std::sig_atomic_t answer = 0;
 volatile std::sig_atomic_t drop = 0;
@@ -43,7 +44,7 @@ public:
         }
         dbus_bus_request_name(bus_, kName, 0, nullptr);
         Log("ready");
-        while (dbus_connection_read_write(bus_, kLookAtSignalsMilliseconds) != FALSE) {
+        while (dbus_connection_read_write(bus_, static_cast<int>(kSignalPollInterval.count())) != FALSE) {
             ObeySignals();
             while (Message message{dbus_connection_pop_message(bus_)}) {
                 Take(std::move(message));

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-/// What the product asked of the platform, in order: one line of text per call and per log line.
+/// The product's calls of the platform in order: one line of text per call and per log line.
 ///
 /// The recording platform defines the platform's functions, so that a test links it instead of a
 /// real platform. Each of its functions records its call here.

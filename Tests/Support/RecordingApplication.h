@@ -9,7 +9,7 @@
 /// The toolkit and the five services of an application with a window, recorded.
 namespace recording {
 
-/// What the toolkit and the services answer. The objects they hand out are named in the trace:
+/// The answers of the toolkit and the services. The objects that they return have names in the trace:
 /// "window", "canvas", "rectangle", "display".
 struct Application {
     /// Steps of the window's creation that fail.
@@ -17,7 +17,7 @@ struct Application {
     bool noCanvas = false;
     bool noRectangle = false;
     bool noDisplay = false;
-    /// What `evas_object_ref_get` gives for every object.
+    /// The result of `evas_object_ref_get` for every object.
     int references = 0;
 
     int screenWidth = 1920;

@@ -4,7 +4,7 @@
 
 #include "Tests/Support/RecordingLog.h"
 
-// A file of its own: a test program that defines this function leaves it in the library.
+// A separate file, so that a test program which defines this function does not link it from the library.
 int dlog_print(log_priority prio, const char* tag, const char* fmt, ...)
 {
     va_list arguments;

@@ -4,7 +4,7 @@
 
 namespace recorder {
 
-/// What the recording platform's `dlog_print` does, for a test program with a `dlog_print` of its own.
+/// The recording platform's `dlog_print`, for a test program that defines another `dlog_print`.
 int RecordLogLine(int priority, const char* tag, const char* format, va_list arguments);
 
 } // namespace recorder

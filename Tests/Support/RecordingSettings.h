@@ -18,7 +18,7 @@ struct Settings {
     int ignoreResult = 0;
     /// Run by each read before it looks, as another process may change the store at any time.
     std::function<void()> onGet;
-    /// What was handed in last.
+    /// The arguments of the last call.
     vconf_callback_fn notified = nullptr;
     void* notifiedData = nullptr;
     vconf_callback_fn ignored = nullptr;

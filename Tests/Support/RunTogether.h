@@ -5,7 +5,7 @@
 #include <thread>
 #include <vector>
 
-/// Runs each piece of work on a thread of its own; none starts before all are there.
+/// Runs each piece of work on a separate thread; none starts before all threads exist.
 inline void RunTogether(const std::vector<std::function<void()>>& works)
 {
     std::atomic<std::size_t> missing = works.size();

@@ -6,7 +6,7 @@
 #include <type_traits>
 
 /// The place of a virtual operation in its class's table, from 0. A virtual destructor takes two
-/// places and cannot be asked for: the others tell where it lies.
+/// places and cannot be asked for; its place follows from the others'.
 template <typename Operation>
 std::size_t VirtualSlot(Operation operation)
 {

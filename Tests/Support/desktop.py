@@ -204,7 +204,7 @@ class Desktop:
 
 
 class Keyboard:
-    """Real key presses, from a client of its own."""
+    """Real key presses, from a separate client."""
 
     def __init__(self, desktop):
         self.display = desktop.connect()

@@ -1,4 +1,4 @@
-"""What the tests of programs on a desktop ask for by name; a conftest.py imports what its folder uses."""
+"""Fixtures for tests of programs on a desktop; a conftest.py imports those that its folder uses."""
 
 import pytest
 
@@ -31,6 +31,6 @@ def keyboard(desktop):
 
 @pytest.fixture
 def bus(desktop):
-    """The desktop with a session bus of its own."""
+    """The desktop with its own session bus."""
     start_bus(desktop)
     return desktop

@@ -29,7 +29,7 @@ class Service:
     """A notification daemon with bad manners. See its usage."""
 
     def __init__(self, desktop, *manners):
-        self.program = desktop.run([BUILD / "bin/notification_service", *manners])
+        self.program = desktop.run([BUILD / "bin/tests/notification_service", *manners])
 
     def requests(self):
         return self.program.output().splitlines()

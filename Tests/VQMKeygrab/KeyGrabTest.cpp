@@ -298,7 +298,7 @@ TEST_F(KeyGrabTest, ToolKeyLaunchesTheCompanionWhileTheSettingIsOn)
                                     "vconf_get_int db/menu/syncdemo/state",
                                     monitor.Debug("CheckSyncDemoEnbaled",
                                                   "CVQMSyncDemoMonitor::CheckSyncDemoEnbaled - Enabled \n"),
-                                    "aul_launch_app org.quillmere.vqmkeygrab.gui null",
+                                    "aul_launch_app " VQM_APP_ID ".gui null",
                                     grab.Debug("OnKeyReleaseCB", "result = " + std::to_string(result))));
         }
     }

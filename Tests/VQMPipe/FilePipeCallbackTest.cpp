@@ -1,6 +1,6 @@
 #include "Tests/VQMPipe/FilePipeTest.h"
 
-// What callbacks and data objects may do to the pipe that calls them.
+// Callbacks and data objects that use the pipe which calls them.
 
 namespace {
 

@@ -104,7 +104,7 @@ TEST_F(FilePipe, AHundredThousandTransfersLeaveMemoryAndDescriptorsAsTheyWere)
         }
         opened = FileRequest();
         recorder::Clear();
-        if (i == 1000) { // whatever is made once is there by now
+        if (i == 1000) { // one-time allocations have been made by now
             descriptors = OpenDescriptors();
             blocks = allocation_fault::BlocksInUse();
             bytes = BytesInUse();

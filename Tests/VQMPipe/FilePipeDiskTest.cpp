@@ -55,7 +55,7 @@ TEST_F(FilePipeDisk, AWriteThatDoesNotFitIsAnErrorAndLeavesWhatFits)
     }
 }
 
-TEST_F(FilePipeDisk, WhatIsLostAtTheCloseShowsInTheSizes)
+TEST_F(FilePipeDisk, BytesLostAtTheCloseShowInTheSizes)
 {
     const std::string path = MakeDiskFile(std::string(4000, 'o'));
     TakeAllSpace();
@@ -97,7 +97,7 @@ TEST_F(FilePipeDisk, AFullDiskIsReadAndItsFilesAreEmptied)
     EXPECT_EQ(ContentOf(path), "new");
 }
 
-TEST_F(FilePipeDisk, WithoutRoomForAnotherFileNoneIsMade)
+TEST_F(FilePipeDisk, WithoutRoomNoFileIsCreated)
 {
     for (const char* name : {"a", "b", "c"}) {
         std::ofstream(disk_ + name).close();

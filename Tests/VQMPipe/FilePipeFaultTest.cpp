@@ -42,7 +42,7 @@ protected:
     }
 };
 
-TEST_F(FilePipeFault, PathsThatLeadNowhereOpenForNoCommand)
+TEST_F(FilePipeFault, BrokenPathsOpenForNoCommand)
 {
     fs::create_symlink("loop b", Path("loop a"));
     fs::create_symlink("loop a", Path("loop b"));
@@ -65,7 +65,7 @@ TEST_F(FilePipeFault, PathsThatLeadNowhereOpenForNoCommand)
     EXPECT_EQ(ContentOf(Path("file")), "content");
 }
 
-TEST_F(FilePipeFault, AnEmptyPathIsMeasuredLikeOneThatIsMissing)
+TEST_F(FilePipeFault, AnEmptyPathMeasuresLikeAMissingFile)
 {
     EXPECT_EQ(pipe_.GetFileSize(""), 0U);
     EXPECT_EQ(recorder::Take(), Lines{Debug("GetFileSize", "CVQMFilePipe::GetFileSize - _stati64 is not valid \n")});
@@ -120,7 +120,7 @@ TEST_F(FilePipeFault, FilesWithoutASizeAreReadAsEmpty)
     }
 }
 
-TEST_F(FilePipeFault, WritingToNothingCountsAllTheSame)
+TEST_F(FilePipeFault, BytesWrittenToANullDeviceCount)
 {
     CVQMDataBufferObject source;
     Fill(source, std::string(100000, 'x'));
@@ -250,7 +250,7 @@ TEST_F(FilePipeBetweenMeasures, AFileThatVanishesCountsAsEmpty)
     EXPECT_FALSE(pipe_.ExistHandle(handle));
 }
 
-TEST_F(FilePipeBetweenMeasures, AFileThatIsReplacedHasItsOwnBytesAndTheOthersSize)
+TEST_F(FilePipeBetweenMeasures, AReplacedFileIsReadInTheOldSize)
 {
     FileRequest request;
     OpenAndChange(request, [this](const std::string& path) { fs::rename(MakeFile("new", "0123456789abc"), path); });
@@ -314,7 +314,7 @@ TEST_F(FilePipeLargeFile, AShortWriteIsAnErrorAndLeavesWhatFits)
     EXPECT_EQ(ReadToEnd(other), "0123456789");
 }
 
-TEST_F(FilePipeLargeFile, WhatDoesNotFitIsLostAtTheCloseAndSizesTell)
+TEST_F(FilePipeLargeFile, BytesLostAtTheCloseShowInTheSizes)
 {
     CVQMDataBufferObject source;
     Fill(source, std::string(1000, 'x')); // stays in the stream until the close

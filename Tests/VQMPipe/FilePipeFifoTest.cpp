@@ -87,7 +87,7 @@ TEST_F(FilePipeFifo, OpeningWaitsForTheOtherSideAndReadsNothing)
         handle = Create(request);
         returned = true;
     });
-    // Opens only once somebody waits at the other end.
+    // Opens only once the other end is open too.
     int writer = -1;
     while (writer < 0 && !returned) {
         writer = open(path_.c_str(), O_WRONLY | O_NONBLOCK);

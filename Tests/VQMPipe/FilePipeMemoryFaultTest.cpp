@@ -5,7 +5,7 @@
 
 namespace {
 
-TEST_F(FilePipeMemory, OpeningFailsWholly)
+TEST_F(FilePipeMemory, AFailedOpenLeavesNothingBehind)
 {
     const std::string content = "some content";
     for (const int command : {REQUEST_WRITE, REQUEST_READ, REQUEST_APPEND}) {
@@ -27,7 +27,7 @@ TEST_F(FilePipeMemory, OpeningFailsWholly)
     ExpectBystandersWork();
 }
 
-TEST_F(FilePipeMemory, WhatCannotBeOpenedSaysWhyOrThatMemoryIsShort)
+TEST_F(FilePipeMemory, FailedOpensLogTheirCauseOrAMemoryError)
 {
     MakeFile("short", "0123");
     const struct {
@@ -59,7 +59,7 @@ TEST_F(FilePipeMemory, WhatCannotBeOpenedSaysWhyOrThatMemoryIsShort)
     ExpectBystandersWork();
 }
 
-TEST_F(FilePipeMemory, AReadStepFailsWhollyIntoEachKindOfDestination)
+TEST_F(FilePipeMemory, AFailedReadStepLeavesEachKindOfDestinationUnchanged)
 {
     const std::string content(300, 'c');
     const std::string path = MakeFile("file", content);
@@ -202,7 +202,7 @@ TEST_F(FilePipeMemory, AWriteStepWritesAllOrNothing)
     ExpectBystandersWork();
 }
 
-TEST_F(FilePipeMemory, StepsThatFailSayWhyOrThatMemoryIsShort)
+TEST_F(FilePipeMemory, FailedStepsLogTheirCauseOrAMemoryError)
 {
     const std::string path = MakeFile("file", "0123456789");
     CVQMDataBufferObject buffer;

@@ -21,13 +21,13 @@ constexpr int kKeptStreams = 16;
 /// More than a stream keeps to itself.
 inline const std::string kLargeText(20000, 'x');
 
-/// A callback with something of its own, so that copying it takes memory.
+/// A callback that owns something, so that copying it takes memory.
 inline VQMPipeCallback LargeCallback()
 {
     return [text = kLargeText](int, char*, uVQMINT64, IVQMPipe*, void*) { EXPECT_EQ(text.size(), kLargeText.size()); };
 }
 
-/// What must not change in the record of a transfer.
+/// The fields of a transfer's record that must not change.
 struct Remembered {
     explicit Remembered(const OpenPipe::_PipeInfo& record) : info(record), text(TextOf(record.pDataBuffer)) {}
 
@@ -77,7 +77,7 @@ protected:
         writer_ = RequestFor(REQUEST_APPEND, MakeFile("bystander to write", "old "));
         writer_.pSerializer = &serializer_;
         writer_.pSerializableData = &written_;
-        written_.text = "some text that takes memory of its own ";
+        written_.text = "some text that does not fit into a string object ";
         Opened(writer_);
         EXPECT_NE(Step(writer_), nullptr);
         for (int i = 0; i < kKeptStreams; ++i) { // from here on a stream that is closed takes another's place

@@ -4,7 +4,7 @@
 
 namespace {
 
-/// What a callback was told, the data as text.
+/// The arguments of a callback, the data as text.
 struct Call {
     int id;
     std::string data;
@@ -147,7 +147,7 @@ TEST_F(FilePipe, AFileThatGrewIsReadInItsOldSize)
     EXPECT_EQ(TextOf(destination), "0123");
 }
 
-TEST_F(FilePipe, AStepBehindTheEndReadsNothingAndStillCalls)
+TEST_F(FilePipe, AStepPastTheEndReadsNothingButCallsBack)
 {
     std::vector<Call> calls;
     FileRequest request = RequestFor(REQUEST_READ, MakeFile("file", "0123"));
@@ -238,7 +238,7 @@ TEST_F(FilePipe, OnlyTheExactErrorStatesAreReadErrors)
     }
 }
 
-TEST_F(FilePipe, MoreThanMemoryHoldsIsAnErrorNotTheEnd)
+TEST_F(FilePipe, AReadLargerThanMemoryIsAnError)
 {
     const std::string path = MakeFile("file", "0123");
     for (const uVQMINT64 size : {(1ULL << 63) - 1, ~0ULL}) {
@@ -309,7 +309,7 @@ TEST_F(FilePipeDocument, NeedsNoCallback)
     EXPECT_EQ(document_.text, "0123456789");
 }
 
-TEST_F(FilePipeDocument, EndsWithAZeroByteOfItsOwn)
+TEST_F(FilePipeDocument, EndsWithAZeroByte)
 {
     uVQMINT64 size = 0;
     serializer_.onDeserialize = [&](const char* data) {
@@ -350,7 +350,7 @@ TEST_F(FilePipeDocument, WithoutADestinationFailsAndCountsNothing)
     EXPECT_FALSE(pipe_.ExistHandle(handle));
 }
 
-TEST_F(FilePipeDocument, OfTheWrongTypeFailsOnlyWhenComplete)
+TEST_F(FilePipeDocument, AWrongDestinationFailsOnlyAtTheLastStep)
 {
     CVQMDataBufferObject buffer;
     request_.pDeSerializableData = &buffer;
@@ -365,7 +365,7 @@ TEST_F(FilePipeDocument, OfTheWrongTypeFailsOnlyWhenComplete)
     EXPECT_EQ(calls_, 0);
 }
 
-TEST_F(FilePipeDocument, ThatDoesNotParseFailsAndIsReleasedOnce)
+TEST_F(FilePipeDocument, AParseErrorFailsTheStepAndReleasesTheTextOnce)
 {
     serializer_.onDeserialize = [](const char*) { return false; };
     for (const uVQMINT64 unit : {0ULL, 4ULL}) { // the buffer is the step's, or stored by an earlier one
@@ -403,7 +403,7 @@ TEST_F(FilePipeDocument, AFailedStepLeavesNoBufferInTheRecord)
     }
 }
 
-TEST_F(FilePipeDocument, FromAFileThatBecameShorterEndsAtItsLastByte)
+TEST_F(FilePipeDocument, AShrunkFileEndsTheDocumentAtItsLastByte)
 {
     request_.fnCallback = nullptr;
     Opened(request_);

@@ -4,7 +4,7 @@
 
 namespace {
 
-TEST_F(FilePipe, RequestsThatAreNoneAreLogged)
+TEST_F(FilePipe, ObjectsThatAreNotRequestsAreLogged)
 {
     OtherRequest other;
     EXPECT_EQ(pipe_.Request(nullptr), nullptr);
@@ -165,7 +165,7 @@ struct FailingCopy {
     void operator()(int /*id*/, char* /*data*/, uVQMINT64 /*size*/, IVQMPipe* /*pipe*/, void* /*handle*/) const {}
 };
 
-TEST_F(FilePipe, WhereverCopyingACallbackFailsTheTableStaysSound)
+TEST_F(FilePipe, AFailedCopyOfACallbackLeavesTheTableConsistent)
 {
     const std::string path = MakeFile("file", "0123");
     int failures = 0;

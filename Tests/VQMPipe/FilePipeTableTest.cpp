@@ -13,7 +13,7 @@ static_assert(std::is_same_v<decltype(OpenPipe::m_pipeMutex), boost::mutex>);
 
 class FilePipeTable : public FilePipe {
 protected:
-    /// A record with a value of its own in each field, except those that own a stream or a buffer.
+    /// A record with a distinct value in each field, except those that own a stream or a buffer.
     PipeInfo FullInfo()
     {
         PipeInfo info;
@@ -158,7 +158,7 @@ TEST_F(FilePipeTable, AddingStoresACopyAndOverwrites)
     EXPECT_EQ(recorder::Take(), Lines());
 }
 
-TEST_F(FilePipeTable, RecordsTellTheirSizes)
+TEST_F(FilePipeTable, SizesComeFromTheRecord)
 {
     PipeInfo info = FullInfo();
     info.nFileSize = 1ULL << 40;
@@ -211,7 +211,7 @@ TEST_F(FilePipeTable, ABufferOfADerivedClassIsReleasedWithItsRecord)
     EXPECT_EQ(buffers_, 0) << "a copy does not keep it";
 }
 
-TEST_F(FilePipeTable, ABufferThatWasTakenOutOfTheTableIsItsTakers)
+TEST_F(FilePipeTable, ABufferTakenFromTheTableBelongsToItsTaker)
 {
     PipeInfo info = FullInfo();
     info.pDataBuffer = new CountedBuffer(buffers_);

@@ -18,7 +18,7 @@
 using FileRequest = CVQMFileRequestData::_VQMFileRequest;
 using recorder::Lines;
 
-/// A directory of its own, and the shorthand of the pipe's tests.
+/// A private directory, and the shorthand of the pipe's tests.
 class FilePipe : public testing::Test {
 protected:
     FilePipe()
@@ -104,7 +104,7 @@ protected:
         return Debug("Request", "CVQMFilePipe::Request - error " + message + " \n");
     }
 
-    /// What this standard library says when a stream throws over its state.
+    /// The text of this standard library when a stream throws because of its state.
     static std::string StreamFailure()
     {
         try {
@@ -117,7 +117,7 @@ protected:
         return {};
     }
 
-    /// What a path that cannot be opened fails with.
+    /// The error of a path that cannot be opened.
     static std::string OpenError(int command, const std::string& path)
     {
         switch (command) {

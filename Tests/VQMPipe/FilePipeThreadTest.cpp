@@ -32,7 +32,7 @@ protected:
     }
 };
 
-TEST_F(FilePipeThreads, EachReadsWithAHandleOfItsOwn)
+TEST_F(FilePipeThreads, EachThreadMayReadWithItsOwnHandle)
 {
     RunTogether(kThreads, [this](int number) {
         const std::string path = OwnFile(number, 5000);
@@ -69,7 +69,7 @@ TEST_F(FilePipeThreads, OneFileMayBeReadByAllOfThem)
     EXPECT_TRUE(pipe_.m_pipeInfoMap.empty());
 }
 
-TEST_F(FilePipeThreads, EachWritesAndAppendsWithAHandleOfItsOwn)
+TEST_F(FilePipeThreads, EachThreadMayWriteWithItsOwnHandle)
 {
     RunTogether(kThreads, [this](int number) {
         const std::string name = std::to_string(number);
@@ -89,7 +89,7 @@ TEST_F(FilePipeThreads, EachWritesAndAppendsWithAHandleOfItsOwn)
     });
 }
 
-TEST_F(FilePipeThreads, EachParsesWithASerializerOfItsOwn)
+TEST_F(FilePipeThreads, EachThreadMayParseWithItsOwnSerializer)
 {
     RunTogether(kThreads, [this](int number) {
         const std::string path =
@@ -146,7 +146,7 @@ TEST_F(FilePipeThreads, CallbacksRunOnTheThreadOfTheirRequest)
 }
 
 /// Half of the threads only fail, in every way there is.
-TEST_F(FilePipeThreads, FailuresOfOneLeaveTheOthersAlone)
+TEST_F(FilePipeThreads, AFailureInOneThreadLeavesTheOthersAlone)
 {
     const std::size_t descriptors = OpenDescriptors();
     RunTogether(kThreads, [this](int number) {
@@ -175,7 +175,7 @@ TEST_F(FilePipeThreads, FailuresOfOneLeaveTheOthersAlone)
     EXPECT_EQ(OpenDescriptors(), descriptors);
 }
 
-TEST_F(FilePipeThreads, HandlesMayBeAskedForWhileOthersComeAndGo)
+TEST_F(FilePipeThreads, HandlesMayBeQueriedWhileOthersOpenAndClose)
 {
     const std::string path = MakeFile("file", "0123456789");
     FileRequest kept = RequestFor(REQUEST_READ, path);

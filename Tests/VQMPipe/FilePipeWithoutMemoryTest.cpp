@@ -1,7 +1,7 @@
 #include "Tests/VQMPipe/FilePipeMemoryTest.h"
 #include "VQMPipe/VQMTextFile.h"
 
-// What needs no memory, what is left behind when it ran out, and the pipe's neighbours: the request
+// Operations that need no memory, the state after it ran out, and the pipe's neighbours: the request
 // and the reader of text files.
 
 namespace {
@@ -16,7 +16,7 @@ void ExpectNoAllocation(const char* name, const Work& work)
     allocation_fault::FailNth(0);
 }
 
-TEST_F(FilePipeMemory, AskingAndClosingTakeNoMemory)
+TEST_F(FilePipeMemory, QueriesAndDisconnectTakeNoMemory)
 {
     CVQMDataBufferObject buffer;
     Fill(buffer, kLargeText);
@@ -47,7 +47,7 @@ TEST_F(FilePipeMemory, AskingAndClosingTakeNoMemory)
     ExpectBystandersWork();
 }
 
-TEST_F(FilePipeMemory, APipeEndsWithoutMemory)
+TEST_F(FilePipeMemory, DestroyingAPipeTakesNoMemory)
 {
     const std::size_t descriptors = OpenDescriptors();
     const std::size_t blocks = allocation_fault::BlocksInUse();
@@ -83,8 +83,8 @@ TEST_F(FilePipeMemory, APipeEndsWithoutMemory)
     EXPECT_EQ(allocation_fault::BlocksInUse(), blocks);
 }
 
-// What a request opened and then failed to move cannot be closed by the caller, who has no handle.
-TEST_F(FilePipeMemory, AFileThatARequestOpenedAndLeftEndsWithThePipe)
+// If a request opens a file and its step fails, the caller cannot close the file, because it has no handle.
+TEST_F(FilePipeMemory, AFileOpenedByAFailedRequestClosesWithThePipe)
 {
     const std::string path = MakeFile("file", "0123456789");
     const std::size_t descriptors = OpenDescriptors();
@@ -113,11 +113,11 @@ TEST_F(FilePipeMemory, AFileThatARequestOpenedAndLeftEndsWithThePipe)
     ExpectBystandersWork();
 }
 
-TEST(FileRequestMemory, ARequestIsLoadedAndReadWhollyOrNotAtAll)
+TEST(FileRequestMemory, ARequestIsCopiedCompletelyOrNotAtAll)
 {
     int data = 0;
     FileRequest full;
-    full.strDestURI = "a path that takes memory of its own";
+    full.strDestURI = "a path that does not fit into a string object";
     full.eRequestCommand = REQUEST_APPEND;
     full.fnCallback = LargeCallback();
     full.hPipe = &data;
@@ -164,7 +164,7 @@ TEST(FileRequestMemory, ARequestIsLoadedAndReadWhollyOrNotAtAll)
     }
 }
 
-TEST_F(FilePipeMemory, ATextFileIsReadWholeOrSaysThatItIsNot)
+TEST_F(FilePipeMemory, ATextFileIsReadCompletelyOrReportedAsNotRead)
 {
     const std::string content(25000, 't');
     const std::string path = MakeFile("file", content);

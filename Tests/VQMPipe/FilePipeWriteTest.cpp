@@ -29,7 +29,7 @@ TEST_F(FilePipe, BytesAreWrittenStepByStep)
         Fill(source, std::string("a\0b", 3));
         FileRequest request = RequestFor(test.command, path);
         request.pSerializableData = &source;
-        request.fnCallback = [](int, char*, uVQMINT64, IVQMPipe*, void*) { ADD_FAILURE() << "writing calls nobody"; };
+        request.fnCallback = [](int, char*, uVQMINT64, IVQMPipe*, void*) { ADD_FAILURE() << "writing calls no callback"; };
         void* handle = Opened(request);
         EXPECT_EQ(Step(request), handle);
         EXPECT_EQ(Step(request), handle);
@@ -41,7 +41,7 @@ TEST_F(FilePipe, BytesAreWrittenStepByStep)
     }
 }
 
-TEST_F(FilePipe, NothingToWriteIsNoError)
+TEST_F(FilePipe, WritingNothingIsNotAnError)
 {
     CVQMDataBufferObject source;
     FileRequest request = RequestFor(REQUEST_WRITE, Path("file"));
@@ -200,7 +200,7 @@ TEST_F(FilePipe, AfterAWriteErrorOnlyTheStreamThatThrowsFailsAgain)
     EXPECT_EQ(Step(request), nullptr);
     EXPECT_EQ(recorder::Take(), Lines{RequestError(StreamFailure())});
 
-    // badbit and failbit together are no error: the comparison is exact.
+    // badbit and failbit together are not an error: the comparison is exact.
     FileRequest append = RequestFor(REQUEST_APPEND, "/dev/full");
     append.pSerializableData = &source;
     void* handle = Opened(append);

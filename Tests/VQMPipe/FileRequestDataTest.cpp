@@ -6,7 +6,7 @@ struct OpenRequestData : CVQMFileRequestData {
     using CVQMFileRequestData::m_stRequest;
 };
 
-/// A record with a value of its own in each field.
+/// A record with a distinct value in each field.
 FileRequest FullRequest(CVQMDataObject* source, CVQMDataObject* destination, IVQMSerialize* serializer, void* handle)
 {
     FileRequest request;
@@ -52,7 +52,7 @@ protected:
     FileRequest full_ = FullRequest(&source_, &destination_, &serializer_, &handle_);
 };
 
-TEST_F(FileRequestData, ARecordOfItsOwnReadsInUnitsOf10240Bytes)
+TEST_F(FileRequestData, APlainRecordReadsInUnitsOf10240Bytes)
 {
     FileRequest expected;
     expected.strDestURI = "";
@@ -63,7 +63,7 @@ TEST_F(FileRequestData, ARecordOfItsOwnReadsInUnitsOf10240Bytes)
     EXPECT_FALSE(FileRequest().fnCallback);
 }
 
-TEST_F(FileRequestData, AnObjectThatWasNeverLoadedAsksForTheWholeFile)
+TEST_F(FileRequestData, AnUnloadedObjectRequestsTheWholeFile)
 {
     FileRequest expected;
     expected.nReadUnitSize = 0;

@@ -9,7 +9,7 @@
 #include "VQMPipe/VQMFilePipe.h"
 #include "VQMSerialize/VQMXMLSerialize.h"
 
-// What the pipe's tests hand to it, and look at it with.
+// Data objects and serializers for the pipe's tests.
 
 /// The pipe with its table and its steps in the open.
 struct OpenPipe : CVQMFilePipe {

@@ -40,7 +40,7 @@ protected:
         CVQMSyncDemoMonitor::DestroyInstance();
     }
 
-    /// What the reader gives of a file. A file that is to change does so before each of them.
+    /// Reads a file. A file that is to change does so before each read.
     void ExpectRead(const std::string& path, VQMTextFileResult result, const std::string& text)
     {
         Change();
@@ -116,7 +116,7 @@ private:
     bool toBeChanged_ = false;
 };
 
-TEST_F(TextFileFault, WhatDoesNotOpenIsNotOpened)
+TEST_F(TextFileFault, FilesThatDoNotOpenAreReportedAsNotOpened)
 {
     fs::create_symlink("loop", Path("loop"));
     fs::create_symlink("nowhere", Path("dangling"));
@@ -148,7 +148,7 @@ TEST_F(TextFileFault, WithoutDescriptorsNothingIsOpened)
     ExpectTaken(path);
 }
 
-TEST_F(TextFileFault, AnEmptyPathIsNotLookedAt)
+TEST_F(TextFileFault, AnEmptyPathIsNotOpened)
 {
     ExpectRead("", VQMTextFileResult::NotOpened, "");
     ExpectRefused("", "CVQMDataConstants::Initialize - filePath is empty\n");
@@ -163,7 +163,7 @@ TEST_F(TextFileFault, ADirectoryOpensAndIsNotRead)
     ExpectRefused(path, kReadFail);
 }
 
-TEST_F(TextFileFault, WhatMeasuresNothingIsAnEmptyText)
+TEST_F(TextFileFault, FilesWithoutASizeAreEmptyTexts)
 {
     const std::string empty = MakeFile("empty", "");
     for (const std::string& path :
@@ -174,7 +174,7 @@ TEST_F(TextFileFault, WhatMeasuresNothingIsAnEmptyText)
     }
 }
 
-TEST_F(TextFileFault, AFifoIsAnEmptyTextOnceSomebodyWrites)
+TEST_F(TextFileFault, AFifoIsAnEmptyTextOnceItHasAWriter)
 {
     const std::string path = Path("fifo");
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);

@@ -61,7 +61,7 @@ TEST_F(XMLSerialize, PiecesJoinToTheText)
     }
 }
 
-TEST_F(XMLSerialize, ALongTextIsDeliveredWhole)
+TEST_F(XMLSerialize, ALongTextIsDeliveredCompletely)
 {
     const std::string text((std::size_t{1} << 20U) + 1, 'x');
     EXPECT_TRUE(Parse("<a>" + text + "</a>"));

@@ -49,7 +49,7 @@ protected:
 
 } // namespace
 
-TEST_F(XMLSerializeException, OfAnyTypeComesOutAfterTheParserIsFreed)
+TEST_F(XMLSerializeException, OfAnyTypePropagatesAfterTheParserIsFreed)
 {
     ExpectCarried(42);
     ExpectCarried(std::runtime_error("100% full"));
@@ -66,7 +66,7 @@ TEST_F(XMLSerializeException, EndsTheParseForAnEmptyElementToo)
     EXPECT_THAT(Take(), ElementsAre("XML_GetBuffer 4", "step 0 name a attributes", "Destroy"));
 }
 
-TEST_F(XMLSerialize, WithoutMemoryForATextsCopyTheParseFails)
+TEST_F(XMLSerialize, TheParseFailsWithoutMemoryForACopyOfTheText)
 {
     // 5000 bytes want a block of 8192; 4096 bytes want it for the terminating NUL.
     for (const std::size_t size : {5000U, 4096U}) {

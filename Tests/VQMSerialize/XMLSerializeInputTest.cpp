@@ -45,7 +45,7 @@ std::string Utf16(const std::string& latin1, bool bigEndian)
 
 } // namespace
 
-TEST_F(XMLSerializeInput, OfOneByteIsNoDocument)
+TEST_F(XMLSerializeInput, OfOneByteIsNotADocument)
 {
     for (int byte = 0; byte < 256; ++byte) {
         const std::string document(1, static_cast<char>(byte));
@@ -58,7 +58,7 @@ TEST_F(XMLSerializeInput, OfOneByteIsNoDocument)
     }
 }
 
-TEST_F(XMLSerializeInput, ThatIsEmptyIsRefusedWithABufferAndWithout)
+TEST_F(XMLSerializeInput, IsRefusedWhenItIsEmpty)
 {
     using parser_fault::EmptyBuffer;
     for (const auto& [answer, line] : {std::pair(EmptyBuffer::Given, kParseError), {EmptyBuffer::Null, kNoBuffer}}) {
@@ -70,7 +70,7 @@ TEST_F(XMLSerializeInput, ThatIsEmptyIsRefusedWithABufferAndWithout)
     }
 }
 
-TEST_F(XMLSerializeInput, TruncatedAnywhereDeliversWhatIsThere)
+TEST_F(XMLSerializeInput, TruncatedAnywhereDeliversTheEventsBeforeThat)
 {
     TokenDocument document;
     document.Silent("\xef\xbb\xbf<?xml version='1.0' encoding='UTF-8'?>\n")
@@ -127,7 +127,7 @@ TEST_F(XMLSerializeInput, InUtf16EndsInItsFirstTag)
     ExpectRefused("\xff\xfe\x01\x02", {}, "only a mark and characters without a NUL");
 }
 
-TEST_F(XMLSerializeInput, InLatin1HasEachByteOfIt)
+TEST_F(XMLSerializeInput, InLatin1EveryByteIsACharacter)
 {
     for (int byte = 0xA0; byte < 0x100; ++byte) {
         const std::string character(1, static_cast<char>(byte));
@@ -146,7 +146,7 @@ TEST_F(XMLSerializeInput, InLatin1HasEachByteOfIt)
     }
 }
 
-TEST_F(XMLSerializeInput, HasOneMarkAtMostAndOnlyAtItsStart)
+TEST_F(XMLSerializeInput, HasAtMostOneByteOrderMarkAtItsStart)
 {
     const Lines steps = {"step 0 name a attributes", "step 1 name a"};
     ExpectRead("\xef\xbb\xbf<a/>", steps, "a mark");
@@ -158,7 +158,7 @@ TEST_F(XMLSerializeInput, HasOneMarkAtMostAndOnlyAtItsStart)
     ExpectRead("<a>\xef\xbb\xbf</a>", {steps[0], "step 2 text \xef\xbb\xbf", steps[1]}, "text that looks like one");
 }
 
-TEST_F(XMLSerializeInput, SaysNothingByWhatStandsAroundAndBetween)
+TEST_F(XMLSerializeInput, IgnoresCommentsAndInstructions)
 {
     const Lines steps = {"step 0 name a attributes", "step 2 text x", "step 2 text y", "step 1 name a"};
     for (const char* between : {"<!---->", "<!-- - <b> & -->", "<?p?>", "<?p <b> & ?>", "<![CDATA[]]>", "&none;"}) {

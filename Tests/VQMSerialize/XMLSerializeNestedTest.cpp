@@ -9,7 +9,7 @@ using testing::IsEmpty;
 
 namespace {
 
-TEST_F(XMLSerialize, ATextToldAmidAnotherLeavesThatOneAlone)
+TEST_F(XMLSerialize, ANestedTextEventLeavesTheOuterTextUnchanged)
 {
     target.onStep = [this](const std::string& line) {
         if (line == "step 2 text outer") {
@@ -24,7 +24,7 @@ TEST_F(XMLSerialize, ATextToldAmidAnotherLeavesThatOneAlone)
                                     "step 2 text next", "step 1 name a", "Destroy", kEnd));
 }
 
-TEST_F(XMLSerialize, EveryTextToldAmidAnotherLeavesThatOneAlone)
+TEST_F(XMLSerialize, EveryNestedTextEventLeavesTheOuterTextUnchanged)
 {
     target.onStep = [this](const std::string& line) {
         if (line == "step 2 text outer") {
@@ -40,7 +40,7 @@ TEST_F(XMLSerialize, EveryTextToldAmidAnotherLeavesThatOneAlone)
 }
 
 /// What an event resets when it ends within another one: exactly what it has set itself.
-TEST_F(XMLSerialize, AnEventToldAmidAStartLeavesWhatItHasNotSet)
+TEST_F(XMLSerialize, ANestedEventLeavesFieldsThatItDoesNotSet)
 {
     const char* none[] = {nullptr};
     const struct {
@@ -71,7 +71,7 @@ TEST_F(XMLSerialize, AnEventToldAmidAStartLeavesWhatItHasNotSet)
     }
 }
 
-TEST_F(XMLSerialize, AnEndOrAStartToldAmidATextLeavesTheText)
+TEST_F(XMLSerialize, ANestedStartOrEndEventLeavesTheTextUnchanged)
 {
     const char* none[] = {nullptr};
     target.onStep = [&](const std::string& line) {
@@ -86,7 +86,7 @@ TEST_F(XMLSerialize, AnEndOrAStartToldAmidATextLeavesTheText)
     EXPECT_TRUE(Parse("<a>outer</a>"));
 }
 
-TEST_F(XMLSerialize, AnExceptionResetsWhatItsEventHasSet)
+TEST_F(XMLSerialize, AnExceptionResetsTheFieldsThatItsEventSet)
 {
     const char* attributes[] = {"x", "1", nullptr};
     EXPECT_TRUE(Parse("<a/>")); // sets the target
@@ -106,7 +106,7 @@ TEST_F(XMLSerialize, AnExceptionResetsWhatItsEventHasSet)
 }
 
 /// The target uses the very serializer that is reading it.
-TEST_F(XMLSerialize, InUseItIsNeitherCreatedNorDestroyedNorUsedAgain)
+TEST_F(XMLSerialize, AParserInUseIsNeitherCreatedNorDestroyedNorUsedAgain)
 {
     bool inside = false;
     int steps = 0;
@@ -157,7 +157,7 @@ TEST_F(XMLSerialize, AnotherSerializerReadsADocumentWithinADocument)
     EXPECT_EQ(target.text, "y");
 }
 
-TEST_F(XMLSerialize, WithoutATargetAnEventOnlyPasses)
+TEST_F(XMLSerialize, WithoutATargetAnEventIsIgnored)
 {
     const char* attributes[] = {nullptr};
     CVQMXMLSerialize::OnStartElement(&serializer, "a", attributes);

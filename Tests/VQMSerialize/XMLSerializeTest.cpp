@@ -92,7 +92,7 @@ TEST_F(XMLSerialize, CreationIsSilentAndOverwritesTheParser)
     XML_ParserFree(second);
 }
 
-TEST_F(XMLSerialize, DestructionCanBeRepeatedAndIsTheDestructorsToo)
+TEST_F(XMLSerialize, DestroyCanBeRepeatedAndTheDestructorCallsIt)
 {
     serializer.Destroy();
     ASSERT_TRUE(serializer.Create());
@@ -196,7 +196,7 @@ TEST_F(XMLSerialize, CallbacksKeepTheLastTarget)
     EXPECT_EQ(serializer.GetParsingElementName(), nullptr);
 }
 
-TEST_F(XMLSerialize, ALengthThatNoTextHasDeliversNothing)
+TEST_F(XMLSerialize, AnImpossibleTextLengthDeliversNothing)
 {
     EXPECT_TRUE(Parse("<a/>"));
     Take();

@@ -1,10 +1,10 @@
 #include <memory>
-#include <optional>
 #include <string>
 
 #include <vconf.h>
 
 #include "Common/VQMSyncDemoMonitor.h"
+#include "Platform/desktop/base/Settings.h"
 #include "Platform/desktop/base/SettingsStore.h"
 #include "Tools/CommandError.h"
 #include "Tools/CommandLine.h"
@@ -26,13 +26,13 @@ bool PrintState(bool enabled)
 
 std::string StorePath()
 {
-    return desktop::SettingsFile(kSyncDemoSettingKey).value_or("no file");
+    return desktop::SettingsFile(kSyncDemoSettingKey).ValueOr("no file");
 }
 
 ExitCode Get()
 {
     const bool enabled = CVQMSyncDemoMonitor::CheckSyncDemoEnbaled();
-    const std::optional<std::string> stored = desktop::ReadSetting(kSyncDemoSettingKey);
+    const desktop::Result<std::string> stored = desktop::ReadSetting(kSyncDemoSettingKey);
     if (stored && *stored != "0" && *stored != "1") {
         PrintError("note: " + StorePath() + " holds '" + *stored + "', expected 0 or 1; it counts as " +
                    StateName(enabled));
@@ -47,7 +47,7 @@ ExitCode Set(bool enable)
     // Storing reports nothing to its caller: only the store knows. A setting that is another one
     // by now is no failure: somebody else has stored it since.
     // A copy, as the read below replaces it.
-    const std::string problem = desktop::LastSettingsProblem(); // NOLINT(performance-unnecessary-copy-initialization)
+    const std::string problem = desktop::LastSettingsError(); // NOLINT(performance-unnecessary-copy-initialization)
     if (!problem.empty() && CVQMSyncDemoMonitor::CheckSyncDemoEnbaled() != enable) {
         throw CommandError(ExitCode::kCouldNotRun, std::string("cannot switch the setting ") + StateName(enable) +
                                                        "; it is stored in " + StorePath() + " (" + problem + ")");
@@ -76,7 +76,7 @@ ExitCode Watch::Run()
     void* const callback = reinterpret_cast<void*>(&Watch::OnChanged);
     if (!CVQMSyncDemoMonitor::SetVconfCallBack(callback, this)) {
         throw CommandError(ExitCode::kCouldNotRun, "cannot watch the setting; it is stored in " + StorePath() + " (" +
-                                                       desktop::LastSettingsProblem() + ")");
+                                                       desktop::LastSettingsError() + ")");
     }
     loop_.EndWithReader();
     Report(CVQMSyncDemoMonitor::CheckSyncDemoEnbaled());

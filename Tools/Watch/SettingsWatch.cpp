@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -61,18 +60,21 @@ Watched*& TheWatch()
 
 } // namespace
 
-bool AddSettingWatch(std::string_view key, vconf_callback_fn callback, void* userData)
+Result<void> AddSettingWatch(std::string_view key, vconf_callback_fn callback, void* userData)
 {
-    const std::optional<std::string> file = SettingsFile(key);
+    const Result<std::string> file = SettingsFile(key);
+    if (!file) {
+        return file.Error();
+    }
     MainLoop* const loop = MainLoop::Current();
-    if (callback == nullptr || !file || loop == nullptr) {
-        return false;
+    if (loop == nullptr) {
+        return Error{"no main loop runs that could deliver changes"};
     }
     if (TheWatch() == nullptr) {
         TheWatch() = new Watched(*loop);
     }
     TheWatch()->Add(key, *file, callback, userData);
-    return true;
+    return {};
 }
 
 bool RemoveSettingWatch(std::string_view key, vconf_callback_fn callback)

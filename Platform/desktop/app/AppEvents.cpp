@@ -15,7 +15,7 @@ struct app_event_handler {
     void* userData;
 };
 
-/// What a handler learns about its event.
+/// The information that a handler gets about its event.
 struct app_event_info {
     app_event_type_e type;
 };
@@ -80,7 +80,7 @@ Eina_Bool OnLocaleChanged(void* /*data*/, int /*type*/, void* /*event*/)
 
 Eina_Bool OnScreenChanged(void* /*data*/, int /*type*/, void* event)
 {
-    // A change of the resolution arrives here as well.
+    // Changes of the resolution arrive here as well.
     static Ecore_X_Randr_Orientation orientation = ECORE_X_RANDR_ORIENTATION_ROT_0;
     const auto* change = static_cast<const Ecore_X_Event_Screen_Change*>(event);
     if (change->orientation != orientation) {
@@ -108,7 +108,7 @@ AppEventSources::AppEventSources()
         {APP_EVENT_LOW_MEMORY, ECORE_EVENT_MEMORY_STATE, OnMemoryState},
         {APP_EVENT_LOW_BATTERY, ECORE_EVENT_POWER_STATE, OnPowerState},
         {APP_EVENT_REGION_FORMAT_CHANGED, ECORE_EVENT_LOCALE_CHANGED, OnLocaleChanged},
-        // Without a toolkit window there is no X connection and no such type.
+        // Without a toolkit window there is no X connection, and this type is 0.
         {APP_EVENT_DEVICE_ORIENTATION_CHANGED, ECORE_X_EVENT_SCREEN_CHANGE, OnScreenChanged},
     };
     for (const auto& source : sources) {

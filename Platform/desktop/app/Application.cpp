@@ -21,12 +21,12 @@ using namespace desktop;
 
 constexpr int kFailure = -1;
 
-/// Runs before `main`, whose steps are the product's and the same on every platform: what a desktop
-/// needs besides has its place here. A question on the command line is answered before anything of
-/// the toolkit starts, which would want a display.
+/// Runs before `main`. The steps of `main` belong to the product and are the same on every platform, so
+/// the preparations for a desktop are made here. Options such as --help are answered before the toolkit
+/// starts, which needs a display.
 ///
-/// A program that links this object's `ui_app_main` is an application with a window; other programs
-/// are spared the preparation. The C library passes constructor functions what `main` gets.
+/// Only a program that links this object, for its `ui_app_main`, runs this. The C library passes the
+/// arguments of `main` to constructor functions.
 [[gnu::constructor]] void PrepareProcess(int argc, char** argv)
 {
     AnswerCommandLine(argc, argv);
@@ -41,8 +41,8 @@ public:
     {
         running_ = this;
         ListenForLaunchRequests(OnLaunch);
-        // These types exist from the first window on. What covers the window does not count: it is
-        // there for the keys, and on a desktop there is nothing of it to see.
+        // These event types are 0 before the first window. Windows above this one do not count as hiding
+        // it: it exists for the keys and shows nothing on a desktop anyway.
         AddHandler(ECORE_X_EVENT_WINDOW_SHOW, OnShow);
         AddHandler(ECORE_X_EVENT_WINDOW_HIDE, OnHide);
     }
@@ -66,7 +66,7 @@ public:
         EndMainLoopOnSignal(ecore_main_loop_quit);
         ecore_main_loop_begin();
         LimitTeardown();
-        // First of all: the next start can take over while this one still gives popups back.
+        // Before anything else, so that the next start can take over while this one restores popups.
         ReleaseHeldKeys();
         GiveUpInstance();
         Pause();
@@ -130,7 +130,7 @@ private:
 
 Lifecycle* Lifecycle::running_ = nullptr;
 
-/// Before anything else of the platform is asked for: a second start must leave no trace.
+/// The first step of every entry point: a second start must end before it changes anything.
 void EnterDisplay()
 {
     BecomeTheInstance();

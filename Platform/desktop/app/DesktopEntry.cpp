@@ -23,8 +23,8 @@ using Text = std::unique_ptr<char, Release>;
 using Texts = std::unique_ptr<char*, Release>;
 using KeyFile = std::unique_ptr<GKeyFile, Release>;
 
-/// Takes a GLib error over.
-Problem ProblemOf(GError* error)
+/// Takes over a GLib error.
+Error ErrorOf(GError* error)
 {
     const std::unique_ptr<GError, Release> owned(error);
     return {error != nullptr ? error->message : "unknown error"};
@@ -42,8 +42,8 @@ std::string NameOf(GKeyFile* file)
     return name != nullptr ? name.get() : "";
 }
 
-/// Replaces the field codes of one argument. No files are handed over: their codes vanish, and
-/// with them an argument that is nothing else.
+/// Replaces the field codes of one argument. The codes for files vanish, because no files are passed; an
+/// argument that is only such a code vanishes with it.
 void AppendExpanded(std::vector<std::string>& arguments, std::string_view argument, GKeyFile* file,
                     const std::string& path)
 {
@@ -80,18 +80,18 @@ void AppendExpanded(std::vector<std::string>& arguments, std::string_view argume
     }
 }
 
-/// The command line is split first and its field codes replaced afterwards, so nothing that an
-/// entry's name or path holds is taken for more than one argument.
+/// Splits the command line first and replaces its field codes afterwards, so that an entry's name or path
+/// can never turn into several arguments.
 Result<std::vector<std::string>> ArgumentsOf(GKeyFile* file, const std::string& path)
 {
     const std::string commandLine = Value(file, G_KEY_FILE_DESKTOP_KEY_EXEC);
     if (commandLine.empty()) {
-        return Problem{"no command line (Exec)"};
+        return Error{"no command line (Exec)"};
     }
     char** split = nullptr;
     GError* error = nullptr;
     if (g_shell_parse_argv(commandLine.c_str(), nullptr, &split, &error) == FALSE) {
-        return ProblemOf(error);
+        return ErrorOf(error);
     }
     const Texts owned(split);
     std::vector<std::string> arguments;
@@ -99,7 +99,7 @@ Result<std::vector<std::string>> ArgumentsOf(GKeyFile* file, const std::string& 
         AppendExpanded(arguments, *argument, file, path);
     }
     if (arguments.empty() || arguments.front().empty()) {
-        return Problem{"the command line (Exec) names no program"};
+        return Error{"the command line (Exec) names no program"};
     }
     return arguments;
 }
@@ -110,15 +110,15 @@ Result<DesktopEntry> ReadEntry(const EntryFile& file)
 {
     struct stat status {};
     if (stat(file.path.c_str(), &status) == -1 || !S_ISREG(status.st_mode)) {
-        return Problem{"not a plain file"};
+        return Error{"not a plain file"};
     }
     if (status.st_size > kLargestEntry) {
-        return Problem{"too large for a desktop entry"};
+        return Error{"too large for a desktop entry"};
     }
     const KeyFile content(g_key_file_new());
     GError* error = nullptr;
     if (g_key_file_load_from_file(content.get(), file.path.c_str(), G_KEY_FILE_NONE, &error) == FALSE) {
-        return ProblemOf(error);
+        return ErrorOf(error);
     }
     DesktopEntry entry;
     entry.hidden = g_key_file_get_boolean(content.get(), kGroup, G_KEY_FILE_DESKTOP_KEY_HIDDEN, nullptr) != FALSE;
@@ -126,16 +126,33 @@ Result<DesktopEntry> ReadEntry(const EntryFile& file)
         return entry;
     }
     if (Value(content.get(), G_KEY_FILE_DESKTOP_KEY_TYPE) != G_KEY_FILE_DESKTOP_TYPE_APPLICATION) {
-        return Problem{"not an application's entry (Type)"};
+        return Error{"not an application's entry (Type)"};
     }
     Result<std::vector<std::string>> arguments = ArgumentsOf(content.get(), file.path);
     if (!arguments) {
-        return Problem{arguments.ProblemText()};
+        return arguments.Error();
     }
     entry.arguments = std::move(*arguments);
     entry.tryProgram = Value(content.get(), G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
     entry.workingFolder = Value(content.get(), G_KEY_FILE_DESKTOP_KEY_PATH);
     return entry;
+}
+
+Result<EntryCache::Entry*> EntryCache::Get(const EntryFile& file)
+{
+    if (settled_ && file == file_) {
+        return &entry_;
+    }
+    settled_ = false;
+    const bool settled = HasSettled(file); // asked before the content is read
+    Result<DesktopEntry> content = ReadEntry(file);
+    if (!content) {
+        return content.Error();
+    }
+    entry_ = {file.path, std::move(*content), ""};
+    file_ = file;
+    settled_ = settled;
+    return &entry_;
 }
 
 } // namespace desktop

@@ -8,7 +8,7 @@ namespace desktop {
 
 namespace {
 
-/// Longer than a tick of any file system's clock that counts in less than seconds.
+/// Longer than a tick of any file system clock with a resolution below one second.
 constexpr long kClockTickNanoseconds = 20'000'000;
 
 bool SameTime(const timespec& a, const timespec& b)

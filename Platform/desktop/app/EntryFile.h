@@ -7,8 +7,8 @@
 
 namespace desktop {
 
-/// A desktop entry's file as it stands on the disk. Two equal ones have the same content, unless
-/// the file was written again within one tick of the file system's clock.
+/// The state of a desktop entry's file. Two equal states have the same content, unless the file was
+/// written again within one tick of the file system's clock.
 struct EntryFile {
     std::string path;
     dev_t device = 0;
@@ -20,15 +20,14 @@ struct EntryFile {
     bool operator==(const EntryFile& other) const;
 };
 
-/// Looks for "<id>.desktop" where entries lie: "applications" in the user's data folder, then in
-/// the system's. The folders are searched each time, so an entry that comes, goes or moves is
-/// noticed at once.
+/// Looks for "<id>.desktop" in the folders of entries: "applications" in the user's data folder, then in
+/// the system's. Searches the folders each time, so a new, removed or moved entry is noticed at once.
 std::optional<EntryFile> FindEntryFile(std::string_view id);
 
 /// False for a file that was changed so recently that another change may leave its times equal.
 bool HasSettled(const EntryFile& file);
 
-/// Those folders in one text, for a message.
+/// The folders of entries in one text, for a message.
 std::string EntryFolders();
 
 } // namespace desktop

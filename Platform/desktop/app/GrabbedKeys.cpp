@@ -11,7 +11,7 @@ namespace desktop {
 
 namespace {
 
-/// Where the wanted ids are on this keyboard.
+/// The keycodes of the wanted ids on this keyboard.
 std::map<KeyCode, int> FindKeycodes(const std::set<int>& keyIds, const KeyboardMap& keyboard)
 {
     std::map<KeySym, int> idOf;
@@ -29,7 +29,7 @@ std::map<KeyCode, int> FindKeycodes(const std::set<int>& keyIds, const KeyboardM
     return found;
 }
 
-/// Asks for many grabs at once and learns with one round trip which were refused.
+/// Requests many grabs and finds out in one round trip which were refused.
 class GrabRequests {
 public:
     using Place = std::pair<KeyCode, Window>;
@@ -110,7 +110,7 @@ void GrabbedKeys::Renew()
     DropAllBut(found);
     for (const auto& [keycode, keyId] : found) {
         for (const Window root : roots_) {
-            // A key that is grabbed already keeps its grab: released for a moment it could be missed.
+            // A key that is grabbed already keeps its grab: a press during a release and re-grab would be lost.
             keys_.emplace(Place(keycode, root), Key{keyId, GrabState::kNone}).first->second.keyId = keyId;
         }
     }
@@ -149,7 +149,7 @@ void GrabbedKeys::Grab(const std::vector<unsigned int>& lockCombinations)
         return;
     }
 
-    // Any modifier is refused as a whole where another client has one combination.
+    // The server refuses a grab with any modifier as a whole where another client has one combination.
     for (const auto& [place, count] : refused) {
         for (const unsigned int modifiers : lockCombinations) {
             requests.Ask(place, modifiers);

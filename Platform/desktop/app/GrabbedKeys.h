@@ -12,27 +12,27 @@ namespace desktop {
 
 /// How much of a key is ours.
 enum class GrabState {
-    kWhole,   ///< every press, whatever modifiers are down
-    kPartial, ///< another client has some combination; ours are what is left of plain and locked
+    kWhole,   ///< every press arrives, with any modifiers
+    kPartial, ///< another client has one combination; the rest of plain and locked presses arrive
     kNone,    ///< another client has the key
 };
 
-/// Key ids grabbed on the root window of each of a display's screens, so that their events arrive
-/// whoever has the focus.
+/// Key ids grabbed on the root window of each of a display's screens, so that their events arrive with
+/// the focus on any window.
 ///
-/// An id stands for every key that gives its symbol without a modifier; an id without a key on
-/// this keyboard is remembered for the day it appears. What another client holds is logged by
-/// the key's name, once for as long as that lasts.
+/// An id stands for every key that gives its symbol without a modifier. An id without a key on this
+/// keyboard is remembered until such a key appears. A key that another client holds is logged by its
+/// name, once for as long as that lasts.
 class GrabbedKeys {
 public:
-    /// The grabs, and so the events, belong to this connection. Borrowed.
+    /// The grabs, and so the events, belong to this connection, which is borrowed.
     explicit GrabbedKeys(Display* display);
 
     void Add(const std::set<int>& keyIds);
     void Remove(const std::set<int>& keyIds);
 
-    /// Follows a change of the keyboard's mapping: gives up keys that moved away, grabs where they
-    /// are now, and tries again what another client held.
+    /// Follows a change of the keyboard's mapping: releases keycodes that lost their key, grabs the ones
+    /// that have it now, and retries keys that another client held.
     void Renew();
 
     /// Releases every grab, and remembers no id. Waits for nothing.
@@ -43,7 +43,7 @@ public:
 
     /// Names of the keys whose presses arrive, in the order of their ids.
     std::vector<std::string> HeldNames() const;
-    /// Names of the keys that are not wholly ours.
+    /// Names of the keys that another client holds, wholly or in one combination.
     std::vector<std::string> FailedNames() const;
 
 private:

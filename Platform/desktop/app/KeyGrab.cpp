@@ -36,7 +36,7 @@ std::unique_ptr<desktop::GrabbedKeys>& HeldKeys()
     return keys;
 }
 
-/// A person who wants to keep the media keys of a desktop limits the table to the tool keys.
+/// Users who want to keep the media keys of their desktop limit the table to the tool keys.
 bool OnlyToolKeys()
 {
     const char* keys = std::getenv("TV_REMOTE_KEYS");
@@ -56,7 +56,7 @@ std::set<int> KeysOf(const GrabKeyList& list, bool onlyToolKeys)
 
 void Renew();
 
-/// The toolkit closes its connection with its last window, and the grabs end with it.
+/// The toolkit closes its connection together with its last window, which ends the grabs.
 bool CanGrab()
 {
     return HeldKeys() != nullptr && ecore_x_display_get() != nullptr;
@@ -76,13 +76,13 @@ void WatchFailedKeys(void* /*data*/)
     }
 }
 
-/// Lets the tools know, and keeps an eye on what could not be had.
+/// Publishes the keys for tools, and starts to watch for the release of those that another client holds.
 void Publish()
 {
     const std::vector<std::string> failed = HeldKeys()->FailedNames();
     desktop::PublishKeys(HeldKeys()->HeldNames(), failed);
     if (!failed.empty()) {
-        // Later: what was refused may be handed back anyway.
+        // In a job, because the caller may be about to release the refused keys anyway.
         ecore_job_add(WatchFailedKeys, nullptr);
     }
 }
@@ -103,7 +103,7 @@ Eina_Bool OnMappingChanged(void* /*data*/, int /*type*/, void* /*event*/)
 
 void StartHolding(Display* display)
 {
-    // A held key then repeats as presses alone, and its one release is real.
+    // A held key then repeats only its press, so that each release is real.
     XkbSetDetectableAutoRepeat(display, True, nullptr);
     desktop::ReceiveGrabbedKeys(display);
     ecore_event_handler_add(ECORE_X_EVENT_MAPPING_CHANGE, OnMappingChanged, nullptr);
@@ -151,7 +151,7 @@ int Grab_RegisterKeys(void* display, unsigned int window, GrabKeyList* list)
         return kFailure;
     }
     if (!desktop::DirectGrabbedKeysTo(window)) {
-        PLATFORM_LOG(DLOG_ERROR, "window 0x%x is none of the toolkit's: no keys are taken for it", window);
+        PLATFORM_LOG(DLOG_ERROR, "window 0x%x is not a toolkit window: no keys are taken for it", window);
         return kFailure;
     }
     desktop::ExitWhenXServerIsLost();

@@ -2,8 +2,8 @@
 
 namespace desktop {
 
-/// Releases every key that this process holds, for the next instance to take. For the end of the
-/// process. Main thread only.
+/// Releases every key that this process holds, so that the next instance can take them. For the end of
+/// the process. Main thread only.
 void ReleaseHeldKeys();
 
 } // namespace desktop

@@ -31,7 +31,8 @@ Target& TheTarget()
     return target;
 }
 
-/// What a key was when it went down. Its release is reported under the same name.
+/// A key's meaning when it went down. Its release is reported under the same name, even if the keyboard
+/// map changes in between.
 struct PressedKey {
     std::string name;
     std::string symbol;
@@ -44,8 +45,8 @@ std::map<unsigned int, PressedKey>& PressedKeys()
     return keys;
 }
 
-/// The windows that keys are grabbed on. An event's own root window is that of the pointer's screen,
-/// which may be another than the one whose root has the grab.
+/// The windows that keys are grabbed on. An event names the root window of the pointer's screen, which
+/// may differ from the one with the grab.
 std::set<Window>& Roots()
 {
     static std::set<Window> roots;
@@ -93,7 +94,8 @@ void OnWindowDeleted(void* /*data*/, Evas* /*canvas*/, Evas_Object* /*object*/, 
     ForgetTarget();
 }
 
-/// The focus on the canvas is our doing; a real change of focus on the display takes it away again.
+/// The canvas has the focus only because this function gives it: each real change of focus on the display
+/// takes it away again.
 void FocusOnCanvas(const Target& target)
 {
     if (!evas_focus_state_get(target.canvas)) {
@@ -110,7 +112,7 @@ void NotePress(const Ecore_Event_Key& key)
     PressedKeys().try_emplace(key.keycode, PressedKey{key.keyname, key.key});
 }
 
-/// False when the release was reported already: of two reports the first counts.
+/// False when the release was reported already, by the raw event: of two reports the first counts.
 bool NoteRelease(const Ecore_Event_Key& key)
 {
     return PressedKeys().erase(key.keycode) != 0;
@@ -130,9 +132,9 @@ void ReportRelease(const XIRawEvent& release)
                            static_cast<unsigned int>(release.time), nullptr);
 }
 
-/// Any client may destroy any window. The toolkit would take its canvas down with it, and with its
-/// last window its connection and the grabs. Keys need the canvas alone: on the display there is
-/// nothing of the window to see.
+/// Any client may destroy any window. The toolkit would then delete the canvas, and with its last window
+/// its connection and the grabs. Keys need only the canvas, and the window shows nothing, so the event
+/// is withheld from the toolkit.
 bool IsLossOfKeyWindow(const Ecore_X_Event_Window_Destroy& destroyed)
 {
     if (destroyed.win != TheTarget().window) {
@@ -220,12 +222,12 @@ void ReceiveGrabbedKeys(Display* display)
     int opcode = 0;
     int firstEvent = 0;
     int firstError = 0;
-    // From 2.1 on these events arrive whoever has the keyboard; the toolkit has asked for as much.
+    // Since 2.1 these events arrive during any client's grab. The toolkit asks for the same version.
     int major = 2;
     int minor = 2;
     if (XQueryExtension(display, "XInputExtension", &opcode, &firstEvent, &firstError) == False ||
         XIQueryVersion(display, &major, &minor) != Success) {
-        return; // every release of a key that is pressed alone still arrives
+        return; // releases of keys that are pressed one at a time still arrive
     }
     std::array<unsigned char, XIMaskLen(XI_LASTEVENT)> bits = {};
     XISetMask(bits.data(), XI_RawKeyRelease);

@@ -7,8 +7,8 @@
 
 namespace desktop {
 
-/// What each keycode gives without a modifier, as the X server has it at this moment. Xlib's own
-/// copy may be older than the event that announces a change.
+/// The symbol of each keycode without a modifier, read from the X server: Xlib's own copy may be older
+/// than the event that announces a change.
 class KeyboardMap {
 public:
     /// `display` is borrowed for the construction only.
@@ -30,8 +30,8 @@ private:
     std::unique_ptr<KeySym, Free> symbols_;
 };
 
-/// Every combination, none included, of the modifiers that Caps, Num and Scroll Lock set: with
-/// them on, a key is still the plain key to its user.
+/// Every combination, including none, of the modifiers that Caps, Num and Scroll Lock set: with a lock on,
+/// a key is still the plain key to its user.
 std::vector<unsigned int> LockModifierCombinations(Display* display, const KeyboardMap& keyboard);
 
 } // namespace desktop

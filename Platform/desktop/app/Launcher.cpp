@@ -9,6 +9,7 @@
 #include <string>
 #include <sys/stat.h>
 #include <system_error>
+#include <utility>
 
 #include "Platform/desktop/app/EntryFile.h"
 #include "Platform/desktop/app/Spawn.h"
@@ -31,60 +32,67 @@ std::string FindProgram(const std::string& name)
     return found;
 }
 
-int ReportNotStarted(const EntryCache::Entry& entry, int error)
+Error Failure(LaunchError reason, std::string text)
+{
+    return {std::move(text), static_cast<int>(reason)};
+}
+
+Error NotStarted(const EntryCache::Entry& entry, const Error& spawnError)
 {
     const std::string& folder = entry.content.workingFolder;
     struct stat status {};
+    // The system reports a missing working folder as if the program were missing.
     const bool folderMissing = !folder.empty() && stat(folder.c_str(), &status) == -1;
-    PLATFORM_LOG(DLOG_ERROR, "%s: cannot start %s%s%s: %s", entry.path.c_str(), entry.program.c_str(),
-                 folderMissing ? " in " : "", folderMissing ? folder.c_str() : "",
-                 std::generic_category().message(error).c_str());
-    return kLaunchNotStarted;
+    return Failure(LaunchError::kNotStarted, entry.path + ": cannot start " + entry.program +
+                                                 (folderMissing ? " in " + folder : "") + ": " +
+                                                 std::generic_category().message(spawnError.code));
 }
 
-int Start(EntryCache::Entry& entry)
+Result<pid_t> Start(EntryCache::Entry& entry)
 {
     const DesktopEntry& content = entry.content;
     if (!content.tryProgram.empty() && FindProgram(content.tryProgram).empty()) {
-        PLATFORM_LOG(DLOG_ERROR, "%s: not installed: no program %s (TryExec)", entry.path.c_str(),
-                     content.tryProgram.c_str());
-        return kLaunchNoProgram;
+        return Failure(LaunchError::kNoProgram,
+                       entry.path + ": not installed: no program " + content.tryProgram + " (TryExec)");
     }
-    pid_t pid = -1;
-    int error = entry.program.empty() ? ENOENT : Spawn(entry.program, content.arguments, content.workingFolder, pid);
-    // The program may have moved since it was found.
-    if (error == ENOENT || error == EACCES) {
-        entry.program = FindProgram(content.arguments.front());
-        if (entry.program.empty()) {
-            PLATFORM_LOG(DLOG_ERROR, "%s: program missing: %s", entry.path.c_str(), content.arguments.front().c_str());
-            return kLaunchNoProgram;
+    if (!entry.program.empty()) {
+        const Result<pid_t> started = Spawn(entry.program, content.arguments, content.workingFolder);
+        if (started) {
+            return started;
         }
-        error = Spawn(entry.program, content.arguments, content.workingFolder, pid);
+        const int error = started.Error().code;
+        if (error != ENOENT && error != EACCES) {
+            return NotStarted(entry, started.Error());
+        }
+        // The program may have moved since it was found: look for it again.
     }
-    return error == 0 ? pid : ReportNotStarted(entry, error);
+    entry.program = FindProgram(content.arguments.front());
+    if (entry.program.empty()) {
+        return Failure(LaunchError::kNoProgram, entry.path + ": program missing: " + content.arguments.front());
+    }
+    const Result<pid_t> started = Spawn(entry.program, content.arguments, content.workingFolder);
+    return started ? started : NotStarted(entry, started.Error());
 }
 
 } // namespace
 
-int Launcher::Launch(const char* id)
+Result<pid_t> Launcher::Launch(const char* id)
 {
     if (!IsValidId(id)) {
-        PLATFORM_LOG(DLOG_ERROR, "not an application id: \"%s\"", id != nullptr ? id : "");
-        return kLaunchBadId;
+        return Failure(LaunchError::kBadId,
+                       std::string("not an application id: \"") + (id != nullptr ? id : "") + "\"");
     }
+    const std::string entryName = std::string("no entry \"") + id + ".desktop\"";
     const std::optional<EntryFile> file = FindEntryFile(id);
     if (!file) {
-        PLATFORM_LOG(DLOG_ERROR, "no entry \"%s.desktop\" in %s", id, EntryFolders().c_str());
-        return kLaunchNoEntry;
+        return Failure(LaunchError::kNoEntry, entryName + " in " + EntryFolders());
     }
     const Result<EntryCache::Entry*> entry = entries_.Get(*file);
     if (!entry) {
-        PLATFORM_LOG(DLOG_ERROR, "%s: %s", file->path.c_str(), entry.ProblemText().c_str());
-        return kLaunchBadEntry;
+        return Failure(LaunchError::kBadEntry, file->path + ": " + entry.Error().text);
     }
     if ((*entry)->content.hidden) {
-        PLATFORM_LOG(DLOG_ERROR, "no entry \"%s.desktop\": %s hides it", id, file->path.c_str());
-        return kLaunchNoEntry;
+        return Failure(LaunchError::kNoEntry, entryName + ": " + file->path + " hides it");
     }
     return Start(**entry);
 }
@@ -95,9 +103,14 @@ int aul_launch_app(const char* appid, bundle* /*kb*/)
 {
     static desktop::Launcher launcher;
     try {
-        return launcher.Launch(appid);
+        const desktop::Result<pid_t> launched = launcher.Launch(appid);
+        if (launched) {
+            return *launched;
+        }
+        PLATFORM_LOG(DLOG_ERROR, "%s", launched.Error().text.c_str());
+        return launched.Error().code;
     } catch (const std::bad_alloc&) {
         PLATFORM_LOG(DLOG_ERROR, "out of memory");
-        return desktop::kLaunchNotStarted;
+        return static_cast<int>(desktop::LaunchError::kNotStarted);
     }
 }

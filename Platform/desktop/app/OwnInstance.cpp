@@ -15,7 +15,7 @@ namespace desktop {
 
 namespace {
 
-/// A start-up answers only once it is over.
+/// An instance answers only once its start-up is over.
 constexpr std::chrono::seconds kAnswerTimeout{30};
 /// More than an orderly end takes.
 constexpr std::chrono::seconds kPredecessorTimeout{10};
@@ -35,7 +35,7 @@ void ReadEvents()
     while (XPending(display) > 0) {
         XEvent event;
         XNextEvent(display, &event);
-        // A process that was told to end leaves the request to its successor, which is the one that asks.
+        // A process that is about to end does not answer: the asking process is its successor.
         if (launchCallback != nullptr && Claim() && Claim()->IsLaunchRequest(event) && !EndRequested()) {
             Claim()->AnswerLaunchRequest(event);
             launchCallback();
@@ -82,7 +82,7 @@ void ListenForLaunchRequests(void (*callback)())
     if (callback != nullptr && display != nullptr && listener == nullptr) {
         listener =
             ecore_main_fd_handler_add(ConnectionNumber(display), ECORE_FD_READ, OnReadable, nullptr, nullptr, nullptr);
-        // A request from before, read along with some reply, makes the connection readable no more.
+        // Xlib may have read an earlier request along with some reply; the connection is not readable then.
         ReadEvents();
     } else if (callback == nullptr && listener != nullptr) {
         ecore_main_fd_handler_del(listener);

@@ -72,7 +72,7 @@ void PopupInhibitor::End()
         RemovePopupRecord(recordFile_);
         return;
     }
-    // The record stays: it tells the next start what was found.
+    // The record stays: it tells the next start which state to restore.
     PLATFORM_LOG(DLOG_WARN, "the notification daemon %s does not answer: popups stay held back until the next start",
                  held.daemon.c_str());
 }
@@ -90,8 +90,8 @@ void PopupInhibitor::OnBusLost()
     owner_.clear();
     undecided_ = false;
     busIdentity_.clear();
-    // An inhibition ends with the connection. A pause may outlive it, and the record says what was
-    // before.
+    // An inhibition ends with the connection. A pause may outlive it, and the record holds the state
+    // before it.
     if (held_ && held_->inhibited) {
         RemovePopupRecord(recordFile_);
     }
@@ -115,7 +115,7 @@ void PopupInhibitor::OnOwner(const std::string& owner)
     undecided_ = !owner.empty();
     silenceLogged_ = false;
     if (retry_.IsRunning()) {
-        retry_.Start(); // the name changes hands quickly: only the last owner will be asked
+        retry_.Start(); // the name changes hands quickly: only the last owner is asked
     } else if (undecided_) {
         retry_.Start();
         AskDaemon();
@@ -150,7 +150,9 @@ void PopupInhibitor::OnInhibited(const BusReply& reply)
     if (const std::optional<std::uint32_t> cookie = CookieIn(reply)) {
         undecided_ = false;
         held_ = Held{owner_, true, *cookie, false};
-        Save(*held_); // for tools alone: the daemon ends it with our connection
+        // The record serves tools alone here, so an error does no harm: the daemon ends an inhibition with
+        // the connection.
+        static_cast<void>(Save(*held_));
         LogHeld();
         return;
     }
@@ -183,17 +185,18 @@ void PopupInhibitor::OnPausedFound(const BusReply& reply)
 void PopupInhibitor::Pause(bool pausedBefore)
 {
     undecided_ = false;
-    // Left by a process that was killed: the pause found now is that one's.
+    // A record left by a killed process: that process caused the pause found now.
     const std::optional<PopupRecord> left = ReadPopupRecord(recordFile_);
     if (left && !left->inhibited && left->bus == busIdentity_ && left->daemon == owner_) {
         pausedBefore = left->pausedBefore;
     }
     const Held held{owner_, false, 0, pausedBefore};
-    if (!Save(held)) {
-        PLATFORM_LOG(DLOG_WARN, "no record can be kept in XDG_RUNTIME_DIR: popups stay as they are");
+    if (const Result<void> saved = Save(held); !saved) {
+        PLATFORM_LOG(DLOG_WARN, "no record can be kept in XDG_RUNTIME_DIR (%s): popups stay as they are",
+                     saved.Error().text.c_str());
         return;
     }
-    held_ = held; // from now on, as a daemon that does not answer may still do it
+    held_ = held; // from here on, because a daemon that does not answer may still pause
     bus_.Ask(NotificationDaemon(owner_).SetPausedRequest(true), [this](const BusReply& reply) { OnPaused(reply); });
 }
 
@@ -222,7 +225,7 @@ void PopupInhibitor::LogHeld()
     }
 }
 
-bool PopupInhibitor::Save(const Held& held)
+Result<void> PopupInhibitor::Save(const Held& held)
 {
     return WritePopupRecord(recordFile_, {getpid(), busIdentity_, held.daemon, held.inhibited, held.pausedBefore});
 }
@@ -233,8 +236,8 @@ BusMessage PopupInhibitor::RestoreRequest(const Held& held)
     return held.inhibited ? daemon.UnInhibitRequest(held.cookie) : daemon.SetPausedRequest(held.pausedBefore);
 }
 
-/// For a daemon that has lost the name. If it has ended, the bus drops the request; if it lives
-/// on, it must not stay paused.
+/// Restores a daemon that has lost the name. If it has ended, the bus drops the request; if it lives on,
+/// it must not stay paused.
 void PopupInhibitor::GiveBackWithoutWaiting()
 {
     if (held_) {

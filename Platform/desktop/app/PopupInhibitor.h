@@ -11,15 +11,15 @@
 
 namespace desktop {
 
-/// Holds the desktop's notifications back: through the daemon's own inhibition, else by pausing
-/// dunst. A daemon that answers late, that starts later, or again, is asked as well, and so is one
-/// on a bus that comes back. Main thread only.
+/// Holds the desktop's notifications back: through the daemon's own inhibition, otherwise by pausing
+/// dunst. It also asks a daemon that answers late or starts later, and one on a bus that comes back.
+/// Main thread only.
 ///
-/// The daemon is asked question by question, each from the answer to the one before: owner of the
-/// name, Inhibit, and for dunst its pause switch, the bus's identity and the pause itself. On the
-/// main loop no question waits for its answer.
+/// The requests form a chain, each sent when the answer to the one before arrives: owner of the name,
+/// Inhibit, and for dunst its pause switch, the bus's identity and the pause itself. On the main loop no
+/// request waits for its answer.
 ///
-/// What cannot be done is a line in the log, never more: the application lives without it.
+/// A failure is logged and nothing more: the application works without this.
 class PopupInhibitor {
 public:
     explicit PopupInhibitor(std::string applicationId);
@@ -31,15 +31,15 @@ public:
     bool Open();
     void Close();
 
-    /// Returns whether popups are held back now; if not, the main loop goes on trying. Waits for
-    /// two seconds at the very most: `BusConnection::kAnswerTimeout` for each answer.
+    /// Returns whether popups are held back now; if not, the main loop keeps trying. Waits for at most two
+    /// seconds: `BusConnection::kAnswerTimeout` for each answer.
     bool Begin();
 
-    /// Gives popups back as they were found. Waits for one answer.
+    /// Restores the state before `Begin`. Waits for one answer.
     void End();
 
 private:
-    /// What was done to which daemon.
+    /// The daemon that was changed, and how.
     struct Held {
         std::string daemon;
         bool inhibited;
@@ -61,7 +61,7 @@ private:
 
     void LogSilence();
     void LogHeld();
-    bool Save(const Held& held);
+    Result<void> Save(const Held& held);
     static BusMessage RestoreRequest(const Held& held);
     void GiveBackWithoutWaiting();
 

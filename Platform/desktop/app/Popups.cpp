@@ -5,14 +5,15 @@
 #include <tvcontext.h>
 
 #include "Platform/desktop/app/PopupInhibitor.h"
+#include "Platform/desktop/environment/ApplicationId.h"
 
 namespace {
 
 constexpr int kDone = 0;
 constexpr int kFailed = -1;
 
-/// Not destroyed at exit: an exit without `tvcontext_fini` may come at a moment when the bus must
-/// not be used. The record of what was found is on the disk.
+/// Not destroyed at exit: an exit without `tvcontext_fini` may happen while the bus must not be used. The
+/// record of the earlier state is on disk.
 std::unique_ptr<desktop::PopupInhibitor>& Inhibitor()
 {
     static auto* inhibitor = new std::unique_ptr<desktop::PopupInhibitor>;
@@ -31,7 +32,7 @@ void desktop::RestorePopupsNow()
 int tvcontext_init(void)
 {
     if (Inhibitor() == nullptr) {
-        Inhibitor() = std::make_unique<desktop::PopupInhibitor>(PLATFORM_APP_ID);
+        Inhibitor() = std::make_unique<desktop::PopupInhibitor>(desktop::kApplicationId);
     }
     return Inhibitor()->Open() ? kDone : kFailed;
 }

@@ -2,9 +2,8 @@
 
 namespace desktop {
 
-/// Gives popups back right now, if this process holds any back. For the moment before an
-/// emergency exit: it does not need the main loop, and waits for the notification daemon no longer
-/// than `BusConnection::kAnswerTimeout`.
+/// Restores popups at once, if this process holds any back. For an emergency exit: it does not need the
+/// main loop, and waits for the notification daemon no longer than `BusConnection::kAnswerTimeout`.
 void RestorePopupsNow();
 
 } // namespace desktop

@@ -22,8 +22,8 @@ public:
         posix_spawnattr_setsigdefault(&attributes_, &signals);
         sigemptyset(&signals);
         posix_spawnattr_setsigmask(&attributes_, &signals);
-        // A group of its own keeps a terminal's signals away. A session would too, but brings a
-        // scheduling group along, in which the program's first run waits behind all others.
+        // Its own process group keeps a terminal's signals away. A session would do so too, but it brings
+        // a scheduling group along, in which the program's first run waits behind all others.
         posix_spawnattr_setpgroup(&attributes_, 0);
         posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
 
@@ -54,7 +54,7 @@ private:
 
 } // namespace
 
-int Spawn(const std::string& program, std::vector<std::string> arguments, const std::string& workingFolder, pid_t& pid)
+Result<pid_t> Spawn(const std::string& program, std::vector<std::string> arguments, const std::string& workingFolder)
 {
     const ChildSetup setup(workingFolder);
     std::vector<char*> pointers;
@@ -62,8 +62,13 @@ int Spawn(const std::string& program, std::vector<std::string> arguments, const 
         pointers.push_back(argument.data());
     }
     pointers.push_back(nullptr);
-    return posix_spawn(&pid, program.c_str(), setup.Actions(), setup.Attributes(), pointers.data(),
-                       EnvironmentToHandOn().data());
+    pid_t pid = -1;
+    const int error = posix_spawn(&pid, program.c_str(), setup.Actions(), setup.Attributes(), pointers.data(),
+                                  EnvironmentToHandOn().data());
+    if (error != 0) {
+        return SystemError(program, error);
+    }
+    return pid;
 }
 
 } // namespace desktop

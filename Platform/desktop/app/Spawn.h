@@ -4,14 +4,17 @@
 #include <sys/types.h>
 #include <vector>
 
+#include "Platform/desktop/base/Result.h"
+
 namespace desktop {
 
-/// Starts a program that lives on its own: a process group of its own, the environment as this
-/// process found it, no descriptor and no signal setting of ours. Its standard streams are
-/// /dev/null: it may outlive us or write without end, and our output's reader must notice neither.
+/// Starts an independent program and returns its pid. It gets its own process group, the environment as
+/// this process found it, and none of this process's descriptors and signal settings. Its standard
+/// streams are /dev/null: it may outlive this process or write without end, and the reader of this
+/// process's output must notice neither.
 ///
 /// `arguments` begin with the program's name; `workingFolder` may be empty, for this process's.
-/// Returns 0 and the pid, or the errno. The caller's process reaps the child.
-int Spawn(const std::string& program, std::vector<std::string> arguments, const std::string& workingFolder, pid_t& pid);
+/// The error's code is the errno. The caller's process reaps the child.
+Result<pid_t> Spawn(const std::string& program, std::vector<std::string> arguments, const std::string& workingFolder);
 
 } // namespace desktop

@@ -30,21 +30,21 @@ bool SystemBusAnswers()
 
 void PrepareForToolkit()
 {
-    KeepStandardErrorFromBlocking(); // Xlib and the toolkit have something to say, too
+    KeepStandardErrorFromBlocking(); // Xlib and the toolkit write there too
     if (!NamesWritableFolder("XDG_RUNTIME_DIR") && !NamesWritableFolder("HOME")) {
         PLATFORM_LOG(DLOG_ERROR, "neither XDG_RUNTIME_DIR nor HOME names a folder that can be written: "
                                  "the toolkit cannot start");
         std::_Exit(EXIT_FAILURE);
     }
     GiveToolkitWritableHome();
-    // Keys come from X: neither another display server nor a virtual screen will do.
+    // Keys come from X, so neither another display server nor a virtual screen helps.
     SetOwnVariable("ELM_DISPLAY", "x11");
     SetOwnVariable("ELM_ENGINE", "software_x11");
     if (std::getenv("ECORE_NO_SYSTEM_MODULES") == nullptr && !SystemBusAnswers()) {
-        // They would report the missing bus with hundreds of lines.
+        // These modules would report the missing bus with hundreds of lines.
         SetOwnVariable("ECORE_NO_SYSTEM_MODULES", "1");
     }
-    // Else every start spawns efreetd and its cache builders.
+    // Otherwise every start spawns efreetd and its cache builders.
     efreet_cache_disable();
     if (!AddToolKeySymbols()) {
         PLATFORM_LOG(DLOG_WARN, "Xlib cannot be taught the tool keys' symbols: they will not be seen");

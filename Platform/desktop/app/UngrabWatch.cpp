@@ -12,7 +12,7 @@ namespace desktop {
 
 namespace {
 
-/// The connection that the reports arrive on.
+/// The connection on which the reports arrive.
 Display* reports = nullptr;
 void (*onUngrab)() = nullptr;
 bool reported = false;
@@ -32,7 +32,7 @@ XRecordContext CreateContext(Display* display)
     XRecordRange* ranges = range.get();
     XRecordClientSpec clients = XRecordAllClients;
     const XRecordContext context = XRecordCreateContext(display, 0, &clients, 1, &ranges, 1);
-    // The other connection must find it.
+    // The context must exist before the other connection enables it.
     XSync(display, False);
     return context;
 }
@@ -43,7 +43,7 @@ void OnReport(XPointer /*closure*/, XRecordInterceptData* data)
     XRecordFreeData(data);
 }
 
-/// The reports only say that something happened: one call serves all that came together.
+/// Calls back once for all reports that arrived together: they only say that something happened.
 void PassOn()
 {
     if (std::exchange(reported, false)) {
@@ -74,7 +74,7 @@ void WatchForUngrabs(Display* display, void (*callback)())
     }
     fcntl(ConnectionNumber(reports), F_SETFD, FD_CLOEXEC);
     ecore_main_fd_handler_add(ConnectionNumber(reports), ECORE_FD_READ, OnReadable, nullptr, nullptr, nullptr);
-    // It waits for the first report, which says that the watch is in effect.
+    // Waits for the first report, which says that the watch has taken effect.
     XRecordEnableContextAsync(reports, context, OnReport, nullptr);
     PassOn();
 }

@@ -15,7 +15,7 @@ namespace desktop {
 
 namespace {
 
-/// Popups must come back within this time, or the process ends without.
+/// The process ends after this time even if popups have not been restored.
 constexpr std::chrono::seconds kRestoreTimeout{4};
 
 void LeaveWithoutServer(void* /*data*/)

@@ -17,15 +17,15 @@
 #include <string_view>
 #include <unistd.h>
 
-#include "Platform/desktop/base/LogEscape.h"
 #include "Platform/desktop/base/LogOutput.h"
 #include "Platform/desktop/base/PlatformLog.h"
+#include "Platform/desktop/base/VisibleText.h"
 
 namespace desktop {
 
 namespace {
 
-/// No line is below it.
+/// No priority is below it, so the first line gets as far as `ReadThreshold`.
 constexpr int kThresholdUnread = std::numeric_limits<int>::min();
 std::atomic<int> threshold{kThresholdUnread};
 
@@ -45,7 +45,7 @@ constexpr NamedLevel kLevels[] = {
     {"debug", DLOG_DEBUG}, {"info", DLOG_INFO}, {"warn", DLOG_WARN}, {"error", DLOG_ERROR}, {"silent", kNothing},
 };
 
-/// For the process's first line; later ones find the result.
+/// Called for the process's first line; later ones find the result.
 void ReadThreshold()
 {
     const char* wanted = std::getenv("DLOG_LEVEL");
@@ -64,7 +64,7 @@ void ReadThreshold()
     }
 }
 
-/// This process's id, kept: asking for it is a system call. Forgotten in a forked child.
+/// This process's id, cached because `getpid` is a system call. A forked child asks again.
 int OwnProcess()
 {
     static std::atomic<int> kept{0};
@@ -101,7 +101,7 @@ std::string_view Colour(int priority)
 
 constexpr std::string_view kColoursOff = "\x1b[0m";
 
-/// One line under way: the head, "D/Tag( 1234): ", and the message right behind it.
+/// A line under construction: the head, "D/Tag( 1234): ", directly followed by the message.
 class Line {
 public:
     Line(int priority, const char* tag) : priority_(priority), tag_(tag, strnlen(tag, kLongestTag))
@@ -112,7 +112,7 @@ public:
         AppendProcess();
     }
 
-    /// False: the message is longer than most, and `FormatWhole` must follow.
+    /// False when the message does not fit into the usual buffer; call `FormatWhole` then.
     bool Format(const char* format, va_list arguments) __attribute__((format(printf, 2, 0)))
     {
         const std::size_t room = usual_.size() - head_;
@@ -140,7 +140,7 @@ public:
         if (const auto result = WriteEntry(tag_, Message())) {
             return *result;
         }
-        Data()[head_ + size_] = '\n'; // in the place of the terminator
+        Data()[head_ + size_] = '\n'; // replaces the terminator, so that one write is enough
         return WriteLine(std::string_view(Data(), head_ + size_ + 1));
     }
 
@@ -179,7 +179,7 @@ private:
         std::memcpy(whole_.get(), usual_.data(), head_);
     }
 
-    /// A message that cannot be formatted is still worth its format.
+    /// Logs the format itself when it cannot be formatted.
     void TakeUnformatted(const char* format)
     {
         size_ = std::strlen(format);
@@ -197,7 +197,7 @@ private:
         }
     }
 
-    /// The line as it must be where its characters alone will not do.
+    /// Writes the line with escapes or colours.
     int WriteRemade()
     {
         const std::string message = Escape(Message());
@@ -212,7 +212,7 @@ private:
         return WriteLine(line);
     }
 
-    /// Nothing: the message is to be written as a line.
+    /// None: the message must be written as a line.
     std::optional<int> WriteEntry(std::string_view tag, std::string_view message) const
     {
         const JournalAnswer answer =
@@ -236,18 +236,18 @@ private:
     std::size_t size_ = 0; ///< of the message
 };
 
-/// In the place of the lines that are missing, and before the first one after them.
+/// Logs, before the next line, how many lines are missing.
 void TellDroppedLines()
 {
     const unsigned long long lines = TakeDroppedLines();
     if (lines != 0 &&
         dlog_print(DLOG_ERROR, kPlatformTag, "%s: %s(%d) > %llu lines dropped: stderr had no room for them",
                    __FILE_NAME__, __func__, __LINE__, lines) < 0) {
-        PutBackDroppedLines(lines - 1); // by now this line is one of them
+        PutBackDroppedLines(lines - 1); // this line is now counted as dropped too
     }
 }
 
-/// Kept out of `dlog_print`, where a dropped line's way is short.
+/// Not inlined, so that the path of a line below the threshold stays short.
 [[gnu::noinline]] __attribute__((format(printf, 3, 0))) int Print(int priority, const char* tag, const char* format,
                                                                   va_list arguments)
 {
@@ -264,7 +264,7 @@ void TellDroppedLines()
         Line line(priority, tag != nullptr ? tag : "");
         va_list again;
         va_copy(again, arguments);
-        errno = savedErrno; // the format may hold a %m
+        errno = savedErrno; // the format may contain %m
         if (!line.Format(format, arguments)) {
             errno = savedErrno;
             line.FormatWhole(format, again);
@@ -272,7 +272,7 @@ void TellDroppedLines()
         va_end(again);
         result = line.Write();
     } catch (const std::bad_alloc&) {
-        result = -1; // the line is lost, the program is not
+        result = -1; // only the line is lost
     }
     errno = savedErrno;
     return result;

@@ -13,7 +13,7 @@ namespace {
 constexpr char kStreamSocket[] = "/run/systemd/journal/stdout";
 constexpr char kEntrySocket[] = "/run/systemd/journal/socket";
 
-/// Where a message comes from, read off its prefix.
+/// The place in the source that a message's prefix names.
 struct SourcePlace {
     std::string_view file;
     std::string_view function;

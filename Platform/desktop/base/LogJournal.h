@@ -8,10 +8,10 @@
 
 namespace desktop {
 
-/// The descriptor leads to the system's journal.
+/// Whether the descriptor leads to the system's journal.
 bool IsJournal(int descriptor);
 
-/// Where entries go, or nothing when the journal does not answer.
+/// The sink for entries; none when the journal does not answer.
 std::optional<LogSink> ConnectToJournal();
 
 /// A message as an entry of the journal, with its priority, tag and, when it begins with

@@ -23,30 +23,34 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
+/// Of one line.
 constexpr milliseconds kLongestWait{100};
-constexpr milliseconds kWaitsInAll{1000};
+/// Of all lines together; a twentieth of the time that passes is added.
+constexpr milliseconds kTotalWait{1000};
 constexpr int kShareOfTime = 20;
+/// After a dropped line, before the next one is tried.
 constexpr std::chrono::seconds kPause{1};
 
 /// The time that lines may still wait.
 class WaitingTime {
 public:
-    int MayWaitMilliseconds()
+    /// The longest that the next line may wait; zero or less when the time is used up.
+    milliseconds MayWait()
     {
         const Clock::time_point now = Clock::now();
-        left_ = std::min<Clock::duration>(kWaitsInAll, left_ + (now - earnedUntil_) / kShareOfTime);
+        left_ = std::min<Clock::duration>(kTotalWait, left_ + (now - earnedUntil_) / kShareOfTime);
         earnedUntil_ = now;
-        return static_cast<int>(std::min(kLongestWait, std::chrono::duration_cast<milliseconds>(left_)).count());
+        return std::min(kLongestWait, std::chrono::duration_cast<milliseconds>(left_));
     }
-    /// A wait that ends at once costs something too, so that there is an end to those.
+    /// A wait that ends at once costs something too: otherwise such waits could go on for ever.
     void Spend(Clock::duration waited) { left_ -= std::max<Clock::duration>(waited, milliseconds(1)); }
 
 private:
-    Clock::duration left_ = kWaitsInAll;
+    Clock::duration left_ = kTotalWait;
     Clock::time_point earnedUntil_ = Clock::now();
 };
 
-/// The lines that found no room.
+/// Counts the lines that found no room.
 class DroppedLines {
 public:
     void Count()
@@ -56,7 +60,7 @@ public:
     }
     bool Any() const { return count_.load(std::memory_order_relaxed) != 0; }
     bool IsPause() const { return Any() && Clock::now().time_since_epoch().count() < resumeAt_; }
-    /// A line of the pause does not make it longer.
+    /// A line that is dropped during the pause does not prolong it.
     void CountInPause() { ++count_; }
     unsigned long long Take() { return count_.exchange(0); }
     void PutBack(unsigned long long lines) { count_ += lines; }
@@ -86,7 +90,7 @@ struct StandardError {
     std::optional<LogSink> entries;
 };
 
-/// Never destroyed: destructors log, too.
+/// Never destroyed, because destructors log too.
 std::unique_ptr<StandardError>& Current()
 {
     static auto* current = [] {
@@ -96,27 +100,27 @@ std::unique_ptr<StandardError>& Current()
     return *current;
 }
 
-/// Returns false when the wait is over: there was none left, or it brought nothing.
+/// Returns false when the line must be dropped: no waiting time is left, or waiting made no room.
 bool WaitForRoom(const LogSink& sink)
 {
     static std::mutex mutex;
     static WaitingTime time;
     const std::lock_guard lock(mutex);
     if (dropped.Any()) {
-        return false; // another line has waited already
+        return false; // another line has already waited in vain
     }
-    const int most = time.MayWaitMilliseconds();
-    if (most <= 0) {
+    const milliseconds most = time.MayWait();
+    if (most <= milliseconds::zero()) {
         return false;
     }
     const Clock::time_point begin = Clock::now();
     sink.WaitForRoom(most);
     const Clock::duration waited = Clock::now() - begin;
     time.Spend(waited);
-    return waited < milliseconds(most);
+    return waited < most;
 }
 
-/// Returns 0 or the errno.
+/// Returns 0 or the errno, and not a `Result`: a line that fails must not take memory.
 int WriteWhole(const LogSink& sink, std::string_view data)
 {
     const std::size_t whole = data.size();
@@ -173,7 +177,7 @@ JournalAnswer WriteToJournal(int priority, std::string_view tag, std::string_vie
     const std::string entry = JournalEntry(priority, tag, message);
     StandardError& standardError = *Current();
     const std::lock_guard lock(standardError.journalMutex);
-    // A journal that was started anew has another socket.
+    // A restarted journal has a new socket, so a failed attempt is repeated once.
     for (int attempt = 0; attempt < 2; ++attempt) {
         if (!standardError.entries) {
             standardError.entries = ConnectToJournal();

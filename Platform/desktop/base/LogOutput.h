@@ -4,9 +4,9 @@
 
 /// Where log lines go: to what stderr was when the first line was written.
 ///
-/// A line for which there is no room waits a moment; then it is dropped and counted, and for a while
-/// no other line is tried. Lines may wait a second in all, and after that a twentieth of the time:
-/// a reader that is slow costs lines, one that stops does not stop the program.
+/// A line that finds no room waits a moment; then it is dropped and counted, and for a second no other
+/// line is tried. Lines may wait one second in total, and after that a twentieth of the time that passes:
+/// a slow reader loses lines, and a stopped one does not stop the program.
 ///
 /// All functions may be called from any thread, `ExamineStandardError` while no other one runs.
 namespace desktop {
@@ -24,19 +24,19 @@ bool StandardErrorIsJournal();
 enum class JournalAnswer {
     kTaken,
     kDropped, ///< no room; counted as dropped
-    kRefused, ///< it does not take the message this way, as when that is too large for an entry
+    kRefused, ///< the journal does not take the message as an entry, for example because it is too large
 };
 
 /// Hands a message to the journal with its priority and tag; the texts must be free of line ends.
 JournalAnswer WriteToJournal(int priority, std::string_view tag, std::string_view message);
 
-/// How many lines were dropped since the last call, as soon as another one may be tried; else 0.
+/// How many lines were dropped since the last call; 0 while no other line may be tried.
 unsigned long long TakeDroppedLines();
 
-/// What was taken could not be told.
+/// Counts lines again whose number could not be logged.
 void PutBackDroppedLines(unsigned long long lines);
 
-/// Takes what descriptor 2 is by now for stderr: for a program that has put something else there.
+/// Looks at descriptor 2 again, for a program that has replaced it.
 void ExamineStandardError();
 
 } // namespace desktop

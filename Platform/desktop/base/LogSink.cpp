@@ -17,8 +17,8 @@ namespace desktop {
 
 namespace {
 
-/// A pipe that has any room has room for this, unless another writer is faster. A terminal does not
-/// say how much room it has; one that is stopped has none.
+/// A pipe that reports room has room for this much, unless another writer is faster. A terminal does not
+/// report how much room it has; a stopped one has none.
 constexpr std::size_t kPiece = PIPE_BUF;
 
 /// Keeps SIGPIPE from ending the program while it writes.
@@ -77,7 +77,7 @@ ssize_t LogSink::Write(std::string_view data) const
         return send(held_.Get(), data.data(), data.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     }
     if (mayBlock_ && kind_ != Kind::kPlain) {
-        if (!HasRoom(0)) {
+        if (!HasRoom(std::chrono::milliseconds::zero())) {
             errno = EAGAIN;
             return -1;
         }
@@ -89,15 +89,15 @@ ssize_t LogSink::Write(std::string_view data) const
     return write(held_.Get(), data.data(), data.size());
 }
 
-bool LogSink::HasRoom(int milliseconds) const
+bool LogSink::HasRoom(std::chrono::milliseconds timeout) const
 {
     pollfd full{held_.Get(), POLLOUT, 0};
-    return poll(&full, 1, milliseconds) == 1;
+    return poll(&full, 1, static_cast<int>(timeout.count())) == 1;
 }
 
-void LogSink::WaitForRoom(int milliseconds) const
+void LogSink::WaitForRoom(std::chrono::milliseconds timeout) const
 {
-    HasRoom(milliseconds);
+    HasRoom(timeout);
 }
 
 } // namespace desktop

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <string_view>
 #include <sys/types.h>
@@ -11,32 +12,33 @@ namespace desktop {
 
 /// A descriptor that takes log lines and never blocks.
 ///
-/// A pipe or a terminal belongs to other processes too, so its own flags stay as they are: it is
-/// opened once more, for writing without blocking. Where that is not allowed, as on a terminal of
-/// another user, it is asked for room before each write; a terminal that is not stopped but stuck
-/// may then still hold the program up.
+/// A pipe or a terminal belongs to other processes too, so its flags stay as they are: it is opened once
+/// more, for writing without blocking. Where that is not allowed, as on a terminal of another user, each
+/// write is preceded by a check for room; a terminal that is not stopped but stuck may then still block
+/// the program.
 class LogSink {
 public:
-    /// What `descriptor` leads to, held from now on: nothing that takes the descriptor's number
-    /// later is written to. `descriptor` itself stays the caller's.
+    /// The file behind `descriptor`. The sink holds it from now on, so that a file which later gets the
+    /// same number is never written to. `descriptor` itself stays the caller's.
     static LogSink For(int descriptor);
 
-    /// A socket that is given away.
+    /// Takes over a socket.
     static LogSink ForSocket(FileDescriptor socket);
 
     /// Writes as much as there is room for, without waiting and without a SIGPIPE. Returns the bytes
-    /// written, or -1 and the errno; that is EAGAIN when there is no room.
+    /// written, or -1 and sets errno, to EAGAIN when there is no room. As `write` does, and not with a
+    /// `Result`: a line that fails must not take memory.
     ssize_t Write(std::string_view data) const;
 
-    /// Waits until there may be room again, or a signal comes, at most so long.
-    void WaitForRoom(int milliseconds) const;
+    /// Waits until there may be room again, a signal arrives, or the time is over.
+    void WaitForRoom(std::chrono::milliseconds timeout) const;
 
 private:
     enum class Kind { kPlain, kSocket, kPipe, kTerminal };
 
     LogSink(FileDescriptor held, Kind kind, bool mayBlock) : held_(std::move(held)), kind_(kind), mayBlock_(mayBlock) {}
 
-    bool HasRoom(int milliseconds) const;
+    bool HasRoom(std::chrono::milliseconds timeout) const;
 
     FileDescriptor held_;
     Kind kind_;

@@ -3,9 +3,8 @@
 #include <dlog.h>
 
 /// One log line of the desktop platform itself: "<file>: <function>(<line>) > " and the message,
-/// a printf format with its arguments, under a tag of its own, so that whoever reads the
-/// product's lines sees only those.
-/// The first branch never runs; it is there for the compiler's check of the format.
+/// a printf format with its arguments. Its own tag keeps it apart from the product's lines.
+/// The first branch never runs; it lets the compiler check the format.
 #define PLATFORM_LOG(priority, ...)                                                                                    \
     do {                                                                                                               \
         if (false) {                                                                                                   \

@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
+#include <utility>
 
 #include "Platform/desktop/base/FileDescriptor.h"
 
@@ -20,20 +21,35 @@ namespace {
 
 constexpr char kPrefix[] = ".tvsettings-new-";
 
-/// A temporary file that is locked as long as its writer lives, so that others can tell a file
-/// in use from one that was left behind.
+std::string FolderOf(const std::string& path)
+{
+    return path.substr(0, path.rfind('/'));
+}
+
+/// A temporary file beside the one that it is to replace. It is locked as long as its writer lives, so
+/// that other writers can distinguish a file in use from one that was left behind. Errors name the file
+/// to be replaced.
 class TemporaryFile {
 public:
-    /// `error` becomes 0 or the errno.
-    TemporaryFile(const std::string& folder, int& error)
+    static Result<TemporaryFile> CreateFor(const std::string& target)
     {
-        // Whoever clears up may hold the lock for a moment and take the file for a leftover.
+        // Another writer that clears up may hold the lock for a moment and take the file for a leftover.
         constexpr int kAttempts = 10;
-        error = EAGAIN;
+        TemporaryFile file(target);
+        int error = EAGAIN;
         for (int i = 0; i < kAttempts && error == EAGAIN; ++i) {
-            error = Create(folder);
+            error = file.Create();
         }
+        if (error != 0) {
+            return SystemError(target, error);
+        }
+        return Result<TemporaryFile>(std::move(file));
     }
+    TemporaryFile(TemporaryFile&& other) noexcept
+        : target_(std::move(other.target_)), file_(std::move(other.file_)), path_(std::exchange(other.path_, {}))
+    {
+    }
+    TemporaryFile& operator=(TemporaryFile&&) = delete;
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile()
@@ -43,20 +59,8 @@ public:
         }
     }
 
-    int Write(std::string_view content)
-    {
-        while (!content.empty()) {
-            const ssize_t written = write(file_.Get(), content.data(), content.size());
-            if (written >= 0) {
-                content.remove_prefix(static_cast<std::size_t>(written));
-            } else if (errno != EINTR) {
-                return errno;
-            }
-        }
-        return fsync(file_.Get()) == 0 ? 0 : errno;
-    }
-
-    /// Before there is content that a new group could read.
+    /// Takes over mode and owner of another file. Called before there is content that a new group could
+    /// read.
     void TakeOver(const struct stat& other)
     {
         struct stat own {};
@@ -74,19 +78,39 @@ public:
         fchmod(file_.Get(), sameGroup ? mode : mode & ~kOfGroup);
     }
 
-    int MoveTo(const std::string& path)
+    Result<void> Write(std::string_view content)
     {
-        if (rename(path_.c_str(), path.c_str()) == -1) {
-            return errno;
+        while (!content.empty()) {
+            const ssize_t written = write(file_.Get(), content.data(), content.size());
+            if (written >= 0) {
+                content.remove_prefix(static_cast<std::size_t>(written));
+            } else if (errno != EINTR) {
+                return SystemError(target_, errno);
+            }
+        }
+        // Synced before the rename: otherwise a power cut could leave the new name with no content.
+        if (fsync(file_.Get()) == -1) {
+            return SystemError(target_, errno);
+        }
+        return {};
+    }
+
+    Result<void> Rename()
+    {
+        if (rename(path_.c_str(), target_.c_str()) == -1) {
+            return SystemError(target_, errno);
         }
         path_.clear();
-        return 0;
+        return {};
     }
 
 private:
-    int Create(const std::string& folder)
+    explicit TemporaryFile(std::string target) : target_(std::move(target)) {}
+
+    /// Returns 0 or the errno; EAGAIN when another writer has taken the file away.
+    int Create()
     {
-        std::string path = folder + "/" + kPrefix + "XXXXXX";
+        std::string path = FolderOf(target_) + "/" + kPrefix + "XXXXXX";
         file_ = FileDescriptor(mkostemp(path.data(), O_CLOEXEC));
         if (!file_.IsOpen()) {
             return errno;
@@ -101,6 +125,7 @@ private:
         return 0;
     }
 
+    std::string target_;
     FileDescriptor file_;
     std::string path_;
 };
@@ -126,7 +151,7 @@ void RemoveLeftovers(const std::string& folder)
     }
 }
 
-/// The new value is in place already; a folder that cannot be synced does not take it back.
+/// Makes the new name last. It is in place already, so a folder that cannot be synced is not an error.
 void SyncFolder(const std::string& folder)
 {
     const FileDescriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -137,26 +162,26 @@ void SyncFolder(const std::string& folder)
 
 } // namespace
 
-int ReplaceFile(const std::string& path, std::string_view content)
+Result<void> ReplaceFile(const std::string& path, std::string_view content)
 {
-    const std::string folder = path.substr(0, path.rfind('/'));
+    const std::string folder = FolderOf(path);
     RemoveLeftovers(folder);
-    int error = 0;
-    TemporaryFile file(folder, error);
+    Result<TemporaryFile> file = TemporaryFile::CreateFor(path);
+    if (!file) {
+        return file.Error();
+    }
     struct stat old {};
-    if (error == 0 && lstat(path.c_str(), &old) == 0 && S_ISREG(old.st_mode)) {
-        file.TakeOver(old);
+    if (lstat(path.c_str(), &old) == 0 && S_ISREG(old.st_mode)) {
+        file->TakeOver(old);
     }
-    if (error == 0) {
-        error = file.Write(content);
+    if (Result<void> written = file->Write(content); !written) {
+        return written;
     }
-    if (error == 0) {
-        error = file.MoveTo(path);
+    if (Result<void> renamed = file->Rename(); !renamed) {
+        return renamed;
     }
-    if (error == 0) {
-        SyncFolder(folder);
-    }
-    return error;
+    SyncFolder(folder);
+    return {};
 }
 
 } // namespace desktop

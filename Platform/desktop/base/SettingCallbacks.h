@@ -7,7 +7,7 @@
 
 #include "Platform/desktop/base/SettingsStore.h"
 
-/// What a change callback receives.
+/// The node that a change callback receives.
 struct _keynode_t {
     std::string name;
     int number;
@@ -15,21 +15,21 @@ struct _keynode_t {
 
 namespace desktop {
 
-/// The callbacks of one key, and the version of it that they have seen last. Main thread only.
+/// The callbacks of one key, and the version of it that they saw last. Main thread only.
 class SettingCallbacks {
 public:
     explicit SettingCallbacks(std::string_view key) : key_(key) {}
 
     const std::string& Key() const { return key_; }
 
-    /// What stands in the store when the first callback comes is no change.
+    /// The value at the time of the first registration does not count as a change.
     void Add(vconf_callback_fn callback, void* userData);
 
     /// Ends the oldest registration of the callback; false when there is none.
     bool Remove(vconf_callback_fn callback);
 
-    /// Runs the callbacks if the key has another version than they saw last. One write can be
-    /// announced twice, and the announcement of a first write can come after a second one.
+    /// Runs the callbacks if the key's version differs from the one they saw last. One write can be
+    /// announced twice, and the first write's announcement can arrive after a second write.
     void Deliver();
 
     /// No callback is left and none is running.

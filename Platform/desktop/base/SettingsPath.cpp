@@ -9,6 +9,7 @@
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace desktop {
 
@@ -18,12 +19,12 @@ constexpr unsigned kItself = IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR | IN_DON
 constexpr unsigned kEntries = IN_CREATE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
 constexpr unsigned kStores = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
 constexpr unsigned kWrites = IN_CREATE | IN_MODIFY;
-/// A link that is replaced loses its name, which counts as an attribute.
+/// Replacing a link changes its number of names, which is reported as an attribute.
 constexpr unsigned kLink = IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_DONT_FOLLOW;
 
 using Names = std::deque<std::string>;
 
-/// Puts the path's names before those that are still to follow.
+/// Inserts the path's names before the names that remain.
 void Prepend(Names& names, const std::string& path)
 {
     std::vector<std::string> parts;
@@ -52,35 +53,49 @@ std::string ParentOf(const std::string& folder)
 
 } // namespace
 
-SettingsPath::SettingsPath(const std::string& folder, std::size_t own)
-    : events_(inotify_init1(IN_CLOEXEC | IN_NONBLOCK))
+SettingsPath::SettingsPath(std::string folder, std::size_t own) : folder_(std::move(folder)), own_(own) {}
+
+Result<void> SettingsPath::Watch()
 {
+    events_ = FileDescriptor(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
     if (!events_.IsOpen()) {
-        Fail(folder, errno);
-        return;
+        return SystemError(folder_, errno);
     }
     // A path that changes while it is followed is followed again.
     constexpr int kAttempts = 3;
+    std::optional<Obstacle> obstacle;
     for (int i = 0; i < kAttempts; ++i) {
-        Follow(folder, own);
-        if (error_ == 0 || (error_ != EAGAIN && AwaitAppearance())) {
-            return;
+        obstacle = Follow();
+        if (!obstacle) {
+            return {};
         }
+        if (obstacle->error == EAGAIN) {
+            continue;
+        }
+        WatchEndOfPath();
+        if (obstacle->error != ENOENT) {
+            break;
+        }
+        struct stat status {};
+        if (lstat(obstacle->place.c_str(), &status) == -1) {
+            return {}; // its appearance is watched
+        }
+        obstacle->error = EAGAIN; // it appeared before it was watched
     }
+    return SystemError(obstacle->place, obstacle->error);
 }
 
-/// What is looked into is watched before. EAGAIN: the path has changed meanwhile.
-void SettingsPath::Follow(const std::string& folder, std::size_t own)
+/// Each folder is watched before the path goes on in it, so that no change falls between the two.
+std::optional<SettingsPath::Obstacle> SettingsPath::Follow()
 {
     constexpr int kMostLinks = 40;
     Names names;
-    Prepend(names, folder);
+    Prepend(names, folder_);
     steps_.clear();
-    error_ = 0;
-    std::string here; // without its last slash: empty for the root, which stays where it is
+    std::string here; // without its last slash: empty for the root, which cannot move
     for (int links = 0; !names.empty();) {
         const std::string name = names.front();
-        const int watch = here.empty() ? -1 : Watch(here, kItself | (names.size() <= own ? kEntries : 0U));
+        const int watch = here.empty() ? -1 : AddWatch(here, kItself | (names.size() <= own_ ? kEntries : 0U));
         names.pop_front();
         if (name == "..") {
             here = ParentOf(here);
@@ -90,60 +105,44 @@ void SettingsPath::Follow(const std::string& folder, std::size_t own)
         const std::string next = here + "/" + name;
         struct stat status {};
         if (lstat(next.c_str(), &status) == -1) {
-            Fail(next, errno);
-            return;
+            return Obstacle{next, errno};
         }
         if (!S_ISLNK(status.st_mode)) {
             here = next;
             continue;
         }
-        Watch(next, kLink);
+        AddWatch(next, kLink);
         const std::string target = ReadLink(next);
         if (target.empty() || ++links > kMostLinks) {
-            Fail(next, target.empty() ? EAGAIN : ELOOP);
-            return;
+            return Obstacle{next, target.empty() ? EAGAIN : ELOOP};
         }
         here = target.front() == '/' ? "" : here;
         Prepend(names, target);
     }
-    folderWatch_ = Watch(here, kItself | kStores | kWrites);
+    folderWatch_ = AddWatch(here, kItself | kStores | kWrites);
     if (folderWatch_ == -1) {
-        Fail(here, errno == ENOENT ? EAGAIN : errno);
+        return Obstacle{here, errno == ENOENT ? EAGAIN : errno};
     }
+    return std::nullopt;
 }
 
-/// Returns -1 and the errno where the system refuses.
-int SettingsPath::Watch(const std::string& path, unsigned events)
+/// Returns -1 and sets errno where the system refuses.
+int SettingsPath::AddWatch(const std::string& path, unsigned events)
 {
     return inotify_add_watch(events_.Get(), path.c_str(), events | IN_MASK_ADD);
 }
 
-void SettingsPath::Fail(const std::string& place, int error)
-{
-    place_ = place;
-    error_ = error;
-}
-
-/// Returns false when what was missing is there by now. The folder where the way ends may be removed
-/// as well, which its parent notices soonest.
-bool SettingsPath::AwaitAppearance()
+/// Watches the entries of the last two folders. The last folder may be removed as well; its parent
+/// notices that first.
+void SettingsPath::WatchEndOfPath()
 {
     const std::size_t count = steps_.size();
     for (std::size_t i = count - std::min<std::size_t>(count, 2); i < count; ++i) {
-        steps_[i].watch = Watch(steps_[i].folder.empty() ? "/" : steps_[i].folder, kItself | kEntries);
+        steps_[i].watch = AddWatch(steps_[i].folder.empty() ? "/" : steps_[i].folder, kItself | kEntries);
     }
-    struct stat status {};
-    if (error_ == ENOENT) {
-        if (lstat(place_.c_str(), &status) == 0) {
-            error_ = EAGAIN;
-            return false;
-        }
-        error_ = 0;
-    }
-    return true;
 }
 
-bool SettingsPath::IsOnTheWay(int watch, const char* name) const
+bool SettingsPath::IsOnPath(int watch, const char* name) const
 {
     return std::any_of(steps_.begin(), steps_.end(),
                        [=](const Step& step) { return step.watch == watch && step.next == name; });
@@ -161,7 +160,7 @@ std::vector<SettingsPath::Event> SettingsPath::Read()
         if ((event->mask & IN_Q_OVERFLOW) != 0) {
             all.push_back({Event::Kind::kOverflow, ""});
         } else if ((event->mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_ATTRIB)) != 0 ||
-                   IsOnTheWay(event->wd, name)) {
+                   IsOnPath(event->wd, name)) {
             all.push_back({Event::Kind::kPathChanged, ""});
         } else if (event->wd == folderWatch_ && (event->mask & kStores) != 0) {
             all.push_back({Event::Kind::kStored, name});

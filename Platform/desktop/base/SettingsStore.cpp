@@ -7,7 +7,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 
 #include "Platform/desktop/base/FileDescriptor.h"
@@ -19,17 +18,6 @@ namespace {
 
 constexpr char kFolderName[] = "/tvsettings";
 constexpr std::size_t kLongestPart = 255;
-
-std::string& Problem()
-{
-    thread_local std::string problem;
-    return problem;
-}
-
-void SetProblem(std::string what)
-{
-    Problem() = std::move(what);
-}
 
 bool IsValidPart(std::string_view part)
 {
@@ -52,62 +40,58 @@ bool IsValidKey(std::string_view key)
     return IsValidPart(key.substr(begin));
 }
 
-/// A relative path in one of these variables is to be ignored, as everywhere.
+/// A relative path in such a variable is ignored, as the specification of these variables demands.
 std::string AbsoluteFromEnvironment(const char* name)
 {
     const char* value = std::getenv(name);
     return value != nullptr && value[0] == '/' ? value : "";
 }
 
-bool MakeFolders(const std::string& path)
+Result<void> MakeFolders(const std::string& path)
 {
     for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
         const std::string folder = path.substr(0, end);
         if (mkdir(folder.c_str(), S_IRWXU) == -1 && errno != EEXIST) {
             struct stat there {};
             const int error = errno;
-            // A read-only or foreign parent may say so before it looks at what is there.
+            // A parent that is read-only or belongs to another user may refuse before it looks for the folder.
             if (stat(folder.c_str(), &there) == -1 || !S_ISDIR(there.st_mode)) {
-                NoteSettingsProblem(folder, error);
-                return false;
+                return SystemError(folder, error);
             }
         }
         if (end == std::string::npos) {
-            return true;
+            return {};
         }
     }
 }
 
-/// Says what stands at the path instead of a plain file.
-void NoteWrongKind(const std::string& path, mode_t mode)
+/// Names the kind of file that is there instead of a plain one.
+Error WrongKind(const std::string& path, mode_t mode)
 {
-    SetProblem(path + (S_ISLNK(mode) ? ": a symbolic link, not a plain file" : ": not a plain file"));
+    return {path + (S_ISLNK(mode) ? ": a symbolic link, not a plain file" : ": not a plain file")};
 }
 
-/// The open that follows no link calls one a loop.
-void NoteUnopened(const std::string& path, int error)
+Error NotOpened(const std::string& path, int error)
 {
     struct stat status {};
+    // With O_NOFOLLOW the system reports a link as a loop.
     if (error == ELOOP && lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) {
-        NoteWrongKind(path, status.st_mode);
-    } else {
-        NoteSettingsProblem(path, error);
+        return WrongKind(path, status.st_mode);
     }
+    return SystemError(path, error);
 }
 
-/// Without waiting, whatever stands there.
-std::optional<std::string> ReadPlainFile(const std::string& path, struct stat& status)
+/// Opens a file of any kind without waiting, and reads it if it is a plain one.
+Result<std::string> ReadPlainFile(const std::string& path, struct stat& status)
 {
     const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY));
     if (!file.IsOpen() || fstat(file.Get(), &status) == -1) {
-        NoteUnopened(path, errno);
-        return std::nullopt;
+        return NotOpened(path, errno);
     }
     if (!S_ISREG(status.st_mode)) {
-        NoteWrongKind(path, status.st_mode);
-        return std::nullopt;
+        return WrongKind(path, status.st_mode);
     }
-    // One byte for the editor's line end, one to notice what is too large.
+    // One byte for the editor's line end, one to notice a file that is too large.
     std::array<char, kLargestValue + 2> buffer;
     std::size_t size = 0;
     while (size < buffer.size()) {
@@ -118,36 +102,31 @@ std::optional<std::string> ReadPlainFile(const std::string& path, struct stat& s
         if (got > 0) {
             size += static_cast<std::size_t>(got);
         } else if (errno != EINTR) {
-            NoteSettingsProblem(path, errno);
-            return std::nullopt;
+            return SystemError(path, errno);
         }
     }
     if (size > 0 && size < buffer.size() && buffer[size - 1] == '\n') {
         --size;
     }
     if (size > kLargestValue) {
-        SetProblem(path + ": larger than a setting can be");
-        return std::nullopt;
+        return Error{path + ": larger than a setting can be"};
     }
-    SetProblem("");
     return std::string(buffer.data(), size);
 }
 
-bool MayBeReplaced(const std::string& path)
+Result<void> CheckReplaceable(const std::string& path)
 {
     struct stat status {};
     if (lstat(path.c_str(), &status) == -1) {
         if (errno == ENOENT) {
-            return true;
+            return {};
         }
-        NoteSettingsProblem(path, errno);
-        return false;
+        return SystemError(path, errno);
     }
     if (!S_ISREG(status.st_mode)) {
-        NoteWrongKind(path, status.st_mode);
-        return false;
+        return WrongKind(path, status.st_mode);
     }
-    return true;
+    return {};
 }
 
 } // namespace
@@ -165,50 +144,47 @@ std::string SettingsFolder()
     return configuration + kFolderName;
 }
 
-std::optional<std::string> SettingsFile(std::string_view key)
+Result<std::string> SettingsFile(std::string_view key)
 {
     if (!IsValidKey(key)) {
-        SetProblem("not a key: \"" + std::string(key.substr(0, kLongestKey)) + "\"");
-        return std::nullopt;
+        return Error{"not a key: \"" + std::string(key.substr(0, kLongestKey)) + "\""};
     }
     std::string path = SettingsFolder();
     if (path.empty()) {
-        SetProblem("no settings folder: neither XDG_CONFIG_HOME nor HOME holds an absolute path");
-        return std::nullopt;
+        return Error{"no settings folder: neither XDG_CONFIG_HOME nor HOME holds an absolute path"};
     }
     path += '/';
     path += key;
     return path;
 }
 
-std::optional<std::string> ReadSetting(std::string_view key)
+Result<std::string> ReadSetting(std::string_view key)
 {
-    const std::optional<std::string> path = SettingsFile(key);
+    const Result<std::string> path = SettingsFile(key);
     struct stat status {};
-    return path ? ReadPlainFile(*path, status) : std::nullopt;
+    return path ? ReadPlainFile(*path, status) : path;
 }
 
-bool WriteSetting(std::string_view key, std::string_view value)
+Result<void> WriteSetting(std::string_view key, std::string_view value)
 {
-    const std::optional<std::string> path = SettingsFile(key);
-    if (!path || !MakeFolders(path->substr(0, path->rfind('/'))) || !MayBeReplaced(*path)) {
-        return false;
+    const Result<std::string> path = SettingsFile(key);
+    if (!path) {
+        return path.Error();
+    }
+    if (Result<void> made = MakeFolders(path->substr(0, path->rfind('/'))); !made) {
+        return made;
+    }
+    if (Result<void> replaceable = CheckReplaceable(*path); !replaceable) {
+        return replaceable;
     }
     if (value.size() > kLargestValue) {
-        SetProblem(*path + ": the value is larger than a setting can be");
-        return false;
+        return Error{*path + ": the value is larger than a setting can be"};
     }
     std::string content(value);
     if (!content.empty() && content.back() == '\n') {
         content += '\n'; // reading takes one off
     }
-    const int error = ReplaceFile(*path, content);
-    if (error != 0) {
-        NoteSettingsProblem(*path, error);
-        return false;
-    }
-    SetProblem("");
-    return true;
+    return ReplaceFile(*path, content);
 }
 
 std::optional<int> ParseSettingNumber(std::string_view text)
@@ -227,16 +203,6 @@ std::optional<int> ParseSettingNumber(std::string_view text)
     return number;
 }
 
-const std::string& LastSettingsProblem()
-{
-    return Problem();
-}
-
-void NoteSettingsProblem(const std::string& path, int error)
-{
-    SetProblem(path + ": " + std::generic_category().message(error));
-}
-
 bool SettingVersion::operator==(const SettingVersion& other) const
 {
     return device == other.device && inode == other.inode && changedSeconds == other.changedSeconds &&
@@ -247,8 +213,10 @@ SettingVersion CurrentSettingVersion(std::string_view key)
 {
     SettingVersion version;
     struct stat status {};
-    if (const std::optional<std::string> path = SettingsFile(key)) {
-        version.value = ReadPlainFile(*path, status);
+    if (const Result<std::string> path = SettingsFile(key)) {
+        if (const Result<std::string> value = ReadPlainFile(*path, status)) {
+            version.value = *value;
+        }
         version.device = status.st_dev;
         version.inode = status.st_ino;
         version.changedSeconds = status.st_mtim.tv_sec;

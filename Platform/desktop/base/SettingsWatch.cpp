@@ -1,6 +1,7 @@
 #include "Platform/desktop/base/SettingsWatch.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdlib>
 #include <Ecore.h>
@@ -18,18 +19,21 @@ namespace desktop {
 
 namespace {
 
-/// Where the path cannot be watched for now.
-constexpr double kFirstRetrySeconds = 0.2;
-constexpr double kLongestRetrySeconds = 60;
+/// The unit of Ecore's timers.
+using Seconds = std::chrono::duration<double>;
 
-/// A writer that keeps its file open gets so long to write the whole value.
-constexpr double kWritingSeconds = 0.1;
+/// While the path cannot be watched.
+constexpr Seconds kFirstRetryDelay{0.2};
+constexpr Seconds kLongestRetryDelay{60};
 
-/// The watched keys of one folder. The folder is watched, as each write puts another file in a
-/// key's place.
+/// The time that a writer which keeps its file open has to write the whole value.
+constexpr Seconds kWritingTime{0.1};
+
+/// The watched keys of one folder. The folder is watched and not the files, because each write replaces
+/// a key's file by another.
 ///
-/// Through inotify itself: of two Ecore monitors of one folder only one is told, and one whose
-/// folder goes away is freed by Ecore, or not, depending on how it went.
+/// It uses inotify directly: of two Ecore monitors of one folder only one receives the events, and
+/// whether Ecore frees a monitor whose folder disappears depends on how it disappeared.
 class FolderWatch {
 public:
     /// `own` is the number of the path's last folders that belong to the store.
@@ -48,19 +52,21 @@ public:
 
     const std::string& Folder() const { return folder_; }
 
-    bool Add(std::string_view key, vconf_callback_fn callback, void* userData)
+    Result<void> Add(std::string_view key, vconf_callback_fn callback, void* userData)
     {
         // Watched before it is read: a change in between must not be lost.
-        if (!path_ && !Arm()) {
-            Disarm();
-            return false;
+        if (!path_) {
+            if (Result<void> armed = Arm(); !armed) {
+                Disarm();
+                return armed;
+            }
         }
         auto found = std::find_if(keys_.begin(), keys_.end(), [key](const auto& k) { return k->Key() == key; });
         if (found == keys_.end()) {
             found = keys_.insert(keys_.end(), std::make_unique<SettingCallbacks>(key));
         }
         (*found)->Add(callback, userData);
-        return true;
+        return {};
     }
 
     bool Remove(std::string_view key, vconf_callback_fn callback)
@@ -84,7 +90,7 @@ private:
         const bool changed = std::any_of(events.begin(), events.end(),
                                          [](const Event& event) { return event.kind == Event::Kind::kPathChanged; });
         if (changed) {
-            self->FollowPathAnew(kFirstRetrySeconds);
+            self->FollowPathAnew(kFirstRetryDelay);
             return ECORE_CALLBACK_CANCEL; // that handler has been replaced
         }
         for (const Event& event : events) {
@@ -100,7 +106,7 @@ private:
         } else if (event.kind == Event::Kind::kStored) {
             Deliver(event.entry);
         } else if (writing_ == nullptr && IsWatched(event.entry)) {
-            writing_ = ecore_timer_add(kWritingSeconds, OnWritten, this);
+            writing_ = ecore_timer_add(kWritingTime.count(), OnWritten, this);
         }
     }
 
@@ -116,38 +122,37 @@ private:
     {
         auto* self = static_cast<FolderWatch*>(data);
         self->retry_ = nullptr;
-        self->FollowPathAnew(std::min(2 * self->retrySeconds_, kLongestRetrySeconds));
+        self->FollowPathAnew(std::min(2 * self->retryDelay_, kLongestRetryDelay));
         return ECORE_CALLBACK_CANCEL;
     }
 
-    void FollowPathAnew(double retrySeconds)
+    void FollowPathAnew(Seconds retryDelay)
     {
         // The loop forgets a handler late: until then its descriptor's number must not come again.
         const std::unique_ptr<SettingsPath> old = std::move(path_);
         Disarm();
-        if (!Arm() && retry_ == nullptr) {
-            if (retrySeconds <= kFirstRetrySeconds) {
+        const Result<void> armed = Arm();
+        if (!armed && retry_ == nullptr) {
+            if (retryDelay <= kFirstRetryDelay) {
                 PLATFORM_LOG(DLOG_ERROR, "changes in %s go unnoticed for now: %s", folder_.c_str(),
-                             LastSettingsProblem().c_str());
+                             armed.Error().text.c_str());
             }
-            retrySeconds_ = retrySeconds;
-            retry_ = ecore_timer_add(retrySeconds, OnRetry, this);
+            retryDelay_ = retryDelay;
+            retry_ = ecore_timer_add(retryDelay.count(), OnRetry, this);
         }
         DeliverAll();
     }
 
-    /// What can be watched of the path is watched, also when this fails.
-    bool Arm()
+    /// Watches the part of the path that can be watched, even if this fails.
+    Result<void> Arm()
     {
         path_ = std::make_unique<SettingsPath>(folder_, own_);
+        Result<void> watched = path_->Watch();
         if (path_->Descriptor() >= 0) {
             readable_ =
                 ecore_main_fd_handler_add(path_->Descriptor(), ECORE_FD_READ, OnReadable, this, nullptr, nullptr);
         }
-        if (path_->Error() != 0) {
-            NoteSettingsProblem(path_->Place(), path_->Error());
-        }
-        return path_->Error() == 0;
+        return watched;
     }
 
     void Disarm()
@@ -185,7 +190,7 @@ private:
         }
     }
 
-    /// A callback may add keys; none goes before the watch does.
+    /// A copy, because a callback may add keys. The keys live as long as the watch.
     std::vector<SettingCallbacks*> PresentKeys() const
     {
         std::vector<SettingCallbacks*> present(keys_.size());
@@ -198,22 +203,22 @@ private:
     std::unique_ptr<SettingsPath> path_;
     Ecore_Fd_Handler* readable_ = nullptr;
     Ecore_Timer* retry_ = nullptr;
-    double retrySeconds_ = 0;
+    Seconds retryDelay_{};
     Ecore_Timer* writing_ = nullptr;
     std::vector<std::unique_ptr<SettingCallbacks>> keys_;
 };
 
 using Watches = std::vector<std::unique_ptr<FolderWatch>>;
 
-/// Never destroyed: the loop that its watches hang on may be down by then.
+/// Never destroyed: at exit the loop that its watches depend on may already be down.
 Watches& AllWatches()
 {
     static auto* watches = new Watches;
     return *watches;
 }
 
-/// Ecore, where nobody has initialised it yet, without its modules for power and memory events:
-/// a watch has no use for them, and they fill the log where there is no system bus.
+/// Initialises Ecore without its modules for power and memory events, unless the program has
+/// initialised it before. A watch does not need them, and without a system bus they fill the log.
 bool InitialiseLoop()
 {
     constexpr char kSwitch[] = "ECORE_NO_SYSTEM_MODULES";
@@ -234,7 +239,8 @@ bool LoopIsReady()
     return ready;
 }
 
-/// A watch must not be deleted while it calls, so this waits for the loop's next round.
+/// Deletes the watches without callbacks. It runs in the loop's next round, because a watch must not be
+/// deleted while it calls.
 void DropIdle(void* /*data*/)
 {
     Watches& all = AllWatches();
@@ -243,11 +249,14 @@ void DropIdle(void* /*data*/)
 
 } // namespace
 
-bool AddSettingWatch(std::string_view key, vconf_callback_fn callback, void* userData)
+Result<void> AddSettingWatch(std::string_view key, vconf_callback_fn callback, void* userData)
 {
-    const auto file = SettingsFile(key);
-    if (callback == nullptr || !file || !LoopIsReady()) {
-        return false;
+    const Result<std::string> file = SettingsFile(key);
+    if (!file) {
+        return file.Error();
+    }
+    if (!LoopIsReady()) {
+        return Error{"the toolkit's main loop cannot be initialised"};
     }
     const std::string folder = file->substr(0, file->rfind('/'));
     Watches& all = AllWatches();
@@ -259,11 +268,11 @@ bool AddSettingWatch(std::string_view key, vconf_callback_fn callback, void* use
     // The key's own folders and the settings folder.
     const auto own = static_cast<std::size_t>(std::count(key.begin(), key.end(), '/')) + 1;
     auto watch = std::make_unique<FolderWatch>(folder, own);
-    if (!watch->Add(key, callback, userData)) {
-        return false;
+    Result<void> added = watch->Add(key, callback, userData);
+    if (added) {
+        all.push_back(std::move(watch));
     }
-    all.push_back(std::move(watch));
-    return true;
+    return added;
 }
 
 bool RemoveSettingWatch(std::string_view key, vconf_callback_fn callback)

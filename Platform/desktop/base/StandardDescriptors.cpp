@@ -13,7 +13,7 @@ namespace desktop {
 
 void OpenStandardDescriptors()
 {
-    // Open gives the lowest free number: that of the descriptor in turn, as those below are open.
+    // `open` gives the lowest free number. That is the current descriptor's, because those below are open.
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
         if (fcntl(descriptor, F_GETFD) == -1 && errno == EBADF) {
             const int wrongWay = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;
@@ -37,7 +37,7 @@ void KeepStandardErrorFromBlocking()
         return;
     }
     if (S_ISSOCK(status.st_mode)) {
-        // A socket cannot be opened again. A limit for its writers changes nothing where there is room.
+        // A socket cannot be opened again. A time limit for writing has no effect while there is room.
         constexpr timeval kLimit{0, 100'000};
         setsockopt(STDERR_FILENO, SOL_SOCKET, SO_SNDTIMEO, &kLimit, sizeof kLimit);
     } else if (S_ISFIFO(status.st_mode) || isatty(STDERR_FILENO) == 1) {
@@ -53,11 +53,11 @@ namespace {
 void PrepareProcess()
 {
     OpenStandardDescriptors();
-    // A file at its size limit refuses a write: the log loses a line, and the program goes on.
+    // A log file at its size limit then costs a line and not the program.
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
-/// A constructor would run after those of the libraries, which may open files.
+/// Not a constructor function: that would run after those of the libraries, which may open files.
 [[gnu::section(".preinit_array"), gnu::used]] void (*const atStart)() = PrepareProcess;
 
 } // namespace

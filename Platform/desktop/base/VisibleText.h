@@ -6,10 +6,10 @@
 
 namespace desktop {
 
-/// How text begins: the bytes of its first character, one byte where that is not UTF-8, and
-/// whether it may be shown as it is. Control characters may not, nor what leaves no mark: format
-/// characters such as those that turn the direction of writing, fillers, and characters without
-/// width. `text` must not be empty.
+/// How text begins: the bytes of its first character (one byte where that is not UTF-8) and whether it
+/// may be shown unchanged. Control characters may not, nor may characters that leave no mark: format
+/// characters such as those that turn the direction of writing, fillers, and characters without width.
+/// `text` must not be empty.
 struct FirstCharacter {
     explicit FirstCharacter(std::string_view text);
 
@@ -19,5 +19,12 @@ struct FirstCharacter {
 
 /// Appends "\x1b" and the like.
 void AppendEscapedByte(std::string& out, char byte);
+
+/// True when a text holds a character that would break its line, command a terminal or leave no mark.
+bool NeedsEscape(std::string_view text);
+
+/// The text with those characters, and bytes that are not UTF-8, spelled out: \n, \r, \t, otherwise
+/// \x1b and the like, byte by byte.
+std::string Escape(std::string_view text);
 
 } // namespace desktop

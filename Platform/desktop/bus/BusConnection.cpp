@@ -11,7 +11,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// What `poll` and what libdbus call the same.
+/// The names that `poll` and libdbus have for the same conditions.
 constexpr struct {
     short event;
     unsigned int watch;
@@ -35,9 +35,9 @@ public:
 
     bool IsSilence() const
     {
-        constexpr const char* kNobody[] = {DBUS_ERROR_NO_REPLY, DBUS_ERROR_TIMEOUT, DBUS_ERROR_DISCONNECTED,
-                                           DBUS_ERROR_SERVICE_UNKNOWN, DBUS_ERROR_NAME_HAS_NO_OWNER};
-        return std::any_of(std::begin(kNobody), std::end(kNobody),
+        constexpr const char* kNoAnswer[] = {DBUS_ERROR_NO_REPLY, DBUS_ERROR_TIMEOUT, DBUS_ERROR_DISCONNECTED,
+                                             DBUS_ERROR_SERVICE_UNKNOWN, DBUS_ERROR_NAME_HAS_NO_OWNER};
+        return std::any_of(std::begin(kNoAnswer), std::end(kNoAnswer),
                            [this](const char* name) { return dbus_error_has_name(&error_, name) != FALSE; });
     }
 
@@ -65,8 +65,8 @@ bool BusConnection::Prepare()
     if (dbus_connection_get_unix_fd(connection, &socket) == FALSE) {
         return false;
     }
-    // A copy of our own: libdbus closes its own when the bus goes away, and the main loop must not
-    // be left with the number of a file that is closed or has become another.
+    // A duplicate, because libdbus closes its descriptor when the bus goes away, and the main loop must
+    // never watch a number that is closed or belongs to another file.
     socket_ = FileDescriptor(fcntl(socket, F_DUPFD_CLOEXEC, 0));
     return socket_.IsOpen() &&
            dbus_connection_set_watch_functions(connection, OnWatchAdded, OnWatchRemoved, OnWatchToggled, this,
@@ -158,7 +158,7 @@ void BusConnection::OnAnswered(DBusPendingCall* call, void* data)
 {
     auto* self = static_cast<BusConnection*>(data);
     const BusReply reply = self->ReplyTo(call);
-    // The next question may be asked from within.
+    // Moved out first: the callback may send the next request.
     const PendingCall answeredCall = std::move(self->asked_);
     const Answered answered = std::move(self->answered_);
     answered(reply);
@@ -223,7 +223,7 @@ void BusConnection::OnWatchToggled(DBusWatch* /*watch*/, void* data)
     static_cast<BusConnection*>(data)->UpdateInterest();
 }
 
-/// What libdbus waits for: readable, writable or both.
+/// The conditions that libdbus waits for: reading, writing or both.
 unsigned int BusConnection::Interest() const
 {
     unsigned int interest = 0;
@@ -237,7 +237,7 @@ void BusConnection::UpdateInterest()
 {
     if (ready_ != nullptr) {
         const bool writes = (Interest() & DBUS_WATCH_WRITABLE) != 0;
-        // Always read: the end of the connection shows there.
+        // Always for reading, which reports the end of the connection.
         ecore_main_fd_handler_active_set(
             ready_, static_cast<Ecore_Fd_Handler_Flags>(ECORE_FD_READ | (writes ? ECORE_FD_WRITE : 0)));
     }
@@ -275,7 +275,7 @@ void BusConnection::Serve(std::chrono::milliseconds longest)
     }
 }
 
-/// False when the condition does not hold in time, or the bus is gone.
+/// False when the condition does not become true in time, or the bus is gone.
 bool BusConnection::ServeUntil(const std::function<bool()>& condition)
 {
     const Clock::time_point end = Clock::now() + kAnswerTimeout;

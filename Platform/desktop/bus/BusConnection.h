@@ -15,8 +15,8 @@ namespace desktop {
 /// A connection to a message bus, on libdbus alone: Eldbus takes no timeout for joining a bus and
 /// prints each refusal as an error. Main thread only.
 ///
-/// It works without a main loop, waiting for single answers, and on the Ecore main loop, where it
-/// never waits. Nothing is started to answer a request.
+/// It works without a main loop, where it waits for single answers, and on the Ecore main loop, where it
+/// never waits. The bus starts no service to answer a request.
 class BusConnection {
 public:
     /// The longest that any operation waits.
@@ -25,8 +25,8 @@ public:
     using Answered = std::function<void(const BusReply& reply)>;
     using Signalled = std::function<void(DBusMessage* signal)>;
 
-    /// Connects to one place of a D-Bus address; null when nobody takes the connection. It may be
-    /// used for everything else once the bus has answered `HelloRequest`.
+    /// Connects to one place of a D-Bus address; null when the place refuses. Other requests are allowed
+    /// once the bus has answered `HelloRequest`.
     static std::unique_ptr<BusConnection> Open(const std::string& place);
     BusConnection(const BusConnection&) = delete;
     BusConnection& operator=(const BusConnection&) = delete;
@@ -41,21 +41,21 @@ public:
     /// Sends a request and waits for its answer.
     BusReply Call(const BusMessage& request);
 
-    /// Sends a request whose answer nobody wants. Does not wait.
+    /// Sends a request and asks for no answer. Does not wait.
     void Send(const BusMessage& request);
 
-    /// Sends a request and calls back with its answer, however late that comes. One question is
-    /// asked at a time: a new one takes the place of an old one, whose answer is lost.
+    /// Sends a request and calls back with its answer, no matter how late. Only one request is pending at a
+    /// time: a new one replaces the old one, whose answer is lost.
     void Ask(const BusMessage& request, Answered answered);
     void CancelAsk();
     bool IsAsking() const { return asked_ != nullptr; }
 
-    /// Waits for the answer to the question, which is passed on as usual. Returns false when none
-    /// came in time; it is still awaited.
+    /// Waits for the pending answer, which is passed on as usual. Returns false when none came in time; the
+    /// request stays pending.
     bool WaitForAnswer();
 
-    /// Passes each signal that the bus itself sends to `signalled`. Other clients can send the same
-    /// signals to this connection alone; those are not passed on.
+    /// Passes each signal that the bus itself sends to `signalled`. Other clients can forge such signals by
+    /// sending them to this connection; those are not passed on.
     void ListenTo(Signalled signalled) { signalled_ = std::move(signalled); }
 
     /// From now on the Ecore main loop reads what arrives. `lost` is called once the bus is gone;
@@ -97,7 +97,7 @@ private:
     void Serve(std::chrono::milliseconds longest);
     bool ServeUntil(const std::function<bool()>& condition);
 
-    std::vector<DBusWatch*> watches_; ///< before the connection, which removes them at its end
+    std::vector<DBusWatch*> watches_; ///< declared before the connection, whose end removes them
     FileDescriptor socket_;
     std::unique_ptr<DBusConnection, CloseConnection> connection_;
     PendingCall asked_;

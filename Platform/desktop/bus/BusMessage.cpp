@@ -7,7 +7,7 @@ namespace desktop {
 
 namespace {
 
-/// The longest identity of a bus that is believed; D-Bus gives every bus one of 32 digits.
+/// Longer identities of a bus are rejected; D-Bus gives every bus one of 32 digits.
 constexpr std::size_t kLongestIdentity = 64;
 
 BusMessage ToBus(const char* method, const char* argument = nullptr)

@@ -15,18 +15,19 @@ using BusMessage = std::unique_ptr<DBusMessage, ReleaseMessage>;
 enum class BusAnswer {
     kDone,
     kRefused, ///< an error came back
-    kSilent,  ///< no answer in time, or nobody there to give one
+    kSilent,  ///< no answer in time, or the addressee does not exist
 };
 
-/// What came of a request. `message` is the answer of kDone and null otherwise.
+/// The outcome of a request. `message` is the answer of kDone and null otherwise.
+///
+/// Not a `Result`: a refusal and silence are answers too, on which the callers act differently.
 struct BusReply {
     BusAnswer answer = BusAnswer::kSilent;
     BusMessage message;
 };
 
-/// True for a name that the bus gives to a connection, such as ":1.7". libdbus aborts the process
-/// when a request is addressed to anything that is not a bus name, so each name from outside
-/// passes through here first.
+/// True for a name that the bus gives to a connection, such as ":1.7". Check every name from outside:
+/// libdbus aborts the process when a request is addressed to anything but a bus name.
 bool IsUniqueName(const char* name);
 
 /// The requests to the bus itself, and their checked answers. An answer that is missing, of

@@ -92,7 +92,7 @@ Greeted Greet(const std::string& place)
         result.state = Greeted::State::kAnswers;
     } else if (address.kind == PlaceKind::kUnixSocket) {
         result.socket = Connect(address);
-        // A zero byte, then the question which ways to identify oneself there are.
+        // A zero byte, then the question which ways of authentication there are.
         constexpr char kGreeting[] = "\0AUTH\r\n";
         if (result.socket.IsOpen() && send(result.socket.Get(), kGreeting, sizeof kGreeting - 1, MSG_NOSIGNAL) != -1) {
             result.state = Greeted::State::kWaiting;
@@ -101,8 +101,8 @@ Greeted Greet(const std::string& place)
     return result;
 }
 
-/// Takes what answers have come, waiting for the first of them until `end`. Returns false when
-/// the time is over.
+/// Waits until `end` for at least one answer, and takes all that have come. Returns false when the time
+/// is over.
 bool TakeAnswers(std::vector<Greeted>& all, Clock::time_point end)
 {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
@@ -142,7 +142,7 @@ std::optional<std::string> AnsweringPlace(std::string_view address, std::chrono:
     }
     const auto mayBeFirst = [](const Greeted& one) { return one.state != Greeted::State::kFailed; };
     const auto answers = [](const Greeted& one) { return one.state == Greeted::State::kAnswers; };
-    // A place that answers has to wait for those before it: they come first while there is time.
+    // The address's order decides: a place that answers waits for those before it while there is time.
     for (auto first = std::find_if(all.begin(), all.end(), mayBeFirst);
          first != all.end() && first->state == Greeted::State::kWaiting && TakeAnswers(all, end);
          first = std::find_if(all.begin(), all.end(), mayBeFirst)) {

@@ -7,8 +7,8 @@
 
 namespace desktop {
 
-/// The first of a D-Bus address's places whose message bus answers a first greeting; none when no
-/// bus does within `timeout`. All places are greeted at once, so many cost no more time than one.
+/// The first of a D-Bus address's places whose message bus answers a greeting; none when no bus does
+/// within `timeout`. All places are greeted at once, so many take no longer than one.
 ///
 /// Only Unix sockets are asked; any other kind of place counts as answering.
 std::optional<std::string> AnsweringPlace(std::string_view address, std::chrono::milliseconds timeout);

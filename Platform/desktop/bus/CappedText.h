@@ -6,8 +6,8 @@
 
 namespace desktop {
 
-/// `text`, cut to `longest` bytes and followed by "..." when it is longer. A UTF-8 character is
-/// kept whole or left out.
+/// `text`, or if it is longer than `longest` bytes, its beginning and "...". A UTF-8 character is never
+/// split.
 std::string CappedText(std::string_view text, std::size_t longest);
 
 } // namespace desktop

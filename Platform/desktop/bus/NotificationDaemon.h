@@ -10,15 +10,15 @@ namespace desktop {
 
 constexpr char kNotificationsName[] = "org.freedesktop.Notifications";
 
-/// The requests to one running notification daemon. It is addressed by its unique name, so that no
-/// answer ever comes from the next one.
+/// The requests to one running notification daemon. It is addressed by its unique name, so that an answer
+/// never comes from its successor.
 class NotificationDaemon {
 public:
     /// `uniqueName` is one according to `IsUniqueName`.
     explicit NotificationDaemon(std::string uniqueName) : uniqueName_(std::move(uniqueName)) {}
 
-    /// The desktop's own way to hold notifications back: the cookie in the answer ends it, and so
-    /// does the end of the connection.
+    /// The desktop's standard way to hold notifications back. It ends with `UnInhibitRequest` and the
+    /// answer's cookie, or with the connection.
     BusMessage InhibitRequest(const char* applicationId, const char* reason) const;
     BusMessage UnInhibitRequest(std::uint32_t cookie) const;
 
@@ -26,7 +26,7 @@ public:
     BusMessage GetPausedRequest() const;
     BusMessage SetPausedRequest(bool paused) const;
 
-    /// What the daemon is.
+    /// The daemon's name, maker and version.
     BusMessage InformationRequest() const;
 
 private:
@@ -35,11 +35,11 @@ private:
     std::string uniqueName_;
 };
 
-/// The answers. None: the request was not granted, or the answer is of another type.
+/// The answers. None: the request was refused, or the answer has another type.
 std::optional<std::uint32_t> CookieIn(const BusReply& reply);
 std::optional<bool> PausedIn(const BusReply& reply);
 
-/// What the daemon calls itself, such as "dunst"; a long name is cut. Empty: it does not tell.
+/// The daemon's name for itself, such as "dunst"; a long name is cut. Empty when there is none.
 std::string ProductNameIn(const BusReply& reply);
 
 } // namespace desktop

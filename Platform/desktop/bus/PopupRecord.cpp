@@ -18,7 +18,7 @@ constexpr std::string_view kInhibited = "inhibited";
 constexpr std::string_view kPaused = "paused";
 constexpr std::string_view kRunning = "running";
 
-/// Longer than any record; more is not looked at.
+/// Longer than any record; the rest is ignored.
 constexpr std::size_t kLongestRecord = 1024;
 
 void TakeLine(PopupRecord& record, std::string_view line)
@@ -68,15 +68,18 @@ std::optional<PopupRecord> ReadPopupRecord(const std::string& path)
     return record;
 }
 
-bool WritePopupRecord(const std::string& path, const PopupRecord& record)
+Result<void> WritePopupRecord(const std::string& path, const PopupRecord& record)
 {
+    if (path.empty()) {
+        return Error{"XDG_RUNTIME_DIR holds no absolute path"};
+    }
     std::string text;
     text.append("pid=").append(std::to_string(record.pid));
     text.append("\nbus=").append(record.bus);
     text.append("\ndaemon=").append(record.daemon);
     text.append("\nhow=").append(record.inhibited ? kInhibited : kPaused);
     text.append("\nbefore=").append(record.pausedBefore ? kPaused : kRunning).append("\n");
-    return !path.empty() && ReplaceFile(path, text) == 0;
+    return ReplaceFile(path, text);
 }
 
 void RemovePopupRecord(const std::string& path)

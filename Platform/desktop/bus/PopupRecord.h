@@ -4,10 +4,12 @@
 #include <string>
 #include <sys/types.h>
 
+#include "Platform/desktop/base/Result.h"
+
 namespace desktop {
 
-/// What was found before popups were held back, kept in a file until they are given back: the
-/// next start after a kill restores the true state, and tools can tell who holds popups back.
+/// The state before popups were held back, kept in a file until they are restored: the next start after
+/// a kill restores the true state, and tools can report which process holds popups back.
 ///
 /// The file is "<application id>.popups" in $XDG_RUNTIME_DIR, lines of "name=value":
 ///
@@ -15,9 +17,9 @@ namespace desktop {
 ///     bus=3f0c…                  the identity of the session bus
 ///     daemon=:1.7                the notification daemon's name on that bus
 ///     how=paused                 or "inhibited", which the daemon ends by itself with the process
-///     before=running             or "paused": what the daemon did before
+///     before=running             or "paused": the daemon's state before
 ///
-/// No file: nothing is held back. A pid that no longer lives: left behind by a kill.
+/// Without a file, nothing is held back. A record whose process no longer lives was left by a kill.
 struct PopupRecord {
     pid_t pid = 0;
     std::string bus;
@@ -29,8 +31,11 @@ struct PopupRecord {
 /// Where the record of an application lies; empty when $XDG_RUNTIME_DIR is not set.
 std::string PopupRecordFile(const std::string& applicationId);
 
+/// None: there is no record, or it cannot be read.
 std::optional<PopupRecord> ReadPopupRecord(const std::string& path);
-bool WritePopupRecord(const std::string& path, const PopupRecord& record);
+
+/// Replaces the record, and syncs it to disk: it must survive a kill that follows at once.
+Result<void> WritePopupRecord(const std::string& path, const PopupRecord& record);
 void RemovePopupRecord(const std::string& path);
 
 } // namespace desktop

@@ -6,9 +6,9 @@
 
 namespace desktop {
 
-/// Calls back on the Ecore main loop after half a second, and after each further request twice as
-/// much later, up to a minute. After ten calls it stays silent, so that nothing wakes the process
-/// for good. Main thread only.
+/// Calls back on the Ecore main loop: first after half a second, then after twice the delay for each
+/// `Continue`, up to a minute. It stops after ten calls, so that it does not wake the process for ever.
+/// Main thread only.
 class RetryTimer {
 public:
     explicit RetryTimer(std::function<void()> act) : act_(std::move(act)) {}
@@ -16,10 +16,10 @@ public:
     RetryTimer& operator=(const RetryTimer&) = delete;
     ~RetryTimer() { Stop(); }
 
-    /// Begins the schedule, anew if it runs already.
+    /// Starts the schedule, or restarts it.
     void Start();
 
-    /// From within the call: asks for the next one. Does nothing at the end of the schedule.
+    /// From within the callback: requests the next one. Does nothing at the end of the schedule.
     void Continue();
 
     void Stop();

@@ -31,8 +31,8 @@ bool SessionBus::Join()
         PLATFORM_LOG(DLOG_INFO, "no session bus: popups stay as they are");
         return false;
     }
-    // Asked beforehand: the library takes the first place that can be connected to, and a bus that
-    // hangs can be.
+    // Probed beforehand: the library takes the first place that accepts a connection, and a hanging bus
+    // does accept one.
     const std::optional<std::string> place = AnsweringPlace(address, BusConnection::kAnswerTimeout);
     connection_ = place ? BusConnection::Open(*place) : nullptr;
     wasJoined_ = connection_ != nullptr && connection_->TakeName(connection_->Call(HelloRequest()));
@@ -63,7 +63,7 @@ void SessionBus::KeepJoined(std::function<void()> joined, std::function<void()> 
     }
 }
 
-/// One place a time. Until the next time the bus there may answer.
+/// Tries one place of the address, which has until the next retry to answer.
 void SessionBus::OnRetry()
 {
     retry_.Continue();

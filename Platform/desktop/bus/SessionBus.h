@@ -10,12 +10,11 @@
 
 namespace desktop {
 
-/// The desktop's message bus, where `SessionBusAddress` says it is: single answers with a time
-/// limit, and, on the Ecore main loop, the comings and goings of one name and of the bus itself.
-/// Main thread only.
+/// The desktop's message bus at `SessionBusAddress`: single answers with a timeout and, on the Ecore main
+/// loop, a watch on the owner of one name and on the bus itself. Main thread only.
 class SessionBus {
 public:
-    /// The new owner's unique name; empty: nobody owns the name now.
+    /// The new owner's unique name; empty when the name has no owner.
     using OwnerChanged = std::function<void(const std::string& owner)>;
 
     SessionBus() = default;
@@ -61,7 +60,7 @@ private:
     std::function<void()> lost_;
     RetryTimer retry_{[this] { OnRetry(); }};
     std::size_t nextPlace_ = 0;
-    bool wasJoined_ = false; ///< and its loss has not been told
+    bool wasJoined_ = false; ///< and its loss has not been reported yet
 };
 
 } // namespace desktop

@@ -16,17 +16,17 @@ namespace {
 
 using std::chrono::seconds;
 
-/// A slow machine starts slowly; an X server that is stopped for a moment goes on.
+/// Long enough for a slow machine, and for an X server that is stopped for a moment.
 constexpr seconds kStartUpTimeout{60};
 constexpr seconds kStartUpTimeoutAfterSignal{2};
-/// Popups are given back in at most two seconds of it.
+/// Restoring popups takes at most two seconds of it.
 constexpr seconds kTeardownTimeout{8};
 
 constexpr std::array<int, 4> kSignals = {SIGTERM, SIGINT, SIGQUIT, SIGHUP};
 
 enum Phase : std::sig_atomic_t { kStartUp, kRunning, kTeardown };
 
-// All that the handlers touch.
+// The signal handlers touch only these.
 volatile std::sig_atomic_t phase = kStartUp;
 volatile std::sig_atomic_t requested = 0;
 volatile std::sig_atomic_t wakeUp = -1;
@@ -47,7 +47,7 @@ void OnSignal(int /*signal*/)
         SetAlarm(kStartUpTimeoutAfterSignal);
     }
     const std::uint64_t one = 1;
-    // It fails only when the loop has been woken often enough.
+    // It fails only when the counter is full, and then the loop wakes up anyway.
     [[maybe_unused]] const ssize_t written = write(wakeUp, &one, sizeof one);
     errno = error;
 }
@@ -79,7 +79,7 @@ Eina_Bool OnWakeUp(void* /*data*/, Ecore_Fd_Handler* /*handler*/)
     return ECORE_CALLBACK_RENEW;
 }
 
-/// For a signal that came while the toolkit's own handlers were in place, at the very beginning.
+/// For a signal that arrived at the very beginning, while the toolkit's own handlers were installed.
 Eina_Bool OnToolkitSignal(void* /*data*/, int /*type*/, void* /*event*/)
 {
     quitLoop();
@@ -97,7 +97,7 @@ void CatchEndSignals(LeaveFunction leave)
     leaveNow = leave;
     wakeUp = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     ecore_init();
-    // The leaving function sets an alarm of its own, which must get through.
+    // SA_NODEFER, because the leaving function sets another alarm, whose signal must be delivered.
     Handle(SIGALRM, OnAlarm, SA_RESTART | SA_NODEFER);
     SetAlarm(kStartUpTimeout);
     for (const int signal : kSignals) {

@@ -20,14 +20,14 @@ constexpr std::size_t kMaximum = 8;
 std::array<OwnVariable, kMaximum> ownVariables;
 std::size_t ownCount = 0;
 
-/// Addressed to this process by whoever started it: a start-up notification to end, a service
-/// manager to talk to.
+/// Variables that the starter of this process meant for it alone: the start-up notification to end, the
+/// service manager to talk to.
 constexpr const char* kForUsOnly[] = {
     "DESKTOP_STARTUP_ID", "XDG_ACTIVATION_TOKEN", "NOTIFY_SOCKET", "WATCHDOG_PID",
     "WATCHDOG_USEC",      "LISTEN_FDS",           "LISTEN_PID",    "LISTEN_FDNAMES",
 };
 
-/// Most entries differ in their first character, and each launch asks of all: no call for that.
+/// A loop instead of `strncmp`: each launch compares all entries, and most differ in the first character.
 bool Names(const char* entry, const char* name)
 {
     while (*name != '\0' && *entry == *name) {

@@ -6,15 +6,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Platform/desktop/environment/ApplicationId.h"
 #include "Platform/desktop/environment/OwnEnvironment.h"
 
 namespace desktop {
 
 namespace {
 
-constexpr char kFolderName[] = "/" PLATFORM_APP_ID ".home";
-
-/// What is found by default through HOME, and the variable that overrides that.
+/// The files that programs find through HOME by default, and the variable that overrides each place.
 constexpr struct {
     const char* variable;
     const char* placeInHome;
@@ -54,7 +53,7 @@ void GiveToolkitWritableHome()
     if (ValueOf("HOME").empty() || NamesWritableFolder("HOME") || !NamesWritableFolder("XDG_RUNTIME_DIR")) {
         return;
     }
-    const std::string folder = ValueOf("XDG_RUNTIME_DIR") + kFolderName;
+    const std::string folder = ValueOf("XDG_RUNTIME_DIR") + "/" + kApplicationId + ".home";
     if (mkdir(folder.c_str(), S_IRWXU) == -1 && errno != EEXIST) {
         return;
     }

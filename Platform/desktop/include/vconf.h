@@ -3,7 +3,7 @@
 /// The settings store that all applications of a TV share.
 ///
 /// Keys are paths such as "db/menu/syncdemo/state". Every operation that returns an int gives 0
-/// on success and -1 on failure. Changes, whichever process made them, are delivered on the main loop.
+/// on success and -1 on failure. Changes by any process are delivered on the main loop.
 
 // NOLINTBEGIN(modernize-use-using): the interface is C.
 

@@ -14,8 +14,6 @@
 
 namespace desktop {
 
-const char* const kApplicationId = PLATFORM_APP_ID;
-
 namespace {
 
 constexpr char kPidProperty[] = "_TV_PID";
@@ -36,8 +34,7 @@ Atom AtomNamed(Display* display, const char* name)
     return XInternAtom(display, name, False);
 }
 
-/// Reads at most `longs` times four bytes of a property; what is of another type or format than
-/// expected is not there.
+/// At most `longs` times four bytes of a property. A property of another type or format counts as empty.
 class Property {
 public:
     Property(Display* display, Window window, const char* name, Atom type, int format, long longs)
@@ -82,7 +79,7 @@ std::vector<std::string> ReadNames(Display* display, Window window, const char* 
     const Property list(display, window, property, AtomNamed(display, "UTF8_STRING"), 8, kLongestList / 4);
     std::string_view rest(reinterpret_cast<const char*>(list.Data()), list.Items());
     std::vector<std::string> names;
-    // A name without its end may have been cut off: it does not count.
+    // A name without its terminator may be cut off, so it does not count.
     for (std::size_t end = rest.find('\0'); end != std::string_view::npos; end = rest.find('\0')) {
         const std::string_view name = rest.substr(0, end);
         if (IsKeyName(name) && names.size() < static_cast<std::size_t>(kKeyIds)) {
@@ -99,7 +96,7 @@ std::optional<unsigned long> ReadNumber(Display* display, Window window, const c
     if (property.Items() != 1) {
         return std::nullopt;
     }
-    // Xlib keeps 32-bit items in longs.
+    // Xlib returns 32-bit items as longs.
     unsigned long number = 0;
     std::memcpy(&number, property.Data(), sizeof number);
     return number;
@@ -174,7 +171,8 @@ bool IsEndOf(Window window, const XEvent& event)
     return event.type == DestroyNotify && event.xdestroywindow.window == window;
 }
 
-/// While it lives no other client's requests are served, so that of two starts one comes first.
+/// While it lives, the X server serves no other client, so that only one of two starts becomes the
+/// instance.
 class ServerGrab {
 public:
     explicit ServerGrab(Display* display) : display_(display) { XGrabServer(display_); }
@@ -199,7 +197,7 @@ std::optional<InstanceFacts> ReadInstance(Display* display, const char* applicat
     if (facts.window == None) {
         return std::nullopt;
     }
-    // The owner may go away at any moment.
+    // The owner may disappear at any moment.
     const XErrorTrap trap(display);
     facts.pid = ReadPid(display, facts.window);
     if (facts.pid == 0) {
@@ -240,7 +238,7 @@ LaunchAnswer RequestLaunch(Display* display, const InstanceFacts& instance, std:
 InstanceClaim::InstanceClaim(Display* display, const char* applicationId)
     : display_(display), ending_(AtomNamed(display, (std::string(applicationId) + kEndingSuffix).c_str()))
 {
-    // The properties come first: an owner without them is taken for a stranger.
+    // The properties are set before the selection: an owner without them counts as another program.
     window_ = CreateHiddenWindow(display_);
     launch_ = AtomNamed(display_, kLaunchMessage);
     const auto pid = static_cast<unsigned long>(getpid());
@@ -276,7 +274,7 @@ void InstanceClaim::GiveUp()
     if (window_ == None || other_) {
         return;
     }
-    // Its window is destroyed with the process and not before.
+    // This window lives until the process ends: its destruction tells the successor.
     XSetSelectionOwner(display_, ending_, CreateHiddenWindow(display_), CurrentTime);
     XDestroyWindow(display_, window_);
     XFlush(display_);
@@ -313,7 +311,7 @@ void InstanceClaim::AnswerLaunchRequest(const XEvent& event)
 {
     const auto asking = static_cast<Window>(event.xclient.data.l[0]);
     if (asking != None) {
-        // That window may be gone, or never have been.
+        // The window may be gone, or may never have existed.
         const XErrorTrap trap(display_);
         SendMessage(display_, asking, kLaunchAnswer, None);
     }

@@ -8,6 +8,8 @@
 
 #include <X11/Xlib.h>
 
+#include "Platform/desktop/environment/ApplicationId.h"
+
 /// Which process is the application's one instance on an X display.
 ///
 /// The instance owns the X selection that is named after the application's id. The selection's
@@ -25,12 +27,9 @@
 /// the instance is about to end. The X server forgets all of it at the moment the process ends,
 /// however it ends.
 ///
-/// An instance gives the name up when its end begins, so that a start from then on takes over. Until
-/// the process is gone it owns a second selection, the name with ".ending" behind it.
+/// An instance gives up the name when its end begins, so that a later start takes over. Until the process
+/// is gone it owns a second selection, the name followed by ".ending".
 namespace desktop {
-
-/// The id of the application that this build belongs to.
-extern const char* const kApplicationId;
 
 struct InstanceFacts {
     Window window = None;
@@ -42,15 +41,15 @@ struct InstanceFacts {
     std::optional<Window> keyWindow;
 };
 
-/// The running instance; nothing when there is none, or when the selection's owner does not tell
-/// its process and so is some other program. What the properties hold is checked: names that no
-/// key could have are left out, and no more is read than the key table could fill.
+/// The running instance; none when there is none, or when the selection's owner publishes no process and
+/// so is some other program. The properties are checked: names that no key could have are left out, and
+/// at most as much is read as the key table could fill.
 std::optional<InstanceFacts> ReadInstance(Display* display, const char* applicationId = kApplicationId);
 
 enum class LaunchAnswer {
     kTold,   ///< the instance comes forward
-    kGone,   ///< the instance has given its name up
-    kSilent, ///< neither within the time
+    kGone,   ///< the instance has given up its name
+    kSilent, ///< neither before the timeout
 };
 
 /// Asks a running instance to come forward and waits for its answer, at most for `timeout`. Events
@@ -60,7 +59,7 @@ LaunchAnswer RequestLaunch(Display* display, const InstanceFacts& instance, std:
 /// This process's claim to be the instance. Main thread only.
 class InstanceClaim {
 public:
-    /// Becomes the instance, unless one runs: then `OtherInstance` tells which.
+    /// Becomes the instance, unless another one runs: `OtherInstance` is that one.
     /// `display` is borrowed and must outlive the claim.
     explicit InstanceClaim(Display* display, const char* applicationId = kApplicationId);
     ~InstanceClaim();
@@ -70,13 +69,13 @@ public:
 
     const std::optional<InstanceFacts>& OtherInstance() const { return other_; }
 
-    /// Waits until an instance that has given the name up is gone, at most for `timeout`: what it
-    /// gives back at its end must not undo what this one does. Events that arrive on the display in
-    /// the meantime are lost.
+    /// Waits until an instance that has given up the name is gone, at most for `timeout`: what it restores
+    /// at its end must not undo what this one does. Events that arrive on the display in the meantime are
+    /// lost.
     void WaitForPredecessor(std::chrono::milliseconds timeout);
 
-    /// Gives the name up: the end of this process begins. Waits for nothing. A second call, or one
-    /// without the name, does nothing.
+    /// Gives up the name, because this process is about to end. Does not wait. Does nothing without the
+    /// name.
     void GiveUp();
 
     /// Replaces the published key lists.
@@ -87,7 +86,7 @@ public:
 
     /// True for the message of a second start.
     bool IsLaunchRequest(const XEvent& event) const;
-    /// Tells the process that sent this request that it was heard.
+    /// Answers the process that sent this request.
     void AnswerLaunchRequest(const XEvent& event);
 
 private:

@@ -16,7 +16,7 @@ namespace desktop {
 namespace {
 
 constexpr char kVariable[] = "XKEYSYMDB";
-// Two numbers among the vendor symbols that nobody else uses.
+// Two unused numbers among the vendor symbols.
 constexpr std::string_view kDatabase = "XF86SimpleMenu :1008FFF1\n"
                                        "XF86More :1008FFF2\n";
 
@@ -30,8 +30,8 @@ std::optional<std::string> Environment(const char* name)
 
 bool AddToolKeySymbols()
 {
-    // Xlib reads the database once, at the first name it does not know itself. A file in memory
-    // needs no place on disk, and neither it nor the variable is left behind.
+    // Xlib reads the database once, at the first name that it does not know. A file in memory needs no
+    // place on disk and disappears by itself, and the variable is restored below.
     const FileDescriptor file(memfd_create("keysyms", MFD_CLOEXEC));
     const auto size = static_cast<ssize_t>(kDatabase.size());
     if (!file.IsOpen() || write(file.Get(), kDatabase.data(), kDatabase.size()) != size) {

@@ -6,8 +6,8 @@ namespace desktop {
 
 namespace {
 
-/// In the order of the ids. The application hands ten of them back, the keys that every other
-/// program needs: 10 power, 17 exit, 26 to 30 arrows and return, 31 back, 75 and 76 volume.
+/// In the order of the ids. The application releases ten of them, the keys that every other program
+/// needs: 10 power, 17 exit, 26 to 30 arrows and return, 31 back, 75 and 76 volume.
 constexpr std::array<const char*, kKeyIds> kNames = {{
     // clang-format off
     /*   0 */ "XF86SimpleMenu", "XF86More", "XF86MenuKB", "XF86TopMenu",

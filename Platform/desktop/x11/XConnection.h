@@ -6,16 +6,16 @@
 
 namespace desktop {
 
-/// The platform's own connection to the X display, opened by the first call that finds a display
-/// and kept until the process ends. The toolkit's connection exists only after the first window;
-/// this one answers before. Null when there is no display.
+/// The platform's own connection to the X display, opened by the first call that finds a display and kept
+/// until the process ends. The toolkit's connection exists only after the first window, and some
+/// questions come earlier. Null when there is no display.
 Display* OwnDisplay();
 
-/// Catches the X errors of one display's requests for as long as it lives, so that a refusal is
-/// an answer and not the end of the process. Traps do not nest.
+/// Catches the X errors of one display's requests for as long as it lives, so that a refusal does not end
+/// the process. Traps do not nest.
 class XErrorTrap {
 public:
-    /// Requests made before are settled first: their errors go where they went until now.
+    /// Waits for earlier requests first: their errors go to the earlier handler.
     explicit XErrorTrap(Display* display);
     ~XErrorTrap();
 

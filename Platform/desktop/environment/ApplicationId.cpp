@@ -1,0 +1,3 @@
+#include "Platform/desktop/environment/ApplicationId.h"
+
+const char* const desktop::kApplicationId = PLATFORM_APP_ID;
