@@ -28,6 +28,25 @@ local function refer(link)
   return { pandoc.Strong(pandoc.Str(page[1])), pandoc.Str("(" .. page[2] .. ")") }
 end
 
+-- A terminal has no room for tables. The first column becomes the term, the last one its explanation;
+-- a column between them keeps its heading.
+local function list_rows(tab)
+  local headings = tab.head.rows[1].cells
+  local items = pandoc.List()
+  for _, row in ipairs(tab.bodies[1].body) do
+    local explanation = pandoc.List()
+    for i = 2, #row.cells do
+      local content = pandoc.utils.blocks_to_inlines(row.cells[i].contents)
+      if i < #row.cells then
+        content:insert(1, pandoc.Str(pandoc.utils.stringify(headings[i].contents) .. ": "))
+      end
+      explanation:insert(pandoc.Para(content))
+    end
+    items:insert({ pandoc.utils.blocks_to_inlines(row.cells[1].contents), { explanation } })
+  end
+  return pandoc.DefinitionList(items)
+end
+
 function Pandoc(document)
   local name = pandoc.utils.stringify(document.meta.title)
   local summary = pandoc.utils.stringify(document.meta.summary)
@@ -46,5 +65,5 @@ function Pandoc(document)
     end
   end
   document.blocks = blocks
-  return document:walk({ Header = raise_header, Link = refer })
+  return document:walk({ Header = raise_header, Link = refer, Table = list_rows })
 end

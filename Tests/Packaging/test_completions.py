@@ -9,7 +9,7 @@ import subprocess
 import time
 
 import pytest
-from conftest import needs, run
+from checkout import needs, run
 
 from home import BUILD, PATIENCE, ROOT
 

@@ -3,7 +3,7 @@
 import re
 
 import pytest
-from conftest import needs, run
+from checkout import needs, run
 
 from home import BUILD, ROOT
 
