@@ -39,7 +39,11 @@ class Handover:
     def follow(self, commands):
         """Runs commands behind the first step, which sets variables."""
         script = f"set -euo pipefail\n{self.done}\n{commands}"
-        environment = {**os.environ, "SDK": str(self.sdk / "opt/tv"), "ROOT": str(self.root)}
+        # One version's compilations serve the next one's.
+        environment = {
+            **os.environ, "SDK": str(self.sdk / "opt/tv"), "ROOT": str(self.root),
+            "CCACHE_BASEDIR": str(self.source), "CCACHE_NOHASHDIR": "1",
+        }  # fmt: skip
         return run("bash", "-c", script, cwd=self.source, env=environment)
 
     @property
@@ -102,7 +106,7 @@ def later_version(handover, folder):
     source = folder / "source"
     shutil.copytree(handover.source, source, ignore=shutil.ignore_patterns("build"))
     lists = source / "CMakeLists.txt"
-    lists.write_text(re.sub(r"(VERSION \d+)\.\d+", r"\1.999", lists.read_text(), count=1))
+    lists.write_text(re.sub(r"(VQMKeygrab VERSION \d+)\.\d+", r"\1.999", lists.read_text(), count=1))
     constants = source / "Packaging/sample/constants.xml"
     constants.write_text(constants.read_text().replace("schedule.xml", "later.xml"))
     run("git", "-C", source, "commit", "--quiet", "--all", "--message", "Later")
