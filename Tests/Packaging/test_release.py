@@ -92,6 +92,6 @@ def test_unreleased_packages_sort_before_the_release(clone):
 
 
 def test_version_stands_in_one_place(clone):
-    places = ("CMakeLists.txt", "cmake", "debian", "Packaging", "Scripts", "Docs", "Companion", "Tools")
+    places = ("CMakeLists.txt", "cmake", "debian/rules", "debian/control", "Packaging", "Scripts", "Docs", "Companion", "Tools")
     found = run("git", "-C", clone, "grep", "--files-with-matches", "--fixed-strings", "--word-regexp", VERSION, "--", *places)
     assert found.split() == ["CMakeLists.txt"]
