@@ -92,7 +92,7 @@ def test_the_headers_are_those_of_the_sdk(tv, sdk):
 
 
 def product_objects(tv):
-    return [path for path in tv.rglob("*.o") if "CMakeFiles" in path.parts]
+    return [path for path in tv.rglob("*.o") if "CMakeFiles" in path.parts and "VQMCompanion.dir" not in path.parts]
 
 
 def test_the_product_asks_for_nothing_else(tv):
@@ -135,21 +135,37 @@ def test_nothing_of_the_desktop_platform_is_used(tv):
     assert not theirs & symbols(*product_objects(tv))
 
 
-def test_the_package_holds_the_application_and_its_manifest(tv, tmp_path):
-    run("cmake", "--install", tv, "--prefix", f"/opt/usr/apps/{APP_ID}", DESTDIR=str(tmp_path))
-    files = {str(path.relative_to(tmp_path)) for path in tmp_path.rglob("*") if path.is_file()}
-    program = f"opt/usr/apps/{APP_ID}/bin/VQMKeygrab"
-    assert files == {program, f"usr/share/packages/{APP_ID}.xml"}
-
+def test_the_manifest_names_what_is_installed(tv, tmp_path):
+    run("cmake", "--install", tv, DESTDIR=str(tmp_path))
     space = "{http://tizen.org/ns/packages}"
     manifest = ElementTree.parse(tmp_path / f"usr/share/packages/{APP_ID}.xml").getroot()
-    application = manifest.find(f"{space}ui-application")
-    assert manifest.get("package") == application.get("appid") == APP_ID
-    assert application.get("exec") == "/" + program
+    applications = {entry.get("appid"): entry for entry in manifest.iter(f"{space}ui-application")}
+    assert set(applications) == {APP_ID, COMPANION_ID}
+    for entry in applications.values():
+        assert os.access(tmp_path / entry.get("exec").lstrip("/"), os.X_OK)
+    application = applications[APP_ID]
+    assert manifest.get("package") == APP_ID
     assert (application.get("on-boot"), application.get("auto-restart")) == ("true", "true")
     assert application.find(f"{space}background-category").get("value") == "system"
     privileges = {entry.text.rsplit("/", 1)[1] for entry in manifest.iter(f"{space}privilege")}
     assert privileges == {"appmanager.launch", "keygrab", "systemsettings.admin"}
+
+
+def test_the_companion_shows_its_window_on_the_stand_in(tv):
+    desktop = new_desktop()
+    try:
+        program = desktop.run([*EMULATOR, TV / "bin/VQMCompanion"], name="companion", STAND_IN_SETTING="1")
+        root = desktop.connect().screen().root
+
+        def is_shown():
+            windows = root.query_tree().children
+            return any(w.get_wm_name() == "Sync demo" and w.get_attributes().map_state == X.IsViewable for w in windows)
+
+        wait_until(is_shown, f"the companion's window:\n{program.output()}")
+        assert program.stop() == 0
+        assert not is_shown()
+    finally:
+        desktop.close()
 
 
 def test_one_key_release_on_the_stand_in(tv):

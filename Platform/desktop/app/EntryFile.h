@@ -21,7 +21,8 @@ struct EntryFile {
 };
 
 /// Looks for "<id>.desktop" in the folders of entries: "applications" in the user's data folder, then in
-/// the system's. Searches the folders each time, so a new, removed or moved entry is noticed at once.
+/// the system's, then in the one that was installed with this program. Searches the folders each time,
+/// so a new, removed or moved entry is noticed at once.
 std::optional<EntryFile> FindEntryFile(std::string_view id);
 
 /// False for a file that was changed so recently that another change may leave its times equal.

@@ -8,7 +8,7 @@ namespace desktop {
 /// one of their numbers. Reading such a descriptor 0 and writing to such a 1 or 2 still fails with EBADF,
 /// as if it were closed.
 ///
-/// Runs by itself in every program that logs, before any library is initialised.
+/// ProcessStart.cpp runs it in every program of this project, before any library is initialised.
 void OpenStandardDescriptors();
 
 /// Opens the pipe or terminal behind the descriptor once more, for writing without blocking. The flags of
