@@ -1,6 +1,11 @@
 #pragma once
 
-/// Build-time configuration: each value can be overridden on the compiler's command line.
+/// Build-time configuration: each value can be overridden on the compiler's command line. An installed
+/// library brings the values that it was built with.
+
+#if __has_include("Common/VQMInstalledConfig.h")
+#include "Common/VQMInstalledConfig.h"
+#endif
 
 /// The application's id. The companion GUI's id is this with ".gui" behind it.
 #ifndef VQM_APP_ID

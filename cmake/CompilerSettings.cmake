@@ -3,24 +3,24 @@
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
-set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-# A parent project has its own build type and compiler launcher.
+# Warnings and the compiler's launcher are a parent project's own business.
 if(PROJECT_IS_TOP_LEVEL)
-    if(NOT CMAKE_BUILD_TYPE)
-        set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Build type" FORCE)
+    set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+    # Set to nothing, the launcher stays out.
+    if(NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
+        find_program(VQM_CCACHE ccache)
+        mark_as_advanced(VQM_CCACHE)
+        if(VQM_CCACHE)
+            set(CMAKE_CXX_COMPILER_LAUNCHER ${VQM_CCACHE})
+        endif()
     endif()
-    find_program(VQM_CCACHE ccache)
-    if(VQM_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-        set(CMAKE_CXX_COMPILER_LAUNCHER ${VQM_CCACHE})
+    add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+    option(VQM_WERROR "Treat warnings as errors" OFF)
+    if(VQM_WERROR)
+        # What a newer library deprecates must not end the build on a machine that has it.
+        add_compile_options(-Werror -Wno-error=deprecated-declarations)
     endif()
-endif()
-
-add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
-option(VQM_WERROR "Treat warnings as errors" OFF)
-if(VQM_WERROR)
-    # What a newer library deprecates must not end the build on a machine that has it.
-    add_compile_options(-Werror -Wno-error=deprecated-declarations)
 endif()
 
 # File sizes and offsets have 64 bits on every target, and so have times: a file dated after 2038
@@ -38,7 +38,7 @@ endif()
 # process: the ids of processes come again.
 option(VQM_COVERAGE "Count the branches that run" OFF)
 if(VQM_COVERAGE)
-    set(VQM_COVERAGE_PROFILES ${CMAKE_BINARY_DIR}/profiles)
+    set(VQM_COVERAGE_PROFILES ${PROJECT_BINARY_DIR}/profiles)
     add_compile_options(-fprofile-instr-generate=${VQM_COVERAGE_PROFILES}/%m%c.profraw -fcoverage-mapping
         -mllvm -runtime-counter-relocation)
     add_link_options(-fprofile-instr-generate)

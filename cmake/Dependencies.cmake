@@ -1,39 +1,68 @@
 # The parts that are not ours.
 
-find_package(PkgConfig REQUIRED)
-find_package(Threads REQUIRED)
 # Linked statically, the application starts with 4 % fewer instructions and dirties 15 pages less. On
 # the TV, exceptions cross into the platform's own libraries, which needs the shared C++ runtime. So
-# do the sanitizers.
-if(VQM_PLATFORM STREQUAL desktop AND NOT VQM_SANITIZE)
+# do the sanitizers. A shared library shares Boost with the programs that link it.
+if(PROJECT_IS_TOP_LEVEL AND NOT VQM_SANITIZE)
     set(static_cxx ON)
 else()
     set(static_cxx OFF)
 endif()
-option(VQM_STATIC_CXX "Link the C++ runtime and Boost statically" ${static_cxx})
+cmake_dependent_option(VQM_STATIC_CXX "Link the C++ runtime and Boost statically" ${static_cxx}
+    "VQM_PLATFORM STREQUAL desktop;NOT BUILD_SHARED_LIBS" OFF)
 if(POLICY CMP0167)
     cmake_policy(SET CMP0167 NEW) # Boost's own description of itself; newer CMakes have no other
 endif()
-set(Boost_USE_STATIC_LIBS ${VQM_STATIC_CXX})
+if(VQM_STATIC_CXX)
+    set(Boost_USE_STATIC_LIBS ON)
+endif()
+
+# The library.
+find_package(Threads REQUIRED)
 find_package(Boost REQUIRED COMPONENTS system filesystem thread)
+find_package(EXPAT REQUIRED)
 
-pkg_check_modules(EXPAT REQUIRED IMPORTED_TARGET expat)
-pkg_check_modules(ELEMENTARY REQUIRED IMPORTED_TARGET elementary evas ecore ecore-x)
+if(NOT VQM_PLATFORM STREQUAL none)
+    find_package(PkgConfig REQUIRED)
+endif()
 
+# Its log and settings on a desktop.
 if(VQM_PLATFORM STREQUAL desktop)
-    pkg_check_modules(ECORE REQUIRED IMPORTED_TARGET ecore eina)
-    pkg_check_modules(DBUS REQUIRED IMPORTED_TARGET dbus-1)
-    pkg_check_modules(EFREET REQUIRED IMPORTED_TARGET efreet)
-    pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-unix-2.0)
-    pkg_check_modules(X11 REQUIRED IMPORTED_TARGET x11)
-    pkg_check_modules(XI REQUIRED IMPORTED_TARGET xi)
-    pkg_check_modules(XTST REQUIRED IMPORTED_TARGET xtst)
+    pkg_check_modules(VQM_GLIB REQUIRED IMPORTED_TARGET glib-2.0)
+    if(VQM_ECORE_WATCH)
+        pkg_check_modules(VQM_ECORE REQUIRED IMPORTED_TARGET ecore eina)
+    endif()
+endif()
+
+if(VQM_BUILD_TOOLS)
     find_package(CLI11 REQUIRED)
     find_package(nlohmann_json REQUIRED)
 endif()
 
+# vqm_find_toolkit(PREFIX modules...): modules of EFL, X11 and D-Bus, or one line that says what to do.
+function(vqm_find_toolkit prefix)
+    pkg_check_modules(${prefix} IMPORTED_TARGET ${ARGN})
+    if(NOT ${prefix}_FOUND)
+        message(FATAL_ERROR "pkg-config does not find all of: ${ARGN}. Install them (Packaging/debian-packages.txt), "
+            "or leave the application out: -DVQM_BUILD_APPLICATION=OFF")
+    endif()
+endfunction()
+
+if(VQM_BUILD_APPLICATION)
+    vqm_find_toolkit(ELEMENTARY elementary evas ecore ecore-x)
+endif()
+if(VQM_BUILD_APPLICATION AND VQM_PLATFORM STREQUAL desktop)
+    vqm_find_toolkit(ECORE ecore eina)
+    vqm_find_toolkit(DBUS dbus-1)
+    vqm_find_toolkit(EFREET efreet)
+    vqm_find_toolkit(GIO gio-unix-2.0)
+    vqm_find_toolkit(X11 x11)
+    vqm_find_toolkit(XI xi)
+    vqm_find_toolkit(XTST xtst)
+endif()
+
 # The toolkit's .pc files name folders that its packages do not bring; CMake refuses those.
-foreach(target ELEMENTARY ECORE EFREET)
+foreach(target VQM_ECORE ELEMENTARY ECORE EFREET)
     if(TARGET PkgConfig::${target})
         get_target_property(directories PkgConfig::${target} INTERFACE_INCLUDE_DIRECTORIES)
         set(existing)

@@ -114,5 +114,5 @@ def test_without_a_display_it_says_so(home):
 def test_its_desktop_entry_starts_the_built_program():
     entry = configparser.ConfigParser(interpolation=None)
     entry.optionxform = str
-    entry.read(BUILD / "share/applications" / f"{APP_ID}.gui.desktop")
+    entry.read(BUILD / "entries/applications" / f"{APP_ID}.gui.desktop")
     assert entry["Desktop Entry"]["Exec"] == f'"{BUILD}/bin/VQMCompanion"'

@@ -1,7 +1,6 @@
 #include "Platform/desktop/base/StandardDescriptors.h"
 
 #include <cerrno>
-#include <csignal>
 #include <fcntl.h>
 #include <string>
 #include <sys/socket.h>
@@ -47,19 +46,5 @@ void KeepStandardErrorFromBlocking()
         }
     }
 }
-
-namespace {
-
-void PrepareProcess()
-{
-    OpenStandardDescriptors();
-    // A file at its size limit refuses a write: the log loses a line, and the program goes on.
-    std::signal(SIGXFSZ, SIG_IGN);
-}
-
-/// A constructor would run after those of the libraries, which may open files.
-[[gnu::section(".preinit_array"), gnu::used]] void (*const atStart)() = PrepareProcess;
-
-} // namespace
 
 } // namespace desktop

@@ -8,7 +8,7 @@ namespace desktop {
 /// one of them. A reader of such a descriptor 0 and a writer of 1 or 2 still fails with EBADF, as if
 /// it were closed.
 ///
-/// Runs by itself in every program that logs, before any library is initialised.
+/// ProcessStart.cpp runs it in every program of this project, before any library is initialised.
 void OpenStandardDescriptors();
 
 /// Opens what the descriptor leads to, a pipe or a terminal, once more for writing without blocking:
