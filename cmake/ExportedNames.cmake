@@ -13,9 +13,10 @@ function(vqm_export_names target list)
     set(classes)
     foreach(name IN LISTS names)
         if(name MATCHES "^(.+)::[^:]+$")
-            # A script has no character for a parenthesis; the test of the exported names sees to the rest.
-            string(APPEND patterns "    ${name}?*;\n")
             list(APPEND classes ${CMAKE_MATCH_1})
+            # A pattern cannot hold "(", "~" or "=". That it fits nothing else, the test of the names says.
+            string(REGEX REPLACE "[^A-Za-z0-9_:]" "?" pattern ${name})
+            string(APPEND patterns "    ${pattern}?*;\n")
         else()
             string(APPEND plain "  ${name};\n")
         endif()

@@ -186,12 +186,18 @@ TEST_F(Launcher, AnUnchangedEntryIsNotReadAgain)
     close(opens);
 }
 
+/// Where the entries lie of a program that is installed as this one lies in its build folder.
+std::string InstalledEntries()
+{
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() / "share/applications";
+}
+
 TEST_F(Launcher, AMissingEntryNamesTheFolders)
 {
     const auto [result, line] = Failed();
     EXPECT_EQ(result, desktop::kLaunchNoEntry);
     EXPECT_EQ(line, std::string("no entry \"") + kId + ".desktop\" in " + DataFolders::Path() + "/home/applications, " +
-                        DataFolders::Path() + "/system/applications");
+                        DataFolders::Path() + "/system/applications, " + InstalledEntries());
 }
 
 TEST_F(Launcher, AHiddenEntryHidesTheSystemsOne)

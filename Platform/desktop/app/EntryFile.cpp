@@ -1,8 +1,11 @@
 #include "Platform/desktop/app/EntryFile.h"
 
 #include <ctime>
+#include <filesystem>
 #include <glib.h>
 #include <sys/stat.h>
+
+#include "Platform/desktop/app/ProgramFolder.h"
 
 namespace desktop {
 
@@ -25,12 +28,31 @@ std::string EntriesIn(std::string_view dataFolder)
     return path + "applications";
 }
 
+/// The entries that were installed together with this program.
+std::string OwnEntries()
+{
+    const std::filesystem::path folder = ProgramFolder();
+    return folder.empty() ? "" : EntriesIn((folder / PLATFORM_DATA_FOLDER).lexically_normal().string());
+}
+
 template <typename Visit>
 void ForEachFolder(Visit visit)
 {
-    visit(EntriesIn(g_get_user_data_dir()));
+    static const std::string own = OwnEntries();
+    bool ownVisited = own.empty();
+    const auto visitData = [&](std::string_view dataFolder) {
+        const std::string folder = EntriesIn(dataFolder);
+        ownVisited = ownVisited || folder == own;
+        visit(folder);
+    };
+    visitData(g_get_user_data_dir());
     for (const char* const* folder = g_get_system_data_dirs(); *folder != nullptr; ++folder) {
-        visit(EntriesIn(*folder));
+        visitData(*folder);
+    }
+    // Last, for an installation that the desktop does not know: a person's entry comes first, and the
+    // desktop's.
+    if (!ownVisited) {
+        visit(own);
     }
 }
 

@@ -1,0 +1,105 @@
+"""The shared library and vqmctl, built on a machine that seems to have no EFL, X11 and D-Bus."""
+
+import re
+import shutil
+
+import pytest
+
+from conftest import PUBLIC_HEADERS, ROOT, SAMPLE, build_project, check_readme_program, configure, run
+from public_names import declared_names
+
+# All that pkg-config finds there: GLib, and what its file refers to.
+MODULES = ("glib-2.0", "libpcre2-8")
+ONLY_PROGRAMS = re.compile(r"lib(elementary|ecore|eina|evas|efreet|X11|Xi|Xtst|dbus-1|gio-2\.0)\.so")
+
+
+@pytest.fixture(scope="session")
+def without_toolkit(tmp_path_factory):
+    """The environment of such a machine."""
+    folder = tmp_path_factory.mktemp("modules")
+    for module in MODULES:
+        place = run("pkg-config", "--variable=pcfiledir", module).strip()
+        shutil.copy(f"{place}/{module}.pc", folder)
+    return {"PKG_CONFIG_LIBDIR": str(folder), "PKG_CONFIG_PATH": ""}
+
+
+@pytest.fixture(scope="session")
+def build(tmp_path_factory, without_toolkit):
+    folder = tmp_path_factory.mktemp("build")
+    build_project(ROOT, folder, "-DVQM_BUILD_APPLICATION=OFF", "-DBUILD_SHARED_LIBS=ON", environment=without_toolkit)
+    return folder
+
+
+@pytest.fixture(scope="session")
+def prefix(tmp_path_factory, build):
+    folder = tmp_path_factory.mktemp("prefix")
+    run("cmake", "--install", build, "--prefix", folder)
+    return folder
+
+
+def needed(file):
+    return re.findall(r"\(NEEDED\).*\[(.*)\]", run("readelf", "-dW", file))
+
+
+def test_without_the_toolkit_the_application_is_refused_in_one_line(without_toolkit, tmp_path):
+    completed = configure(ROOT, tmp_path, check=False, environment=without_toolkit)
+    assert completed.returncode != 0
+    assert "-DVQM_BUILD_APPLICATION=OFF" in completed.stdout
+
+
+def test_nothing_needs_the_toolkit(build):
+    for file in (build / "libvqm.so", build / "bin/vqmctl"):
+        assert [name for name in needed(file) if ONLY_PROGRAMS.match(name)] == []
+
+
+def test_vqmctl_reads_documents(prefix):
+    assert "period" in run(prefix / "bin/vqmctl", "schedule", "show", SAMPLE)
+    assert "ScheduleFile" in run(prefix / "bin/vqmctl", "constants", "list", ROOT / "Packaging/sample/constants.xml")
+    run(prefix / "bin/vqmctl", "schedule", "lint", SAMPLE)
+
+
+def test_the_readmes_project_builds_and_runs(prefix, readme_project, tmp_path):
+    build_project(readme_project, tmp_path, f"-DCMAKE_PREFIX_PATH={prefix}")
+    assert "libvqm.so.0" in needed(tmp_path / "periods")
+    check_readme_program(tmp_path / "periods")
+
+
+def exported(library):
+    """What the library exports, as a reader of the headers would write it."""
+    lines = run("nm", "-DC", "--defined-only", library).splitlines()
+    names = [line.split(maxsplit=2)[2].replace("[abi:cxx11]", "") for line in lines]
+    return {re.sub(r"@@?\w+$", "", name).split("(")[0] for name in names if not re.match(r"VQM_\d+$", name)}
+
+
+def test_it_exports_what_the_public_headers_declare_and_nothing_else(build):
+    headers = [ROOT / header for header in PUBLIC_HEADERS]
+    headers += [ROOT / "Platform/desktop/include" / header for header in ("dlog.h", "vconf.h")]
+    declared = set().union(*(declared_names(header) for header in headers))
+    names = exported(build / "libvqm.so")
+    of_classes = {name for name in names if re.match(r"(vtable|typeinfo|typeinfo name) for ", name)}
+    assert sorted(names - of_classes) == sorted(declared)
+    classes = {name.rpartition("::")[0] for name in declared} - {""}
+    assert {name.rpartition(" for ")[2] for name in of_classes} == classes
+
+
+def test_the_list_of_exported_names_is_that_of_the_public_headers(build):
+    lines = (ROOT / "cmake/exported-names.txt").read_text().splitlines()
+    listed = {line for line in lines if not line.startswith("#")}
+    names = exported(build / "libvqm.so")
+    assert sorted(listed) == sorted(name for name in names if " for " not in name)
+
+
+def test_it_runs_nothing_before_the_program_does(build):
+    assert ".preinit_array" not in run("readelf", "-SW", build / "libvqm.so")
+
+
+def test_its_soname_has_the_number_of_the_interface_alone(build):
+    assert "soname: [libvqm.so.0]" in run("readelf", "-dW", build / "libvqm.so")
+
+
+def test_with_no_platform_at_all_boost_and_expat_suffice(tmp_path):
+    (tmp_path / "none").mkdir()
+    environment = {"PKG_CONFIG_LIBDIR": str(tmp_path / "none"), "PKG_CONFIG_PATH": ""}
+    configure(ROOT, tmp_path / "build", "-DVQM_PLATFORM=none", environment=environment)
+    run("cmake", "--build", tmp_path / "build")
+    assert (tmp_path / "build/Common/libvqm-core.a").exists()
