@@ -21,8 +21,8 @@ struct EntryFile {
 };
 
 /// Looks for "<id>.desktop" where entries lie: "applications" in the user's data folder, then in
-/// the system's, then in the one that was installed with this program. The folders are searched each time, so an entry that comes, goes or moves is
-/// noticed at once.
+/// the system's, then in the one that was installed with this program. The folders are searched
+/// each time, so an entry that comes, goes or moves is noticed at once.
 std::optional<EntryFile> FindEntryFile(std::string_view id);
 
 /// False for a file that was changed so recently that another change may leave its times equal.
