@@ -26,11 +26,20 @@ if(NOT VQM_PLATFORM STREQUAL none)
     find_package(PkgConfig REQUIRED)
 endif()
 
+# vqm_find_toolkit(PREFIX modules...): modules of EFL, X11 and D-Bus, or one line that says what to do.
+function(vqm_find_toolkit prefix)
+    pkg_check_modules(${prefix} IMPORTED_TARGET ${ARGN})
+    if(NOT ${prefix}_FOUND)
+        message(FATAL_ERROR "pkg-config does not find all of: ${ARGN}. Install them (see Packaging/debian-packages.txt), "
+            "or leave out what needs them: -DVQM_BUILD_APPLICATION=OFF -DVQM_ECORE_WATCH=OFF")
+    endif()
+endfunction()
+
 # Its log and settings on a desktop.
 if(VQM_PLATFORM STREQUAL desktop)
     pkg_check_modules(VQM_GLIB REQUIRED IMPORTED_TARGET glib-2.0)
     if(VQM_ECORE_WATCH)
-        pkg_check_modules(VQM_ECORE REQUIRED IMPORTED_TARGET ecore eina)
+        vqm_find_toolkit(VQM_ECORE ecore eina)
     endif()
 endif()
 
@@ -38,15 +47,6 @@ if(VQM_BUILD_TOOLS)
     find_package(CLI11 REQUIRED)
     find_package(nlohmann_json REQUIRED)
 endif()
-
-# vqm_find_toolkit(PREFIX modules...): modules of EFL, X11 and D-Bus, or one line that says what to do.
-function(vqm_find_toolkit prefix)
-    pkg_check_modules(${prefix} IMPORTED_TARGET ${ARGN})
-    if(NOT ${prefix}_FOUND)
-        message(FATAL_ERROR "pkg-config does not find all of: ${ARGN}. Install them (Packaging/debian-packages.txt), "
-            "or leave the application out: -DVQM_BUILD_APPLICATION=OFF")
-    endif()
-endfunction()
 
 if(VQM_BUILD_APPLICATION)
     vqm_find_toolkit(ELEMENTARY elementary evas ecore ecore-x)

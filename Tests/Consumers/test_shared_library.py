@@ -54,7 +54,6 @@ def test_nothing_needs_the_toolkit(build):
 
 def test_vqmctl_reads_documents(prefix):
     assert "period" in run(prefix / "bin/vqmctl", "schedule", "show", SAMPLE)
-    assert "ScheduleFile" in run(prefix / "bin/vqmctl", "constants", "list", ROOT / "Packaging/sample/constants.xml")
     run(prefix / "bin/vqmctl", "schedule", "lint", SAMPLE)
 
 

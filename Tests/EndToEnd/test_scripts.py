@@ -22,7 +22,7 @@ def build(tmp_path):
     (folder / "bin").mkdir(parents=True)
     for program in (BUILD / "bin").iterdir():
         (folder / "bin" / program.name).symlink_to(program)
-    (folder / "share").symlink_to(BUILD / "share")
+    (folder / "entries").symlink_to(BUILD / "entries")
     return folder
 
 

@@ -73,7 +73,7 @@ def tv(sdk):
     if SYSROOT:
         environment["VQM_SYSROOT"] = str(SDK)
     run(
-        "cmake", "-S", SOURCE, "-B", TV, "-G", "Ninja", "-DVQM_PLATFORM=tv", "-DVQM_BUILD_TESTS=OFF",
+        "cmake", "-S", SOURCE, "-B", TV, "-G", "Ninja", "-DVQM_PLATFORM=tv",
         "-DCMAKE_BUILD_TYPE=RelWithDebInfo", f"-DVQM_APP_ID={APP_ID}",
         *([f"-DCMAKE_TOOLCHAIN_FILE={TOOLCHAIN}"] if TOOLCHAIN else []),
         **environment,

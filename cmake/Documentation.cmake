@@ -1,9 +1,16 @@
-# The API reference, made by Doxygen from the library's public headers: the target api-docs.
+# What is installed to be read, and the API reference.
 
-find_package(Doxygen QUIET)
-if(NOT PROJECT_IS_TOP_LEVEL)
+if(NOT PROJECT_IS_TOP_LEVEL OR VQM_PLATFORM STREQUAL tv)
     return()
 endif()
+
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/Docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
+    FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN "*.cpp")
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${PROJECT_SOURCE_DIR}/LICENSE
+    DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+
+# The API reference, made by Doxygen from the library's public headers: the target api-docs.
+find_package(Doxygen QUIET)
 if(NOT DOXYGEN_FOUND)
     add_custom_target(api-docs
         COMMAND ${CMAKE_COMMAND} -E echo "There is no Doxygen; install the package doxygen and configure again."
