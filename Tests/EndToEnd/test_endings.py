@@ -97,6 +97,7 @@ def test_signal_ends_it_though_the_x_server_does_not_answer(bus, signal_number):
     start_dunst(bus)
     application = bus.start_application()
     assert dunst_is_paused(bus)
+    application.wait_until_idle()  # it ends in order unless it waits for the server when the signal comes
     bus.server.send_signal(signal.SIGSTOP)
     application.process.send_signal(signal_number)
     application.process.wait(PATIENCE)

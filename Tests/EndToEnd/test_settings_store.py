@@ -33,8 +33,9 @@ def test_rewritten_by_two_processes_while_keys_are_pressed(desktop, keyboard):
     presses = 0
     path = desktop.settings / SETTING_KEY
     while any(writer.process.poll() is None for writer in writers):
-        keyboard.tap(TOOL_KEYS["XF86More"])
-        presses += 1
+        if presses < 1000:  # more would pile up on a slow machine
+            keyboard.tap(TOOL_KEYS["XF86More"])
+            presses += 1
         assert path.read_text().strip() in ("0", "1"), "never a torn value"
         time.sleep(0.01)
     wait_until(

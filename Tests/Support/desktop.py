@@ -70,6 +70,19 @@ class Program:
             self.process.send_signal(signal_number)
         return self.process.wait(timeout)
 
+    def wait_until_idle(self):
+        """Until it has used no processor time for a while: a start is over then, also where it is slow."""
+        def used():
+            fields = Path(f"/proc/{self.pid}/stat").read_text().rsplit(")", 1)[1].split()
+            return fields[11:13]  # in user mode and in the kernel
+
+        def idle():
+            before = used()
+            time.sleep(0.5)
+            return used() == before
+
+        wait_until(idle, "it is idle")
+
     def kill(self):
         if self.process.poll() is None:
             self.process.kill()

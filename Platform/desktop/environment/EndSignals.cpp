@@ -19,6 +19,8 @@ using std::chrono::seconds;
 /// Long enough for a slow machine, and for an X server that is stopped for a moment.
 constexpr seconds kStartUpTimeout{60};
 constexpr seconds kStartUpTimeoutAfterSignal{2};
+/// The main loop may be in a call that an X server never answers.
+constexpr seconds kMainLoopTimeoutAfterSignal{8};
 /// Restoring popups takes at most two seconds of it.
 constexpr seconds kTeardownTimeout{8};
 
@@ -39,12 +41,21 @@ void SetAlarm(seconds timeout)
     alarm(static_cast<unsigned int>(timeout.count()));
 }
 
+/// The teardown has a limit of its own.
+void LimitWaitForEnd()
+{
+    if (phase != kTeardown) {
+        SetAlarm(phase == kStartUp ? kStartUpTimeoutAfterSignal : kMainLoopTimeoutAfterSignal);
+    }
+}
+
 void OnSignal(int /*signal*/)
 {
     const int error = errno;
-    requested = 1;
-    if (phase == kStartUp) {
-        SetAlarm(kStartUpTimeoutAfterSignal);
+    // Only the first signal: others do not put the end off.
+    if (requested == 0) {
+        requested = 1;
+        LimitWaitForEnd();
     }
     const std::uint64_t one = 1;
     // It fails only when the counter is full, and then the loop wakes up anyway.
@@ -56,6 +67,8 @@ void OnAlarm(int /*signal*/)
 {
     if (phase == kTeardown) {
         leaveNow("the end takes too long, the X server may be stopped");
+    } else if (phase == kRunning) {
+        leaveNow("told to end, but the main loop waits, perhaps for the X server");
     } else if (requested != 0) {
         leaveNow("told to end in the middle of a start-up that waits, perhaps for the X server");
     } else {
@@ -114,6 +127,9 @@ void EndMainLoopOnSignal(void (*quit)())
 {
     phase = kRunning;
     alarm(0);
+    if (requested != 0) {
+        LimitWaitForEnd(); // the signal's own limit may be gone
+    }
     quitLoop = quit;
     ecore_main_fd_handler_add(wakeUp, ECORE_FD_READ, OnWakeUp, nullptr, nullptr, nullptr);
     ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, OnToolkitSignal, nullptr);

@@ -1,9 +1,8 @@
 #pragma once
 
 /// The signals that ask a process to end: SIGTERM, SIGINT, SIGQUIT, and SIGHUP unless the process
-/// was started with SIGHUP ignored. They end the main loop. During start-up and teardown, when no main
-/// loop runs, a time limit takes its place: a call that an X server never answers cannot be interrupted
-/// in any other way.
+/// was started with SIGHUP ignored. They end the main loop. A time limit stands behind it, in start-up and
+/// teardown as well: a call that an X server never answers cannot be interrupted in any other way.
 ///
 /// Use the functions once in each process, on its main thread, in the order below.
 namespace desktop {
@@ -24,7 +23,8 @@ void CatchEndSignals(LeaveFunction leave);
 bool EndRequested();
 
 /// Ends the start-up: from now on `quit` runs on the main loop as soon as a signal arrives, or at once if
-/// one has arrived before. The toolkit's main loop must be initialised.
+/// one has arrived before. A main loop that goes on for eight seconds after the signal is ended with
+/// `leave`. The toolkit's main loop must be initialised.
 void EndMainLoopOnSignal(void (*quit)());
 
 /// Begins the teardown: if it takes longer than eight seconds, it is ended with `leave`.
