@@ -44,7 +44,7 @@ CVQMFilePipe::CVQMFilePipe() = default;
 
 CVQMFilePipe::~CVQMFilePipe() // NOLINT(bugprone-exception-escape): a failed lock is fatal here
 {
-    // Declared before the lock: what the callbacks own is released after it.
+    // Declared before the lock, so that objects that the callbacks own are released after it.
     std::map<void*, _PipeInfo> closed;
     boost::mutex::scoped_lock lock(m_pipeMutex);
     for (auto& entry : m_pipeInfoMap) {
@@ -192,7 +192,7 @@ bool CVQMFilePipe::CheckCompleteFileRead(void* handle)
         VQM_LOG_PIPE("CVQMFilePipe::CheckCompleteFileRead - Invalid Handle \n");
         return false;
     }
-    bool complete = true; // nothing is left to read of what is not open
+    bool complete = true; // a handle that is not open has nothing left to read
     WithPipeInfo(handle, [&complete](const _PipeInfo& info) { complete = info.nReadSize == info.nFileSize; });
     return complete;
 }
@@ -239,7 +239,7 @@ void CVQMFilePipe::Store(void* handle, _PipeInfo& record)
     if (found == m_pipeInfoMap.end()) {
         m_pipeInfoMap.emplace(handle, std::move(record));
     } else {
-        std::swap(found->second, record); // what is replaced goes after the lock, and its callback with it
+        std::swap(found->second, record); // the caller releases the old record and its callback, after the lock
     }
 }
 
@@ -255,7 +255,7 @@ void CVQMFilePipe::UpdatePipeInfo(void* handle, _PipeInfo& info)
 
 void CVQMFilePipe::DeletePipeInfo(void* handle)
 {
-    // Declared before the lock: the stream and what the callback owns go after it.
+    // Declared before the lock, so that the stream and the callback's objects are released after it.
     std::map<void*, _PipeInfo>::node_type removed;
     boost::mutex::scoped_lock lock(m_pipeMutex);
     removed = m_pipeInfoMap.extract(handle);
@@ -325,7 +325,7 @@ void CVQMFilePipe::OpenForReading(_PipeInfo& info)
 {
     auto stream = std::make_shared<std::ifstream>();
     if (info.nReadUnitSize == 0 || info.nReadUnitSize >= kStreamBuffer) {
-        stream->rdbuf()->pubsetbuf(nullptr, 0); // each step has memory of its own: no need to copy through the buffer
+        stream->rdbuf()->pubsetbuf(nullptr, 0); // each step has its own memory: no need to copy through the buffer
     }
     Open(*stream, info.strDestURI, kVQMReadMode, "ifstream");
     if (info.nStartOffset != 0) {

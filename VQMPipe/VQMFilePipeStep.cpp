@@ -55,7 +55,7 @@ CVQMFilePipe::_Step::~_Step() // NOLINT(bugprone-exception-escape): a failed loc
     }
 }
 
-/// The request keeps what its callback has replaced, so that it goes after the lock.
+/// Swaps the callbacks, so that the request releases the old one after the lock.
 void CVQMFilePipe::_Step::Retarget(_PipeInfo& record, CVQMFileRequestData::_VQMFileRequest& request)
 {
     record.fnCallback.swap(request.fnCallback);
@@ -95,7 +95,7 @@ void CVQMFilePipe::_Step::Store()
     boost::mutex::scoped_lock lock(m_pipe.m_pipeMutex);
     const auto found = m_pipe.m_pipeInfoMap.find(handle);
     if (found != m_pipe.m_pipeInfoMap.end()) {
-        std::swap(found->second, info); // what the record had goes after the lock
+        std::swap(found->second, info); // the step releases the old record, after the lock
         static_cast<void>(m_pNewBuffer.release());
     }
     Unlink();
@@ -225,8 +225,8 @@ bool CVQMFilePipe::Read(_Step& step)
         return false;
     }
 
-    // Behind the end, where a whole read from an offset leaves it, the difference wraps around and
-    // the step is as long as its unit.
+    // A whole read from an offset leaves the position past the end. There the difference wraps around,
+    // and the step is as long as its unit: intended.
     const uVQMINT64 size =
         info.nReadUnitSize == 0 ? info.nFileSize : std::min(info.nFileSize - info.nReadSize, info.nReadUnitSize);
     auto& stream = *static_cast<std::ifstream*>(info.pFileStream);
@@ -239,7 +239,7 @@ bool CVQMFilePipe::Read(_Step& step)
                                        : TakeRawBytes(step, bytes.get(), size);
 }
 
-/// What later steps will read if the file is as long as it was.
+/// The bytes that later steps will read, if the file keeps its length.
 uVQMINT64 CVQMFilePipe::BytesToCome(const _PipeInfo& info)
 {
     return info.nReadSize < info.nFileSize ? info.nFileSize - info.nReadSize : 0;
@@ -282,13 +282,13 @@ bool CVQMFilePipe::TakeDocumentBytes(_Step& step, const char* bytes, uVQMINT64 s
     return true;
 }
 
-/// Hands the step's bytes to the destination, if it can take them, and to the callback.
+/// Passes the step's bytes to the destination, if it can take them, and to the callback.
 bool CVQMFilePipe::TakeRawBytes(_Step& step, char* bytes, uVQMINT64 size)
 {
     _PipeInfo& info = step.info;
     auto* destination = dynamic_cast<CVQMDataBufferObject*>(info.pDeSerializableData);
     if (destination != nullptr) {
-        // A byte more, since a reader of text puts a zero byte behind it.
+        // One byte more, because readers of text append a zero byte.
         destination->AppendReserving(bytes, size, BytesToCome(info) + 1);
     }
     if (info.fnCallback) {
