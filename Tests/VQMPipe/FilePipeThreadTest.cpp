@@ -64,11 +64,11 @@ TEST_F(FilePipeThreads, AStepMayEndBeforeOneThatBeganLater)
     std::promise<void> firstRuns;
     std::promise<void> secondRuns;
     std::promise<void> firstHasEnded;
-    const auto read = [this](const std::string& name, const std::function<void()>& callback) {
+    const auto read = [this](const std::string& name, const std::function<void(FileRequest)>& callback) {
         FileRequest request = RequestFor(REQUEST_READ, MakeFile(name, "0123456789"));
         request.nReadUnitSize = 5;
-        request.fnCallback = [callback](int, char*, uVQMINT64, IVQMPipe*, void*) { callback(); };
         request.hPipe = Create(request);
+        request.fnCallback = [callback, request](int, char*, uVQMINT64, IVQMPipe*, void*) { callback(request); };
         EXPECT_EQ(Step(request), request.hPipe);
         return request;
     };
@@ -76,12 +76,13 @@ TEST_F(FilePipeThreads, AStepMayEndBeforeOneThatBeganLater)
     FileRequest second;
     std::thread later([&] {
         EXPECT_TRUE(Happens(firstRuns));
-        second = read("second", [&] {
+        second = read("second", [&](const FileRequest& request) {
             secondRuns.set_value();
             EXPECT_TRUE(Happens(firstHasEnded));
+            EXPECT_EQ(Step(request), nullptr) << "the pipe still knows the step in progress";
         });
     });
-    first = read("first", [&] {
+    first = read("first", [&](const FileRequest& /*request*/) {
         firstRuns.set_value();
         EXPECT_TRUE(Happens(secondRuns));
     });
