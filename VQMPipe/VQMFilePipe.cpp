@@ -137,6 +137,7 @@ void* CVQMFilePipe::MoveStep(void* handle, CVQMFileRequestData::_VQMFileRequest*
         done = Read(step);
         break;
     default:
+        // Not a failure: the handle stays open and is the result.
         VQM_LOG_PIPE_AS("Request", "CVQMFilePipe::Request - Unsupported Request command\n");
         return handle;
     }
@@ -263,6 +264,7 @@ void CVQMFilePipe::DeletePipeInfo(void* handle)
         return;
     }
     CloseStream(removed.mapped());
+    // A weak reference keeps the stream's memory, and so its address, from being reused by the next streams.
     m_closedStreams[m_nClosedStreams++ % m_closedStreams.size()] = removed.mapped().pStreamOwner;
     if (_Step* const step = _Step::Find(*this, handle)) {
         step->Keep(std::move(removed));
@@ -308,6 +310,7 @@ void* CVQMFilePipe::FOpen(_PipeInfo& info)
             throw CVQMException(kVQMOpenError, "Wrong file command : " + info.strDestURI);
         }
 
+        // Only the stored record gets the size. A file that is opened to be written has just been emptied.
         _PipeInfo record(info);
         record.nFileSize = info.eRequestCommand == REQUEST_WRITE ? 0 : GetFileSize(info.strDestURI.c_str());
         Store(info.pFileStream, record);
@@ -343,6 +346,7 @@ void CVQMFilePipe::OpenForReading(_PipeInfo& info)
 void CVQMFilePipe::OpenForWriting(_PipeInfo& info, std::ios_base::openmode mode)
 {
     auto stream = std::make_shared<std::ofstream>();
+    // Only this mode throws by itself; appending and reading check the state after each operation.
     if (mode == kVQMWriteMode) {
         stream->exceptions(std::ios_base::failbit);
     }
