@@ -17,20 +17,20 @@
 
 namespace {
 
-/// What every number text is cut to.
+/// Every number text is cut to this length.
 constexpr std::size_t kMaxNumberText = 253;
 
-/// The largest size an object can have.
+/// The largest size that an object can have.
 constexpr std::size_t kMaxSize = std::numeric_limits<std::ptrdiff_t>::max();
 
-/// The most room that is made for bytes before any have come.
+/// The most memory that is reserved for announced bytes at first: the announcement may be wrong.
 constexpr uVQMINT64 kMaxReserve = 64ULL << 20U;
 
-/// How many times the bytes that have come, room is made for more.
+/// Later, at most this many times the stored bytes are reserved.
 constexpr uVQMINT64 kMaxReserveFactor = 16;
 
-/// Fails like an `assert` in `function`: the function's text is fixed, while what compilers make
-/// of it differs.
+/// Fails like an `assert` in `function`. A real `assert` would print the function's name as the compiler
+/// spells it; this text is the same with every compiler.
 void AssertText(const char* pStr, int line, const char* function)
 {
     if (pStr == nullptr) {
@@ -65,8 +65,8 @@ struct DigitRun {
     const char* pEnd;
 };
 
-/// The first digits, at most so many that a double holds their number exactly. Up to there
-/// arithmetic on integers gives the same number as arithmetic on doubles, and sooner.
+/// The first digits, at most as many as a double holds exactly. Up to there, integer arithmetic gives
+/// the same number as arithmetic on doubles, and faster.
 DigitRun ScanExactDigits(const char* pStr)
 {
     constexpr int kExactDigits = 15;
@@ -77,8 +77,8 @@ DigitRun ScanExactDigits(const char* pStr)
     return run;
 }
 
-/// A product rounded on its own: stored, so that no compiler fuses it with an addition that
-/// follows, whatever its options are.
+/// A product that is rounded separately: stored, so that no compiler, with any options, fuses it with
+/// an addition that follows.
 double Product(double left, double right)
 {
     const volatile double product = left * right;
@@ -97,7 +97,7 @@ std::size_t DoubleUntil(std::size_t capacity, std::size_t size)
     return capacity;
 }
 
-/// The capacity for `size` bytes and for so many of the expected ones as are believed.
+/// The capacity for `size` bytes and for as many of the expected ones as the limits allow.
 std::size_t WithReserve(std::size_t size, uVQMINT64 expected)
 {
     const uVQMINT64 believed = std::min(expected, std::max(kMaxReserve, kMaxReserveFactor * size));
@@ -153,7 +153,7 @@ void CVQMDataObject::StrToNumber(const char* pStr, double& number)
             scale *= 0.1;
             fraction = Product(fraction, 10.0) + (*pStr - '0');
         }
-        // A further '.' goes on from here, with the fraction scaled already: intended.
+        // A further '.' continues from here with the scaled fraction: intended.
         fraction = Product(fraction, scale);
     }
     number = negative ? -(integer + fraction) : integer + fraction;
@@ -228,7 +228,7 @@ void CVQMDataBufferObject::AppendReserving(const char* pData, uVQMINT64 nSize, u
     if (nSize == 0) {
         return;
     }
-    std::unique_ptr<char[]> old; // until the end: the bytes to append may lie in it
+    std::unique_ptr<char[]> old; // released last: the bytes to append may lie in it
     if (nSize > m_nCapacity - m_nSize) {
         old = Grow(nSize, nExpected);
     }
@@ -236,7 +236,7 @@ void CVQMDataBufferObject::AppendReserving(const char* pData, uVQMINT64 nSize, u
     m_nSize += static_cast<std::size_t>(nSize);
 }
 
-/// Makes room for `nSize` bytes more. Returns the old room, with the bytes in it.
+/// Makes room for `nSize` more bytes. Returns the old memory, with the bytes in it.
 std::unique_ptr<char[]> CVQMDataBufferObject::Grow(uVQMINT64 nSize, uVQMINT64 nExpected)
 {
     if (nSize > kMaxSize - m_nSize) {

@@ -12,8 +12,8 @@ class IVQMSerialize;
 /// Sizes, counts, identifiers and file offsets.
 using uVQMINT64 = unsigned long long;
 
-/// The root of everything that moves through a pipe or a serializer, and the conversions between
-/// numbers and text that all of it shares.
+/// The base class of all objects that move through a pipe or a serializer, with the conversions between
+/// numbers and text that they share.
 ///
 /// Threads: the conversions keep no state and may run on any thread. No data object locks: one
 /// object belongs to one thread at a time.
@@ -36,7 +36,7 @@ public:
     void StrToNumber(const char* pStr, uVQMINT64& number);
 
     /// An optional '-', digits, and '.' with a fraction. The same text gives the same bits on
-    /// every target. A further '.' goes on with the fraction read so far: "1.5.5" gives 1.1.
+    /// every target. A further '.' continues with the fraction read so far: "1.5.5" gives 1.1.
     void StrToNumber(const char* pStr, double& number);
 
     // Number to text. The text is replaced; the number is only read. The decimal point is '.' in
@@ -93,7 +93,7 @@ public:
     CVQMDataBufferObject(CVQMDataBufferObject&& other) noexcept;
     CVQMDataBufferObject& operator=(CVQMDataBufferObject&& other) noexcept;
 
-    /// Appends `nSize` bytes, which may lie in this very buffer; with 0 nothing happens at all.
+    /// Appends `nSize` bytes, which may lie in this very buffer; does nothing with 0.
     /// A full buffer doubles its capacity, from 1 on, until the bytes fit. More bytes than an
     /// object can have throw `std::length_error`, exhausted memory throws `std::bad_alloc`; both
     /// leave the buffer as it was.

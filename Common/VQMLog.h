@@ -18,11 +18,12 @@
 #define VQM_LOG_INFO(...) VQM_LOG(DLOG_INFO, VQM_LOG_TAG, __VA_ARGS__)
 #define VQM_LOG_ERROR(...) VQM_LOG(DLOG_ERROR, VQM_LOG_TAG, __VA_ARGS__)
 
-/// Logs in the name of another function: for helpers that report for the operation they serve.
+/// Log in the name of another function: for helpers that report for the operation they serve.
+#define VQM_LOG_DEBUG_AS(function, ...) VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, __VA_ARGS__)
 #define VQM_LOG_AS(function, priority, tag, ...) VQM_LOG_IN(__FILE_NAME__, function, priority, tag, __VA_ARGS__)
 
 /// Logs in the name of another function and source file.
-/// The first branch never runs; it is there for the compiler's check of the format.
+/// The first branch never runs; it lets the compiler check the format.
 #define VQM_LOG_IN(file, function, priority, tag, ...)                                                                 \
     do {                                                                                                               \
         if (false) {                                                                                                   \

@@ -24,7 +24,7 @@ constexpr char kScheduleDirectory[] = VQM_APPS_DIR "/" VQM_APP_ID "/RECH";
 constexpr char kScheduleFileConstant[] = "ScheduleFile";
 constexpr uVQMINT64 kReadUnit = 102400;
 
-/// The store's only failure; other results, negative ones too, are its business.
+/// The store's only failure; other results, even negative ones, count as success.
 constexpr int kStoreFailure = -1;
 
 vconf_callback_fn AsStoreCallback(void* callback)
@@ -36,23 +36,22 @@ vconf_callback_fn AsStoreCallback(void* callback)
 void LogSettings(const char* function, const _VQMPolicy& policy)
 {
     constexpr char kSeparator[] = "#########################################################";
-    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "%s", kSeparator);
-    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - IsMaster %d\n", policy.IsMaster);
-    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - NumOfPlayer %d\n", policy.NumOfPlayer);
-    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - IPAddrOfMaster %s\n", policy.IPAddrOfMaster.c_str());
-    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - IPType %d\n", policy.IPType);
-    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - IPAddr %s\n", policy.IPAddr.c_str());
-    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - SubnetMask %s\n", policy.SubnetMask.c_str());
-    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - Gateway %s\n", policy.Gateway.c_str());
-    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - TypeOfNetwork %d\n", policy.TypeOfNetwork);
-    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - WirelessGroupName %s\n",
-               policy.WirelessGroupName.c_str());
-    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "rech_info - nImageDuration %d\n", policy.nImageDuration);
-    VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "%s", kSeparator);
+    VQM_LOG_DEBUG_AS(function, "%s", kSeparator);
+    VQM_LOG_DEBUG_AS(function, "rech_info - IsMaster %d\n", policy.IsMaster);
+    VQM_LOG_DEBUG_AS(function, "rech_info - NumOfPlayer %d\n", policy.NumOfPlayer);
+    VQM_LOG_DEBUG_AS(function, "rech_info - IPAddrOfMaster %s\n", policy.IPAddrOfMaster.c_str());
+    VQM_LOG_DEBUG_AS(function, "rech_info - IPType %d\n", policy.IPType);
+    VQM_LOG_DEBUG_AS(function, "rech_info - IPAddr %s\n", policy.IPAddr.c_str());
+    VQM_LOG_DEBUG_AS(function, "rech_info - SubnetMask %s\n", policy.SubnetMask.c_str());
+    VQM_LOG_DEBUG_AS(function, "rech_info - Gateway %s\n", policy.Gateway.c_str());
+    VQM_LOG_DEBUG_AS(function, "rech_info - TypeOfNetwork %d\n", policy.TypeOfNetwork);
+    VQM_LOG_DEBUG_AS(function, "rech_info - WirelessGroupName %s\n", policy.WirelessGroupName.c_str());
+    VQM_LOG_DEBUG_AS(function, "rech_info - nImageDuration %d\n", policy.nImageDuration);
+    VQM_LOG_DEBUG_AS(function, "%s", kSeparator);
 }
 
-/// Where the library has 32 bits for a time, a file dated after 2038 is an error to it; it is
-/// there all the same. Any other error is thrown.
+/// With 32-bit times, the library reports an error for a file dated after 2038, although it exists.
+/// Any other error is thrown.
 bool Exists(const std::string& path)
 {
     try {
@@ -200,7 +199,7 @@ void CVQMSyncDemoMonitor::CheckContents()
     boost::mutex::scoped_lock lock(m_policyMutex);
     m_stCurrentPolicy = std::move(policy);
     m_bHaveContents = true;
-    LogSettings(__func__, m_stCurrentPolicy); // under the lock, so that it is this policy's
+    LogSettings(__func__, m_stCurrentPolicy); // under the lock, so that no other policy is logged
 }
 
 /// Stops at the first content that is missing or has another size, and logs it for `CheckContents`.
@@ -213,8 +212,7 @@ bool CVQMSyncDemoMonitor::HasAllContents(const _VQMPolicy& policy)
         for (const _VQMContentInfo& content : schedule.listContents) {
             const std::string path = directory + content.strName;
             if (pipe.GetFileSize(path.c_str()) != content.nSize) {
-                VQM_LOG_AS("CheckContents", DLOG_DEBUG, VQM_LOG_TAG,
-                           "CVQMSyncDemoMonitor::CheckContents - %s not exist \n", path.c_str());
+                VQM_LOG_DEBUG_AS("CheckContents", "CVQMSyncDemoMonitor::CheckContents - %s not exist \n", path.c_str());
                 return false;
             }
         }

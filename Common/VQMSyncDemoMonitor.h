@@ -49,20 +49,20 @@ public:
     CVQMSyncDemoMonitor& operator=(const CVQMSyncDemoMonitor&) = delete;
 
     /// Runs the content check, once: after a run without an exception every further call returns
-    /// true without looking at the disk again. True says that the check ran, not what it found:
-    /// that is what `CheckHaveSchedule` and `CheckHaveContents` tell. False after an exception,
-    /// which is logged at error priority; the next call tries again.
+    /// true without looking at the disk again. True means that the check ran; `CheckHaveSchedule` and
+    /// `CheckHaveContents` return its findings. False after an exception, which is logged at error
+    /// priority; the next call tries again.
     bool Create();
 
     /// The content check, whenever it is called: the file that the constant "ScheduleFile" names
     /// must lie in the schedule directory and parse, and every content file of the schedule must
     /// lie in the media directory in exactly its announced size in bytes. Then the schedule becomes
     /// the current policy, and its network and player settings are logged. Otherwise the current
-    /// policy stays, and one of the two answers becomes false: without a schedule the one about
-    /// contents stays too.
+    /// policy stays and one of the two answers becomes false; without a schedule, the answer about
+    /// contents stays as well.
     ///
-    /// Load the constants before. Without that constant the schedule directory itself is what is
-    /// looked for. A content announced with 0 bytes may be absent.
+    /// Load the constants before. Without that constant, the check looks for the schedule directory
+    /// itself. A content announced with 0 bytes may be absent.
     ///
     /// Throws `boost::filesystem::filesystem_error` when the schedule's path cannot be examined
     /// (anything but its absence), and `std::bad_alloc`; the current policy stays then as well.
@@ -94,7 +94,7 @@ public:
     /// Whether the last content check found a schedule that parsed.
     bool CheckHaveSchedule();
 
-    /// Whether the last content check that got so far found every content file in its announced size.
+    /// Whether the last content check with a schedule found every content file in its announced size.
     bool CheckHaveContents();
 
 private:

@@ -19,8 +19,8 @@ constexpr const char* kToolKeys[] = {"XF86SimpleMenu", "XF86More"};
 
 /// The service's or-exclusive mode.
 constexpr unsigned int kOrExclusive = 0x80000;
-/// The keys every other application needs: they are grabbed with the rest and handed back.
-constexpr int kHandedBack[] = {75, 76, 17, 10, 31, 26, 27, 28, 29, 30};
+/// The keys that every other application needs: they are grabbed with the rest and released again.
+constexpr int kReleasedAgain[] = {75, 76, 17, 10, 31, 26, 27, 28, 29, 30};
 
 bool IsToolKey(const char* key)
 {
@@ -36,7 +36,7 @@ bool IsToolKey(const char* key)
 void ReleaseObject(Evas_Object*& object, const char* function, const char* name)
 {
     if (evas_object_ref_get(object) > 0) {
-        VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "evas_object_unref(%s)", name);
+        VQM_LOG_DEBUG_AS(function, "evas_object_unref(%s)", name);
         evas_object_unref(object);
     }
     evas_object_del(object);
@@ -97,7 +97,7 @@ bool CVQMKeyGrab::CreateWindow(void* data)
         VQM_LOG_DEBUG("CVQMKeyGrab::CreateWindow - evas_object_rectangle_add failed\n");
         return false;
     }
-    // Copied rather than blended, transparent pixels replace what is under them.
+    // Transparent pixels that are copied, not blended, replace the pixels below them.
     evas_object_color_set(m_background, 0, 0, 0, 0);
     evas_object_render_op_set(m_background, EVAS_RENDER_COPY);
     evas_object_resize(m_background, width, height);
@@ -160,7 +160,7 @@ void CVQMKeyGrab::OrExclusiveGrabKeys(void* display, unsigned int window, bool /
     }
     Grab_RegisterKeys(display, window, &grabList);
 
-    for (const int keyId : kHandedBack) {
+    for (const int keyId : kReleasedAgain) {
         Grab_AddKey(&releaseList, keyId, kOrExclusive);
     }
     UnGrab_RegisterKeys(display, window, &releaseList);
@@ -174,7 +174,7 @@ void CVQMKeyGrab::OnKeyReleaseCB(void* data, Evas* /*e*/, Evas_Object* /*obj*/, 
         VQM_LOG_ERROR("OnKeyReleaseCB -  data is null \n");
         return;
     }
-    // `key` is the symbol, "XF86More"; `keyname` names the physical key, whatever it means now.
+    // `key` is the symbol, "XF86More"; `keyname` names the physical key, independent of its symbol.
     if (!IsToolKey(static_cast<const Evas_Event_Key_Up*>(event_info)->key)) {
         return;
     }

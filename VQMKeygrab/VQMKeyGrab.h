@@ -5,7 +5,7 @@
 /// The application's working part: an invisible window that holds the remote control's keys and
 /// launches the companion GUI when a tool key is released while sync demo is on.
 ///
-/// Lives on the main loop's thread and throws nothing of its own.
+/// Lives on the main loop's thread and does not throw.
 class CVQMKeyGrab {
 public:
     /// Opens the window and grabs the keys. A failure is logged and leaves the object with what
@@ -45,5 +45,5 @@ private:
     Evas* m_evas = nullptr;
 };
 
-/// The one key grab, from start-up to teardown; null before and after.
+/// The one key grab, between start-up and teardown; null before and after.
 extern CVQMKeyGrab* gkeygrab;

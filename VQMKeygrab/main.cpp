@@ -79,24 +79,24 @@ void RegisterEventHandlers(app_event_handler_h (&handlers)[kEventTypes])
 void BlockPopups(const char* function)
 {
     try {
-        VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "block popups start.");
+        VQM_LOG_DEBUG_AS(function, "block popups start.");
         tvcontext_init();
         tvcontext_begin_popup_free();
-        VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "block popups end");
+        VQM_LOG_DEBUG_AS(function, "block popups end");
     } catch (...) {
-        VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "Exception while block popup's");
+        VQM_LOG_DEBUG_AS(function, "Exception while block popup's");
     }
 }
 
 void UnblockPopups(const char* function)
 {
     try {
-        VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "Unblock popups start.");
+        VQM_LOG_DEBUG_AS(function, "Unblock popups start.");
         tvcontext_end_popup_free();
         tvcontext_fini();
-        VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "Unblock popups end");
+        VQM_LOG_DEBUG_AS(function, "Unblock popups end");
     } catch (...) {
-        VQM_LOG_AS(function, DLOG_DEBUG, VQM_LOG_TAG, "Exception while clearing popup's");
+        VQM_LOG_DEBUG_AS(function, "Exception while clearing popup's");
     }
 }
 

@@ -8,13 +8,13 @@ class IVQMPipe;
 
 /// What a transfer does with its file.
 enum VQMRequestCommand {
-    REQUEST_WRITE = 0, ///< writes; what the file held is gone when the pipe opens
+    REQUEST_WRITE = 0, ///< writes; opening the pipe empties the file
     REQUEST_READ = 1,
-    REQUEST_APPEND = 2, ///< writes behind what the file holds
+    REQUEST_APPEND = 2, ///< writes after the file's content
 };
 
-/// Hears of the progress of reading; writing never calls it. It runs on the thread that made the
-/// request, without any lock of the pipe, and may call every operation of the pipe, also
+/// Is called with the progress of reading; writing never calls it. It runs on the thread that made the
+/// request, without any lock of the pipe, and may call every operation of the pipe, including
 /// `DisconnectPipe` of its own handle.
 ///
 /// Arguments: the request's id, data, the number of bytes, the pipe and the handle.

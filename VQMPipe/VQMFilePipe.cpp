@@ -44,7 +44,7 @@ CVQMFilePipe::CVQMFilePipe() = default;
 
 CVQMFilePipe::~CVQMFilePipe() // NOLINT(bugprone-exception-escape): a failed lock is fatal here
 {
-    // Declared before the lock: what the callbacks own is released after it.
+    // Declared before the lock, so that objects that the callbacks own are released after it.
     std::map<void*, _PipeInfo> closed;
     boost::mutex::scoped_lock lock(m_pipeMutex);
     for (auto& entry : m_pipeInfoMap) {
@@ -137,6 +137,7 @@ void* CVQMFilePipe::MoveStep(void* handle, CVQMFileRequestData::_VQMFileRequest*
         done = Read(step);
         break;
     default:
+        // Not a failure: the handle stays open and is the result.
         VQM_LOG_PIPE_AS("Request", "CVQMFilePipe::Request - Unsupported Request command\n");
         return handle;
     }
@@ -192,7 +193,7 @@ bool CVQMFilePipe::CheckCompleteFileRead(void* handle)
         VQM_LOG_PIPE("CVQMFilePipe::CheckCompleteFileRead - Invalid Handle \n");
         return false;
     }
-    bool complete = true; // nothing is left to read of what is not open
+    bool complete = true; // a handle that is not open has nothing left to read
     WithPipeInfo(handle, [&complete](const _PipeInfo& info) { complete = info.nReadSize == info.nFileSize; });
     return complete;
 }
@@ -239,7 +240,7 @@ void CVQMFilePipe::Store(void* handle, _PipeInfo& record)
     if (found == m_pipeInfoMap.end()) {
         m_pipeInfoMap.emplace(handle, std::move(record));
     } else {
-        std::swap(found->second, record); // what is replaced goes after the lock, and its callback with it
+        std::swap(found->second, record); // the caller releases the old record and its callback, after the lock
     }
 }
 
@@ -255,7 +256,7 @@ void CVQMFilePipe::UpdatePipeInfo(void* handle, _PipeInfo& info)
 
 void CVQMFilePipe::DeletePipeInfo(void* handle)
 {
-    // Declared before the lock: the stream and what the callback owns go after it.
+    // Declared before the lock, so that the stream and the callback's objects are released after it.
     std::map<void*, _PipeInfo>::node_type removed;
     boost::mutex::scoped_lock lock(m_pipeMutex);
     removed = m_pipeInfoMap.extract(handle);
@@ -263,6 +264,7 @@ void CVQMFilePipe::DeletePipeInfo(void* handle)
         return;
     }
     CloseStream(removed.mapped());
+    // A weak reference keeps the stream's memory, and so its address, from being reused by the next streams.
     m_closedStreams[m_nClosedStreams++ % m_closedStreams.size()] = removed.mapped().pStreamOwner;
     if (_Step* const step = _Step::Find(*this, handle)) {
         step->Keep(std::move(removed));
@@ -308,6 +310,7 @@ void* CVQMFilePipe::FOpen(_PipeInfo& info)
             throw CVQMException(kVQMOpenError, "Wrong file command : " + info.strDestURI);
         }
 
+        // Only the stored record gets the size. A file that is opened to be written has just been emptied.
         _PipeInfo record(info);
         record.nFileSize = info.eRequestCommand == REQUEST_WRITE ? 0 : GetFileSize(info.strDestURI.c_str());
         Store(info.pFileStream, record);
@@ -325,7 +328,7 @@ void CVQMFilePipe::OpenForReading(_PipeInfo& info)
 {
     auto stream = std::make_shared<std::ifstream>();
     if (info.nReadUnitSize == 0 || info.nReadUnitSize >= kStreamBuffer) {
-        stream->rdbuf()->pubsetbuf(nullptr, 0); // each step has memory of its own: no need to copy through the buffer
+        stream->rdbuf()->pubsetbuf(nullptr, 0); // each step has its own memory: no need to copy through the buffer
     }
     Open(*stream, info.strDestURI, kVQMReadMode, "ifstream");
     if (info.nStartOffset != 0) {
@@ -343,6 +346,7 @@ void CVQMFilePipe::OpenForReading(_PipeInfo& info)
 void CVQMFilePipe::OpenForWriting(_PipeInfo& info, std::ios_base::openmode mode)
 {
     auto stream = std::make_shared<std::ofstream>();
+    // Only this mode throws by itself; appending and reading check the state after each operation.
     if (mode == kVQMWriteMode) {
         stream->exceptions(std::ios_base::failbit);
     }

@@ -23,19 +23,19 @@
 /// lock: failures are logged at debug priority and give null, false or 0. One transfer's failure
 /// leaves all others alone.
 ///
-/// Threads: any number of threads may use one pipe at a time, each with handles of its own. A
-/// single handle belongs to one thread at a time; how far it has come, any thread may ask.
+/// Threads: any number of threads may use one pipe at a time, each with its own handles. A single
+/// handle belongs to one thread at a time; any thread may ask for its progress.
 class CVQMFilePipe : public IVQMPipe {
 public:
     CVQMFilePipe();
 
-    /// Closes every file that is still open; a close that fails is silent.
+    /// Closes every file that is still open; errors of closing are not reported.
     ~CVQMFilePipe() override; // NOLINT(bugprone-exception-escape): a failed lock is fatal here
 
-    /// Opens the file that a `CVQMFileRequestData` describes; its handle field is not looked at.
+    /// Opens the file that a `CVQMFileRequestData` describes; its handle field is ignored.
     /// A reader starts at `nStartOffset`, which must lie inside the file. A FIFO opens once its
-    /// other side does; it measures 0, as devices do, and so nothing of it is read.
-    /// Null: not a `CVQMFileRequestData`, no path, or the file cannot be opened as wanted.
+    /// other end does; like a device it has size 0, so nothing of it is read.
+    /// Null: not a `CVQMFileRequestData`, no path, or the file cannot be opened.
     void* CreatePipe(CVQMDataStructureObject* pRequest) override;
 
     /// Moves one step of the transfer that the request's handle stands for; a request without a
@@ -47,9 +47,9 @@ public:
     /// fails.
     ///
     /// A write step writes the source object once: serialized, or the bytes of a
-    /// `CVQMDataBufferObject`. It does not flush. What is written to a full disk may seem to
-    /// succeed and be lost at the close, which is silent: whoever must know compares `GetFileSize`
-    /// after `DisconnectPipe` with `GetFileSizeToRead` before it.
+    /// `CVQMDataBufferObject`. It does not flush: a write to a full disk may seem to succeed and be
+    /// lost at the close, which is not reported. To find out, compare `GetFileSize` after
+    /// `DisconnectPipe` with `GetFileSizeToRead` before it.
     ///
     /// A read step reads up to `nReadUnitSize` bytes (0: the size of the whole file). Raw bytes go
     /// to the destination if it is a `CVQMDataBufferObject`, and to the callback. A document is
@@ -57,8 +57,8 @@ public:
     /// has become shorter since it was opened reads as zero bytes where it ends.
     ///
     /// Steps do not nest: while a step runs, its callback, serializer and data objects may make
-    /// requests for every handle but its own. A request for that one is refused, as a failed read
-    /// or write of the file is, and changes nothing.
+    /// requests for every handle but its own. A request for that one fails like a read or write
+    /// error of the file, and changes nothing.
     ///
     /// Returns the handle. Null: the step failed; the handle is closed then, except after an error
     /// that was logged as "error ...", which leaves it to the caller's `DisconnectPipe`.
@@ -66,8 +66,8 @@ public:
 
     /// Closes the file and forgets the handle; an error of the close is not reported. Null or a
     /// handle that is not open does nothing. The next 16 transfers that the pipe opens get other
-    /// handles; a later one may get this value again, and whoever still uses it then reads, writes
-    /// or closes that transfer.
+    /// handles; a later one may get this value again, and a stale copy of the handle then reads,
+    /// writes or closes that transfer.
     void DisconnectPipe(void* handle) override;
 
     /// The size of a file in bytes; 0 if it cannot be examined.
@@ -77,12 +77,12 @@ public:
     /// append the size before them too. 0 for a handle that is not open.
     uVQMINT64 GetFileSizeToRead(void* handle);
 
-    /// How far into the file reading has come, a start offset included; 0 when not reading.
+    /// The position of reading in the file, a start offset included; 0 when not reading.
     /// The spelling is the interface.
     uVQMINT64 GetCurretFileReadByNow(void* handle);
 
-    /// Whether reading has come exactly to the file's end. True as well for a handle that is not
-    /// open; false for null.
+    /// Whether reading has reached exactly the file's end. Also true for a handle that is not open;
+    /// false for null.
     bool CheckCompleteFileRead(void* handle);
 
 protected:
@@ -121,7 +121,7 @@ protected:
     bool ExistHandle(void* handle);
 
     /// Stores a copy of the record, in the place of one that is there. That one's buffer is not
-    /// deleted: the new record may point to it as well.
+    /// deleted, because the new record may point to it as well.
     void AddPipeInfo(void* handle, _PipeInfo& info);
 
     /// Copies the record to `info`, which stays as it is when there is none.
@@ -170,7 +170,8 @@ private:
 
     _Step* m_pSteps = nullptr; ///< the steps in progress
 
-    /// Keeps the memory of the last streams that were closed, so that no new one gets their address.
+    /// Keeps the memory of the last closed streams, so that no new stream gets their address, which is its
+    /// handle.
     std::array<std::weak_ptr<void>, 16> m_closedStreams;
     std::size_t m_nClosedStreams = 0;
 };

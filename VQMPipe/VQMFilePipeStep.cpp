@@ -28,6 +28,7 @@ CVQMFilePipe::_Step::_Step(CVQMFilePipe& pipe, void* pHandle, CVQMFileRequestDat
     boost::mutex::scoped_lock lock(pipe.m_pipeMutex);
     const auto found = pipe.m_pipeInfoMap.find(handle);
     if (found == pipe.m_pipeInfoMap.end()) {
+        // The step will fail for want of a stream; the command decides which operation logs that.
         info.eRequestCommand = pRequest != nullptr ? pRequest->eRequestCommand : REQUEST_WRITE;
         return;
     }
@@ -55,7 +56,7 @@ CVQMFilePipe::_Step::~_Step() // NOLINT(bugprone-exception-escape): a failed loc
     }
 }
 
-/// The request keeps what its callback has replaced, so that it goes after the lock.
+/// Swaps the callbacks, so that the request releases the old one after the lock.
 void CVQMFilePipe::_Step::Retarget(_PipeInfo& record, CVQMFileRequestData::_VQMFileRequest& request)
 {
     record.fnCallback.swap(request.fnCallback);
@@ -81,6 +82,7 @@ void CVQMFilePipe::_Step::DropBuffer()
     if (m_pNewBuffer == nullptr) {
         boost::mutex::scoped_lock lock(m_pipe.m_pipeMutex);
         const auto found = m_pipe.m_pipeInfoMap.find(handle);
+        // A derived class may have stored another buffer meanwhile: that one stays with the record.
         if (found != m_pipe.m_pipeInfoMap.end() && found->second.pDataBuffer == info.pDataBuffer) {
             m_pNewBuffer.reset(found->second.pDataBuffer);
             found->second.pDataBuffer = nullptr;
@@ -95,8 +97,8 @@ void CVQMFilePipe::_Step::Store()
     boost::mutex::scoped_lock lock(m_pipe.m_pipeMutex);
     const auto found = m_pipe.m_pipeInfoMap.find(handle);
     if (found != m_pipe.m_pipeInfoMap.end()) {
-        std::swap(found->second, info); // what the record had goes after the lock
-        static_cast<void>(m_pNewBuffer.release());
+        std::swap(found->second, info);            // the step releases the old record, after the lock
+        static_cast<void>(m_pNewBuffer.release()); // the record owns it from here on
     }
     Unlink();
 }
@@ -182,7 +184,7 @@ bool CVQMFilePipe::Write(_Step& step)
     }
 
     if (info.eRequestCommand == REQUEST_APPEND && info.bAddNewLine) {
-        source->InsertData("\r\n", 2);
+        source->InsertData("\r\n", 2); // into the source itself, where it stays: intended
     }
     auto& stream = *static_cast<std::ofstream*>(info.pFileStream);
     stream.write(source->GetData(), static_cast<std::streamsize>(source->GetDataSize()));
@@ -225,8 +227,8 @@ bool CVQMFilePipe::Read(_Step& step)
         return false;
     }
 
-    // Behind the end, where a whole read from an offset leaves it, the difference wraps around and
-    // the step is as long as its unit.
+    // A whole read from an offset leaves the position past the end. There the difference wraps around,
+    // and the step is as long as its unit: intended.
     const uVQMINT64 size =
         info.nReadUnitSize == 0 ? info.nFileSize : std::min(info.nFileSize - info.nReadSize, info.nReadUnitSize);
     auto& stream = *static_cast<std::ifstream*>(info.pFileStream);
@@ -239,7 +241,7 @@ bool CVQMFilePipe::Read(_Step& step)
                                        : TakeRawBytes(step, bytes.get(), size);
 }
 
-/// What later steps will read if the file is as long as it was.
+/// The bytes that later steps will read, if the file keeps its length.
 uVQMINT64 CVQMFilePipe::BytesToCome(const _PipeInfo& info)
 {
     return info.nReadSize < info.nFileSize ? info.nFileSize - info.nReadSize : 0;
@@ -274,6 +276,7 @@ bool CVQMFilePipe::TakeDocumentBytes(_Step& step, const char* bytes, uVQMINT64 s
         VQM_LOG_PIPE_AS("FRead", "CVQMFilePipe::FRead - Deserialize Fail \n");
         return false;
     }
+    // Before the callback: the text's memory is kept for the next document, its bytes are not.
     text.Clear();
     if (info.fnCallback) {
         info.fnCallback(info.nRequestID, reinterpret_cast<char*>(destination), 0, this, step.handle);
@@ -282,13 +285,14 @@ bool CVQMFilePipe::TakeDocumentBytes(_Step& step, const char* bytes, uVQMINT64 s
     return true;
 }
 
-/// Hands the step's bytes to the destination, if it can take them, and to the callback.
+/// Passes the step's bytes to the destination, if it can take them, and to the callback.
 bool CVQMFilePipe::TakeRawBytes(_Step& step, char* bytes, uVQMINT64 size)
 {
     _PipeInfo& info = step.info;
     auto* destination = dynamic_cast<CVQMDataBufferObject*>(info.pDeSerializableData);
     if (destination != nullptr) {
-        // A byte more, since a reader of text puts a zero byte behind it.
+        // Before the callback, which may look at the destination. One byte more is expected, because readers
+        // of text append a zero byte.
         destination->AppendReserving(bytes, size, BytesToCome(info) + 1);
     }
     if (info.fnCallback) {

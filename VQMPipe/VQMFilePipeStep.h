@@ -14,7 +14,7 @@ constexpr int kVQMReadError = 0x100007;
 /// A step in progress. It lies on the stack of the thread that makes it.
 ///
 /// The step works on a copy of the record, without the lock. While it lives, its handle takes no
-/// other step; and if the handle is disconnected, what the step uses stays until the step's end.
+/// other step. If the handle is disconnected meanwhile, the objects that the step uses stay until it ends.
 class CVQMFilePipe::_Step {
 public:
     /// Looks the record up and, if there is a request, puts the request's callback and objects into
@@ -29,7 +29,7 @@ public:
     /// The transfer's buffer, which the record gets with `Store` if it has none yet.
     CVQMDataBufferObject& Buffer();
 
-    /// Deletes the buffer, also the record's: the text of a failed step is of no use to a later one.
+    /// Deletes the buffer, also the record's: a later step cannot use the text of a failed one.
     void DropBuffer();
 
     /// Ends the step: `info` becomes the record, unless the handle was disconnected meanwhile.

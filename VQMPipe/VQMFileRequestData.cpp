@@ -4,8 +4,8 @@
 
 namespace {
 
-/// What takes memory comes first: a copy that fails changes nothing. The path goes where the old one
-/// was if it fits.
+/// Allocates first, so that a failed copy changes nothing. The path reuses the old one's memory if it
+/// fits.
 void Copy(const CVQMFileRequestData::_VQMFileRequest& from, CVQMFileRequestData::_VQMFileRequest& to)
 {
     VQMPipeCallback callback(from.fnCallback);

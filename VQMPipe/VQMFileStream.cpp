@@ -34,7 +34,7 @@ std::unique_ptr<char[]> VQMReadBytes(std::ifstream& stream, uVQMINT64 size)
     if (size >= static_cast<uVQMINT64>(std::numeric_limits<std::streamsize>::max())) {
         throw std::bad_array_new_length();
     }
-    // Not cleared before it is read: that would cost as much as the reading.
+    // Not cleared before reading: that would cost as much as the reading itself.
     std::unique_ptr<char[]> bytes(new char[static_cast<std::size_t>(size) + 1]);
     stream.read(bytes.get(), static_cast<std::streamsize>(size));
     const auto count = static_cast<std::size_t>(stream.gcount());

@@ -11,8 +11,8 @@ enum class VQMTextFileResult {
     NotRead, ///< opened, but a step failed
 };
 
-/// Appends the file's bytes and one zero byte to `text`. The file goes through a pipe of its own,
-/// `readUnit` bytes per step. Unless the result is complete, `text` holds what was read so far
+/// Appends the file's bytes and one zero byte to `text`. Reads the file through a separate pipe,
+/// `readUnit` bytes per step. Unless the result is complete, `text` holds the bytes read so far,
 /// without the zero byte.
 ///
 /// Throws `std::bad_alloc` when memory does not suffice for the request or the zero byte. When it

@@ -39,7 +39,8 @@ endif()
 option(VQM_COVERAGE "Count the branches that run" OFF)
 if(VQM_COVERAGE)
     set(VQM_COVERAGE_PROFILES ${PROJECT_BINARY_DIR}/profiles)
+    # Relative to the build folder: checkouts share compilations, and a path of another one would be lost.
     add_compile_options(-fprofile-instr-generate=${VQM_COVERAGE_PROFILES}/%m%c.profraw -fcoverage-mapping
-        -mllvm -runtime-counter-relocation)
+        -fcoverage-compilation-dir=. -mllvm -runtime-counter-relocation)
     add_link_options(-fprofile-instr-generate)
 endif()

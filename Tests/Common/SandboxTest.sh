@@ -27,7 +27,7 @@ contents: no'
 export DLOG_LEVEL=silent
 
 before=$(ls -lR /opt 2>&1 || true)
-expect 'the sample set is complete' 0 "$yes_yes" "$sandbox" "$check"
+expect 'the sample is complete' 0 "$yes_yes" "$sandbox" "$check"
 expect 'a missing file is noticed' 1 "$yes_no" "$sandbox" sh -c "rm /opt/data/demo_movie/evening.mp4; '$check'"
 expect 'a file of another size is noticed' 1 "$yes_no" \
     "$sandbox" sh -c "truncate -s 1 /opt/data/demo_movie/logo.jpg; '$check'"

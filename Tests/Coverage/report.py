@@ -8,6 +8,7 @@ Fails on a branch that it does not name, and on a name that it does not need.
 """
 
 import json
+import os
 import re
 import subprocess
 import sys
@@ -108,7 +109,8 @@ def main(root, accepted_path):
     export = json.load(sys.stdin)["data"][0]
     sources, files = {}, {}
     for file in export["files"]:
-        path = Path(file["filename"])
+        # Compilers record a path by way of the build folder.
+        path = Path(os.path.normpath(file["filename"]))
         name = path.relative_to(root).as_posix() if path.is_relative_to(root) else ""
         if name.split("/")[0] in FOLDERS:
             sources[file["filename"]] = (name, path.read_text().splitlines())

@@ -25,15 +25,16 @@ def report(tmp_path):
     source.write_text(SOURCE)
     other = tmp_path / "Tools/Pick.cpp"
 
-    def run(functions, accepted=""):
+    def run(functions, accepted="", by_way_of="."):
+        named = [f"{tmp_path}/{by_way_of}/{file.relative_to(tmp_path)}" for file in (source, other)]
         export = {
             "files": [
-                {"filename": str(file), "summary": {"lines": {"count": 4, "covered": 3}}} for file in (source, other)
+                {"filename": file, "summary": {"lines": {"count": 4, "covered": 3}}} for file in named
             ],
             "functions": [
                 {
                     "name": "_Z4Picki",
-                    "filenames": [str(other), str(source)],
+                    "filenames": named[::-1],
                     "branches": [[*place, true, false, 1, 0, 4] for place, true, false in branches]
                     + [[1, 1, 1, 2, 0, 0, 0, 0, 4]],
                 }
@@ -93,6 +94,12 @@ def test_fails_on_a_name_that_is_not_needed(report, name):
 def test_adds_up_programs_and_the_instances_of_a_template(report):
     code, _, _ = report([[(FIRST, 1, 0), (SECOND, 0, 1)], [(FIRST, 0, 1), (SECOND, 1, 0)]])
     assert code == 0
+
+
+def test_recognises_a_source_by_any_path_to_it(report):
+    code, lines, _ = report([[(FIRST, 1, 2), (SECOND, 3, 4)]], by_way_of="build/coverage/../..")
+    assert code == 0
+    assert lines[1].startswith("Data/Pick.cpp ")
 
 
 def test_refuses_a_list_that_it_cannot_read(report):

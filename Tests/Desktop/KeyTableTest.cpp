@@ -52,7 +52,7 @@ TEST_F(KeyTable, OnlyVendorKeysAreKept)
     }
 }
 
-TEST_F(KeyTable, HandsBackWhatEveryProgramNeeds)
+TEST_F(KeyTable, TheReleasedKeysAreThoseThatEveryProgramNeeds)
 {
     std::set<std::string> names;
     for (const int keyId : kHandedBack) {

@@ -359,4 +359,35 @@ TEST_F(FilePipeCallback, ABufferOfADerivedClassOutlivesItsRecordUntilTheStepEnds
     ExpectSound();
 }
 
+TEST_F(FilePipeCallback, AFailedStepLeavesABufferThatADerivedClassStoredMeanwhile)
+{
+    PlainSerializer serializer;
+    Document document;
+    int buffers = 0;
+    void* handle = nullptr;
+    std::unique_ptr<CVQMDataBufferObject> taken;
+    auto* const stored = new CountedBuffer(buffers); // the record's, once it is stored
+    serializer.onDeserialize = [&](const char* /*data*/) {
+        OpenPipe::_PipeInfo record;
+        pipe_.GetPipeInfo(handle, record);
+        taken.reset(record.pDataBuffer);
+        record.pDataBuffer = stored;
+        pipe_.UpdatePipeInfo(handle, record);
+        return false;
+    };
+    request_.pSerializer = &serializer;
+    request_.pDeSerializableData = &document;
+    request_.nReadUnitSize = 0;
+    handle = Opened(request_);
+    pipe_.m_pipeInfoMap[handle].pDataBuffer = new CountedBuffer(buffers);
+    EXPECT_FALSE(pipe_.FRead(handle));
+    EXPECT_EQ(pipe_.m_pipeInfoMap[handle].pDataBuffer, stored);
+    EXPECT_EQ(buffers, 2) << "one belongs to the record, one to the derived class";
+    pipe_.DisconnectPipe(handle);
+    EXPECT_EQ(buffers, 1);
+    taken.reset();
+    EXPECT_EQ(buffers, 0);
+    ExpectSound();
+}
+
 } // namespace

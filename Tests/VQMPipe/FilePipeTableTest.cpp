@@ -126,6 +126,16 @@ TEST_F(FilePipeTable, NullHandlesAreLoggedByTheOperationThatMetThem)
     EXPECT_TRUE(pipe_.m_pipeInfoMap.empty());
 }
 
+TEST_F(FilePipeTable, ADerivedClassMakesNoStepWithAnUnknownHandle)
+{
+    int place = 0;
+    EXPECT_FALSE(pipe_.FWrite(&place));
+    EXPECT_EQ(recorder::Take(), Lines{Debug("FWrite", "CVQMFilePipe::FWrite - Invalid File Handle \n")});
+    EXPECT_FALSE(pipe_.FRead(&place));
+    EXPECT_EQ(recorder::Take(), Lines{Debug("FRead", "CVQMFilePipe::FRead - Invalid File Handle \n")});
+    EXPECT_TRUE(pipe_.m_pipeInfoMap.empty());
+}
+
 TEST_F(FilePipeTable, UnknownHandlesAreSilent)
 {
     PipeInfo info = FullInfo();

@@ -1,15 +1,23 @@
 #include <atomic>
 #include <functional>
+#include <future>
 #include <mutex>
+#include <string>
 #include <thread>
 
 #include "Data/VQMScheduleContainer.h"
+#include "Tests/Support/Eventually.h"
 #include "Tests/Support/RunTogether.h"
 #include "Tests/VQMPipe/FilePipeTest.h"
 
 // One pipe on many threads.
 
 namespace {
+
+bool Happens(std::promise<void>& event)
+{
+    return event.get_future().wait_for(TestPatience()) == std::future_status::ready;
+}
 
 constexpr int kThreads = 4;
 constexpr int kRounds = 20;
@@ -49,6 +57,42 @@ TEST_F(FilePipeThreads, EachThreadMayReadWithItsOwnHandle)
         }
     });
     EXPECT_TRUE(pipe_.m_pipeInfoMap.empty());
+}
+
+TEST_F(FilePipeThreads, AStepMayEndBeforeOneThatBeganLater)
+{
+    std::promise<void> firstRuns;
+    std::promise<void> secondRuns;
+    std::promise<void> firstHasEnded;
+    const auto read = [this](const std::string& name, const std::function<void(FileRequest)>& callback) {
+        FileRequest request = RequestFor(REQUEST_READ, MakeFile(name, "0123456789"));
+        request.nReadUnitSize = 5;
+        request.hPipe = Create(request);
+        request.fnCallback = [callback, request](int, char*, uVQMINT64, IVQMPipe*, void*) { callback(request); };
+        EXPECT_EQ(Step(request), request.hPipe);
+        return request;
+    };
+    FileRequest first;
+    FileRequest second;
+    std::thread later([&] {
+        EXPECT_TRUE(Happens(firstRuns));
+        second = read("second", [&](const FileRequest& request) {
+            secondRuns.set_value();
+            EXPECT_TRUE(Happens(firstHasEnded));
+            EXPECT_EQ(Step(request), nullptr) << "the pipe still knows the step in progress";
+        });
+    });
+    first = read("first", [&](const FileRequest& /*request*/) {
+        firstRuns.set_value();
+        EXPECT_TRUE(Happens(secondRuns));
+    });
+    firstHasEnded.set_value();
+    later.join();
+    for (FileRequest* request : {&first, &second}) {
+        request->fnCallback = nullptr;
+        EXPECT_EQ(Step(*request), request->hPipe) << "its handle is free for another step";
+        EXPECT_TRUE(pipe_.CheckCompleteFileRead(request->hPipe));
+    }
 }
 
 TEST_F(FilePipeThreads, OneFileMayBeReadByAllOfThem)

@@ -108,6 +108,7 @@ Result<std::vector<std::string>> ArgumentsOf(GKeyFile* file, const std::string& 
 
 Result<DesktopEntry> ReadEntry(const EntryFile& file)
 {
+    // Before it is opened: the parser would wait for the writer of a FIFO.
     struct stat status {};
     if (stat(file.path.c_str(), &status) == -1 || !S_ISREG(status.st_mode)) {
         return Error{"not a plain file"};

@@ -18,6 +18,7 @@ std::map<KeyCode, int> FindKeycodes(const std::set<int>& keyIds, const KeyboardM
     for (const int keyId : keyIds) {
         idOf.emplace(XStringToKeysym(KeyName(keyId)), keyId);
     }
+    // Older Xlibs do not know every name. Keycodes without a symbol must not match such an id.
     idOf.erase(NoSymbol);
     std::map<KeyCode, int> found;
     for (int keycode = keyboard.FirstKeycode(); keycode <= keyboard.LastKeycode(); ++keycode) {

@@ -154,6 +154,7 @@ int Grab_RegisterKeys(void* display, unsigned int window, GrabKeyList* list)
         PLATFORM_LOG(DLOG_ERROR, "window 0x%x is not a toolkit window: no keys are taken for it", window);
         return kFailure;
     }
+    // Again, because the toolkit has opened its connection by now and installed its own handler.
     desktop::ExitWhenXServerIsLost();
     if (!HeldKeys()) {
         StartHolding(static_cast<Display*>(display));
@@ -174,6 +175,7 @@ int UnGrab_RegisterKeys(void* display, unsigned int /*window*/, GrabKeyList* lis
     if (display == nullptr || list == nullptr || !HeldKeys()) {
         return kFailure;
     }
+    // All keys of the list, even if TV_REMOTE_KEYS has kept some of them from being taken.
     HeldKeys()->Remove(KeysOf(*list, false));
     Publish();
     return 0;

@@ -46,6 +46,7 @@ bool PopupInhibitor::Begin()
         return false;
     }
     AskForOwner();
+    // Each answer sends the next request of the chain; the loop ends with the last answer or a timeout.
     while (bus_.WaitForAnswer()) {
     }
     if (owner_.empty()) {
@@ -109,6 +110,7 @@ void PopupInhibitor::OnOwner(const std::string& owner)
     if (held_ && held_->daemon == owner) {
         return;
     }
+    // A new owner: an answer of the old one must not be taken for the new one's.
     bus_.CancelAsk();
     GiveBackWithoutWaiting();
     owner_ = owner;
@@ -147,6 +149,7 @@ void PopupInhibitor::OnInhibited(const BusReply& reply)
     if (reply.answer == BusAnswer::kSilent) {
         return;
     }
+    // A daemon without the method answers with an error, and one with another `Inhibit` without a cookie.
     if (const std::optional<std::uint32_t> cookie = CookieIn(reply)) {
         undecided_ = false;
         held_ = Held{owner_, true, *cookie, false};
@@ -174,6 +177,7 @@ void PopupInhibitor::OnPausedFound(const BusReply& reply)
         Pause(*paused);
         return;
     }
+    // The record names the bus: another bus may have a daemon with the same unique name.
     bus_.Ask(IdentityRequest(), [this, before = *paused](const BusReply& identity) {
         busIdentity_ = IdentityIn(identity);
         if (!busIdentity_.empty()) {

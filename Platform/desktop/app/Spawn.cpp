@@ -17,6 +17,7 @@ public:
     explicit ChildSetup(const std::string& workingFolder)
     {
         posix_spawnattr_init(&attributes_);
+        // Ignored and blocked signals are inherited otherwise.
         sigset_t signals;
         sigfillset(&signals);
         posix_spawnattr_setsigdefault(&attributes_, &signals);

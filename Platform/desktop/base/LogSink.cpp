@@ -32,6 +32,7 @@ ssize_t WriteShielded(int pipe, std::string_view data)
     const ssize_t written = write(pipe, data.data(), data.size());
     const int error = errno;
     if (written == -1 && error == EPIPE && sigismember(&before, SIGPIPE) == 0) {
+        // Takes the pending signal away, so that it does not arrive once it is unblocked.
         const timespec now{};
         while (sigtimedwait(&brokenPipe, nullptr, &now) == -1 && errno == EINTR) {
         }
@@ -62,6 +63,7 @@ LogSink LogSink::For(int descriptor)
             return {std::move(again), kind, false};
         }
     }
+    // Never one of the standard numbers, which a program may close and open again.
     constexpr int kFirstOfOthers = STDERR_FILENO + 1;
     return {FileDescriptor(fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstOfOthers)), kind, true};
 }
@@ -74,6 +76,7 @@ LogSink LogSink::ForSocket(FileDescriptor socket)
 ssize_t LogSink::Write(std::string_view data) const
 {
     if (kind_ == Kind::kSocket) {
+        // The flags hold for this call only: those of the socket belong to other processes too.
         return send(held_.Get(), data.data(), data.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     }
     if (mayBlock_ && kind_ != Kind::kPlain) {

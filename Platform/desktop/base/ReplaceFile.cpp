@@ -116,6 +116,8 @@ private:
             return errno;
         }
         struct stat status {};
+        // Between its creation and the lock, another writer may lock the file, or take it for a leftover and
+        // remove it.
         const bool taken = flock(file_.Get(), LOCK_EX | LOCK_NB) == -1 && errno == EWOULDBLOCK;
         if (taken || (fstat(file_.Get(), &status) == 0 && status.st_nlink == 0)) {
             unlink(path.c_str());
@@ -133,6 +135,7 @@ private:
 void RemoveIfLeftBehind(int folder, const char* name)
 {
     const FileDescriptor file(openat(folder, name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
+    // A file whose lock is free has no living writer.
     if (file.IsOpen() && flock(file.Get(), LOCK_EX | LOCK_NB) == 0) {
         unlinkat(folder, name, 0);
     }

@@ -60,6 +60,7 @@ std::unique_ptr<BusConnection> BusConnection::Open(const std::string& place)
 bool BusConnection::Prepare()
 {
     DBusConnection* connection = connection_.get();
+    // The process must survive the bus.
     dbus_connection_set_exit_on_disconnect(connection, FALSE);
     int socket = -1;
     if (dbus_connection_get_unix_fd(connection, &socket) == FALSE) {
@@ -105,6 +106,7 @@ BusConnection::PendingCall BusConnection::Post(const BusMessage& request)
     DBusPendingCall* call = nullptr;
     if (request != nullptr) {
         dbus_message_set_auto_start(request.get(), FALSE);
+        // Without the library's timeout, for which the main loop would have to serve its timers.
         dbus_connection_send_with_reply(connection_.get(), request.get(), &call, DBUS_TIMEOUT_INFINITE);
     }
     return PendingCall(call);
@@ -271,6 +273,7 @@ void BusConnection::Serve(std::chrono::milliseconds longest)
         }
         Handle(seen);
     }
+    // One read may bring many messages; `poll` does not report those that the library holds already.
     while (dbus_connection_dispatch(connection_.get()) == DBUS_DISPATCH_DATA_REMAINS) {
     }
 }

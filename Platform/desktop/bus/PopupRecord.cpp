@@ -52,6 +52,7 @@ std::string PopupRecordFile(const std::string& applicationId)
 
 std::optional<PopupRecord> ReadPopupRecord(const std::string& path)
 {
+    // Without waiting and without following links: other programs can put anything in the file's place.
     const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
     std::array<char, kLongestRecord> buffer;
     const ssize_t size = file.IsOpen() ? read(file.Get(), buffer.data(), buffer.size()) : -1;

@@ -55,7 +55,7 @@ void GiveToolkitWritableHome()
     }
     const std::string folder = ValueOf("XDG_RUNTIME_DIR") + "/" + kApplicationId + ".home";
     if (mkdir(folder.c_str(), S_IRWXU) == -1 && errno != EEXIST) {
-        return;
+        return; // the toolkit then reports each of its failures, but works
     }
     KeepWhatIsFoundThroughHome();
     SetOwnVariable("HOME", folder.c_str());

@@ -11,6 +11,7 @@ Display* OwnDisplay()
     if (display == nullptr) {
         display = XOpenDisplay(nullptr);
         if (display != nullptr) {
+            // A launched program must not keep this connection, and with it the selection, alive.
             fcntl(ConnectionNumber(display), F_SETFD, FD_CLOEXEC);
         }
     }
@@ -28,6 +29,7 @@ XErrorTrap::XErrorTrap(Display* display) : display_(display)
 
 XErrorTrap::~XErrorTrap()
 {
+    // The errors of the last requests may still be on their way.
     XSync(display_, False);
     XSetErrorHandler(previous_);
     current_ = nullptr;
