@@ -8,11 +8,17 @@
 
 namespace desktop {
 
-bool AddSettingWatch(std::string_view key, vconf_callback_fn /*callback*/, void* /*userData*/)
+namespace {
+
+constexpr char kReason[] = "this library was built without VQM_ECORE_WATCH";
+
+} // namespace
+
+Result<void> AddSettingWatch(std::string_view key, vconf_callback_fn /*callback*/, void* /*userData*/)
 {
-    PLATFORM_LOG(DLOG_ERROR, "%s: changes are not reported: this library was built without VQM_ECORE_WATCH",
-                 std::string(key).c_str());
-    return false;
+    // Logged as well: who gets a bare -1 from the C interface would look for a fault of the store.
+    PLATFORM_LOG(DLOG_ERROR, "%s: changes are not reported: %s", std::string(key).c_str(), kReason);
+    return Error{kReason};
 }
 
 bool RemoveSettingWatch(std::string_view /*key*/, vconf_callback_fn /*callback*/)
