@@ -1,5 +1,6 @@
 """The shared library and vqmctl, built on a machine that seems to have no EFL, X11 and D-Bus."""
 
+import os
 import re
 import shutil
 
@@ -26,7 +27,8 @@ def without_toolkit(tmp_path_factory):
 @pytest.fixture(scope="session")
 def build(tmp_path_factory, without_toolkit):
     folder = tmp_path_factory.mktemp("build")
-    build_project(ROOT, folder, "-DVQM_BUILD_APPLICATION=OFF", "-DBUILD_SHARED_LIBS=ON", environment=without_toolkit)
+    build_project(ROOT, folder, "-DVQM_BUILD_APPLICATION=OFF", "-DBUILD_SHARED_LIBS=ON", "-DVQM_APPS_DIR=/srv/apps",
+                  "-DVQM_APP_ID=com.example.tv", environment=without_toolkit)  # fmt: skip
     return folder
 
 
@@ -61,6 +63,40 @@ def test_the_readmes_project_builds_and_runs(prefix, readme_project, tmp_path):
     build_project(readme_project, tmp_path, f"-DCMAKE_PREFIX_PATH={prefix}")
     assert "libvqm.so.0" in needed(tmp_path / "periods")
     check_readme_program(tmp_path / "periods")
+
+
+def test_a_program_sees_the_directories_that_the_library_was_built_with(prefix, readme_project, tmp_path):
+    (tmp_path / "CMakeLists.txt").write_text((readme_project / "CMakeLists.txt").read_text())
+    (tmp_path / "main.cpp").write_text("""#include <iostream>
+#include "Common/VQMConfig.h"
+#include "Common/VQMSyncDemoMonitor.h"
+int main()
+{
+    std::string schedules;
+    CVQMSyncDemoMonitor::GetInstance()->GetSyncDemoSchedulePath(schedules);
+    std::cout << VQM_CONSTANTS_FILE << " " << schedules;
+}
+""")
+    build_project(tmp_path, tmp_path / "build", f"-DCMAKE_PREFIX_PATH={prefix}")
+    printed = run(tmp_path / "build/periods", env={**os.environ, "DLOG_LEVEL": "silent"})
+    assert printed == "/srv/apps/com.example.tv/res/constants.xml /srv/apps/com.example.tv/RECH/"
+
+
+def test_without_the_toolkit_a_watch_is_refused(prefix, readme_project, tmp_path):
+    (tmp_path / "CMakeLists.txt").write_text((readme_project / "CMakeLists.txt").read_text())
+    (tmp_path / "main.cpp").write_text("""#include <vconf.h>
+#include <iostream>
+int main()
+{
+    const auto callback = [](keynode_t*, void*) {};
+    std::cout << vconf_set_int("a/key", 1) << " " << vconf_notify_key_changed("a/key", callback, nullptr);
+}
+""")
+    build_project(tmp_path, tmp_path / "build", f"-DCMAKE_PREFIX_PATH={prefix}")
+    environment = {**os.environ, "DLOG_LEVEL": "error", "XDG_CONFIG_HOME": str(tmp_path)}
+    *log, result = run(tmp_path / "build/periods", env=environment).splitlines()
+    assert result == "0 -1"
+    assert "a/key: changes are not reported: this library was built without VQM_ECORE_WATCH" in "".join(log)
 
 
 def exported(library):

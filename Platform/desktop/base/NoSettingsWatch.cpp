@@ -1,19 +1,24 @@
 // The watch of a library that is built without the toolkit: there is no main loop on which changes
 // could arrive.
 
-#include <cerrno>
+#include <string>
 
-#include "Platform/desktop/base/SettingsStore.h"
+#include "Platform/desktop/base/PlatformLog.h"
 #include "Platform/desktop/base/SettingsWatch.h"
 
 namespace desktop {
 
-bool AddSettingWatch(std::string_view key, vconf_callback_fn /*callback*/, void* /*userData*/)
+namespace {
+
+constexpr char kReason[] = "this library was built without VQM_ECORE_WATCH";
+
+} // namespace
+
+Result<void> AddSettingWatch(std::string_view key, vconf_callback_fn /*callback*/, void* /*userData*/)
 {
-    if (const auto file = SettingsFile(key)) {
-        NoteSettingsProblem(*file, ENOTSUP);
-    }
-    return false;
+    // Logged as well: who gets a bare -1 from the C interface would look for a fault of the store.
+    PLATFORM_LOG(DLOG_ERROR, "%s: changes are not reported: %s", std::string(key).c_str(), kReason);
+    return Error{kReason};
 }
 
 bool RemoveSettingWatch(std::string_view /*key*/, vconf_callback_fn /*callback*/)
