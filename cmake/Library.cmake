@@ -95,6 +95,11 @@ if(TARGET vqm_library)
     if(VQM_ECORE_WATCH)
         string(APPEND modules " ecore")
     endif()
+    if(BUILD_SHARED_LIBS)
+        # pkg-config wants private modules to be installed even for a shared library, which needs none of
+        # their headers.
+        set(modules)
+    endif()
     file(RELATIVE_PATH prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
     configure_file(cmake/vqm.pc.in ${PROJECT_BINARY_DIR}/install/vqm.pc @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/install/vqm.pc

@@ -60,15 +60,15 @@ class Zsh:
         )
         os.close(end)
         self.ask(
-            f"unsetopt zle_bracketed_paste; PS1=; fpath=({FOLDER} $fpath); autoload -U compinit; compinit -u -D;"
+            f"unset zle_bracketed_paste; PS1=ready; fpath=({FOLDER} $fpath); autoload -U compinit; compinit -u -D;"
             " LISTMAX=10000; zstyle ':completion:*' verbose no; stty columns 200 rows 500\n"
         )
 
     def ask(self, text):
-        """What it prints from here to the end of the next command."""
+        """What it prints from here to the end of the next command. Then its line editor waits for keys."""
         os.write(self.terminal, text.encode() + b"\x15print e''nd\n")
         printed, deadline = "", time.monotonic() + PATIENCE
-        while not re.search(r"^end\r?$", printed, re.MULTILINE):
+        while not re.search(r"^end\r?\n.*ready", printed, re.MULTILINE | re.DOTALL):
             readable, _, _ = select.select([self.terminal], [], [], max(0, deadline - time.monotonic()))
             assert readable, f"zsh does not answer:\n{printed}"
             printed += os.read(self.terminal, 65536).decode()

@@ -75,10 +75,11 @@ def test_source_archive_is_the_commit_and_always_the_same(clone):
 
 
 def test_changelog_of_the_packages_is_the_changelog(clone):
-    set_heading(clone, RELEASED, "## 0.0.9 - 2025-12-24", entry="- First,\n  on two lines.\n- Second.")
+    set_heading(clone, RELEASED, "## 0.0.9 - 2025-12-24", entry=f"- First,\n  on two lines.\n- {'word ' * 20}")
     run(clone / "Scripts/debian-changelog")
     assert (clone / "debian/changelog").read_text() == "".join(
-        f"vqmkeygrab ({version}) unstable; urgency=medium\n\n  * First,\n    on two lines.\n  * Second.\n\n"
+        f"vqmkeygrab ({version}) unstable; urgency=medium\n\n  * First, on two lines.\n"
+        f"  * {' '.join(['word'] * 15)}\n    {' '.join(['word'] * 5)}\n\n"
         f" -- VQMKeygrab maintainers <maintainers@quillmere.org>  {day}\n\n"
         for version, day in ((VERSION, "Sat, 31 Jan 2026 00:00:00 +0000"), ("0.0.9", "Wed, 24 Dec 2025 00:00:00 +0000"))
     )
