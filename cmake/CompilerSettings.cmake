@@ -35,12 +35,13 @@ endif()
 
 # Counts which branches of the product run (clang); Scripts/coverage reads the counts. Written as they
 # are counted: programs that are killed or abort leave theirs too. A file for each program, not for each
-# process: the ids of processes come again.
+# process: the ids of processes come again. Counted atomically, because several processes of a program run
+# at once and share its file.
 option(VQM_COVERAGE "Count the branches that run" OFF)
 if(VQM_COVERAGE)
     set(VQM_COVERAGE_PROFILES ${PROJECT_BINARY_DIR}/profiles)
     # Relative to the build folder: checkouts share compilations, and a path of another one would be lost.
     add_compile_options(-fprofile-instr-generate=${VQM_COVERAGE_PROFILES}/%m%c.profraw -fcoverage-mapping
-        -fcoverage-compilation-dir=. -mllvm -runtime-counter-relocation)
+        -fprofile-update=atomic -fcoverage-compilation-dir=. -mllvm -runtime-counter-relocation)
     add_link_options(-fprofile-instr-generate)
 endif()
