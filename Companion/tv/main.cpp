@@ -2,8 +2,8 @@
 #include <cstdlib>
 #include <memory>
 
-#include <Elementary.h>
 #include <app.h>
+#include <Elementary.h>
 
 #include "Companion/SyncDemoWindow.h"
 

@@ -29,7 +29,9 @@ TEST_F(FilePipe, BytesAreWrittenStepByStep)
         Fill(source, std::string("a\0b", 3));
         FileRequest request = RequestFor(test.command, path);
         request.pSerializableData = &source;
-        request.fnCallback = [](int, char*, uVQMINT64, IVQMPipe*, void*) { ADD_FAILURE() << "writing calls no callback"; };
+        request.fnCallback = [](int, char*, uVQMINT64, IVQMPipe*, void*) {
+            ADD_FAILURE() << "writing calls no callback";
+        };
         void* handle = Opened(request);
         EXPECT_EQ(Step(request), handle);
         EXPECT_EQ(Step(request), handle);
