@@ -20,9 +20,9 @@ std::string Slots(int count)
 } // namespace
 
 Problem AttributeChecker::UnknownName(const std::string& what, std::string_view name,
-                                      const std::vector<std::string>& known, Rule unknown, Rule misspelt)
+                                      const std::vector<std::string>& known, const std::vector<std::string>& close,
+                                      Rule unknown, Rule misspelt)
 {
-    const std::vector<std::string> close = Suggest(name, known);
     const std::string message = "unknown " + what + " " + QuotedShort(name);
     if (!close.empty()) {
         return {misspelt, message, JoinWithOr(close), "the TV ignores it"};
@@ -30,10 +30,11 @@ Problem AttributeChecker::UnknownName(const std::string& what, std::string_view 
     return {unknown, message, known.empty() ? "no " + what : JoinWithOr(known), "the TV ignores it"};
 }
 
-void AttributeChecker::Check(const StartTag& tag)
+const std::vector<Judgement>& AttributeChecker::Check(const StartTag& tag)
 {
+    judgements_.assign(tag.AttributeCount(), {});
     if (tag.Kind() == Element::kUnknown) {
-        return;
+        return judgements_;
     }
     meant_.clear();
     for (std::size_t index = 0; index < tag.AttributeCount(); ++index) {
@@ -45,8 +46,8 @@ void AttributeChecker::Check(const StartTag& tag)
             reporter_.Report(
                 tag.NamePlace(index),
                 {isState ? Rule::kStateNotFirst : Rule::kAttributeBeyondSlots,
-                 info->name + " is attribute " + std::to_string(index + 1) + " of " + tag.Info().name,
-                 info->name + " within " + Slots(tag.Info().slots),
+                 std::string(info->name) + " is attribute " + std::to_string(index + 1) + " of " + NameOf(tag.Kind()),
+                 std::string(info->name) + " within " + Slots(tag.Info().slots),
                  std::string("the TV never looks at it") + (isState ? " and marks the policy as in error" : "")});
             meant_.emplace_back(info->name);
         } else {
@@ -54,24 +55,25 @@ void AttributeChecker::Check(const StartTag& tag)
         }
     }
     CheckMissing(tag);
+    return judgements_;
 }
 
 void AttributeChecker::CheckUnknown(const StartTag& tag, std::size_t index)
 {
     const std::vector<std::string> known = AttributeNames(tag.Info());
-    Problem problem =
-        UnknownName("attribute", tag.AttributeName(index), known, Rule::kUnknownAttribute, Rule::kMisspeltAttribute);
-    if (problem.rule == Rule::kMisspeltAttribute) {
-        const std::vector<std::string> close = Suggest(tag.AttributeName(index), known);
-        meant_.insert(meant_.end(), close.begin(), close.end());
-    }
-    problem.message += " of " + tag.Info().name;
+    const std::vector<std::string> close = Suggest(tag.AttributeName(index), known);
+    meant_.insert(meant_.end(), close.begin(), close.end());
+    Problem problem = UnknownName("attribute", tag.AttributeName(index), known, close, Rule::kUnknownAttribute,
+                                  Rule::kMisspeltAttribute);
+    problem.message += " of " + NameOf(tag.Kind());
     reporter_.Report(tag.NamePlace(index), std::move(problem));
 }
 
 void AttributeChecker::CheckValue(const StartTag& tag, std::size_t index, const AttributeInfo& info)
 {
+    const std::string name(info.name);
     const std::string text = tag.AttributeValue(index);
+    Judgement& judgement = judgements_[index];
     std::vector<Problem> problems;
     const auto take = [&problems](std::optional<Problem> problem) {
         if (problem) {
@@ -91,21 +93,27 @@ void AttributeChecker::CheckValue(const StartTag& tag, std::size_t index, const 
     case ValueKind::kCount:
     case ValueKind::kMaster:
     case ValueKind::kUnsigned:
-        take(JudgeNumber(info.name.c_str(), info.kind, text));
+        take(JudgeNumber(name, info.kind, text));
+        // A negative number is odd, but read.
+        judgement.isReadAsWritten = problems.empty() || problems.front().rule == Rule::kNegativeNumber;
         break;
-    case ValueKind::kTime:
-        problems = JudgeTime(info.name, text).problems;
-        break;
-    case ValueKind::kDate:
-        problems = JudgeDate(info.name, text, today_);
-        break;
-    case ValueKind::kAddress:
-        take(JudgeAddress(info.name, text));
-        break;
-    case ValueKind::kSubnetMask:
-        take(JudgeSubnetMask(info.name, text));
+    case ValueKind::kTime: {
+        TimeVerdict verdict = JudgeTime(name, text);
+        problems = std::move(verdict.problems);
+        judgement.seconds = verdict.seconds;
         break;
     }
+    case ValueKind::kDate:
+        problems = JudgeDate(name, text, today_);
+        break;
+    case ValueKind::kAddress:
+        take(JudgeAddress(name, text));
+        break;
+    case ValueKind::kSubnetMask:
+        take(JudgeSubnetMask(name, text));
+        break;
+    }
+    judgement.isFlawless = problems.empty();
     for (Problem& problem : problems) {
         reporter_.Report(tag.ValuePlace(index), std::move(problem));
     }
@@ -117,11 +125,12 @@ void AttributeChecker::CheckMissing(const StartTag& tag)
         return;
     }
     for (const AttributeInfo& info : tag.Info().attributes) {
-        const bool reported = std::find(meant_.begin(), meant_.end(), info.name) != meant_.end();
-        if (tag.Find(info.name) || reported) {
+        const std::string name(info.name);
+        const bool reported = std::find(meant_.begin(), meant_.end(), name) != meant_.end();
+        if (tag.Find(name) || reported) {
             continue;
         }
-        Problem problem = {Rule::kMissingAttribute, tag.Info().name + " has no " + info.name, info.name, ""};
+        Problem problem = {Rule::kMissingAttribute, NameOf(tag.Kind()) + " has no " + name, name, ""};
         if (info.kind == ValueKind::kState) {
             problem.rule = Rule::kStateMissing;
             problem.expected = "state='ok' as the first attribute";

@@ -7,7 +7,7 @@
 
 #include <sys/stat.h>
 
-#include "Diagnostics/Lint/Rejection.h"
+#include "Diagnostics/Lint/ParseErrorText.h"
 #include "Diagnostics/Readiness/FileKinds.h"
 #include "Diagnostics/Text/InputFile.h"
 
@@ -70,7 +70,7 @@ DocumentFile WhyNotParsed(const std::string& path)
         const InputFile file(path);
         return {DocumentState::kNotWellFormed,
                 "cannot be parsed: " +
-                    lint::WhyRejected([&file](char* buffer, std::size_t size) { return file.Read(buffer, size); })};
+                    lint::ParseErrorText([&file](char* buffer, std::size_t size) { return file.Read(buffer, size); })};
     } catch (const std::system_error& error) {
         return {DocumentState::kUnreadable, "cannot be read: " + error.code().message()};
     }

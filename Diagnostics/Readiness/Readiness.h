@@ -10,6 +10,7 @@
 #include "Common/VQMDataObject.h"
 #include "Data/VQMScheduleRecords.h"
 #include "Diagnostics/Programme/Programme.h"
+#include "Diagnostics/Text/Diagnostic.h"
 
 /// Can this TV play what is on its disk, and if not, why?
 ///
@@ -22,10 +23,13 @@ namespace readiness {
 /// What became of a document that is needed.
 enum class DocumentState {
     kMissing,
-    kUnreadable,    ///< something is there, but it is no file, or cannot be read
+    kUnreadable,    ///< something is there, but it is not a file, or cannot be read
     kNotWellFormed, ///< read, and no XML document
     kLoaded,
 };
+
+/// The constant that names the schedule's file.
+inline constexpr char kScheduleFile[] = "ScheduleFile";
 
 struct Constants {
     std::string path; ///< as it was given; "<stdin>" for "-"
@@ -108,4 +112,9 @@ Constants LoadConstants(const std::string& path);
 /// Runs the library's content check afresh, with the constants that are loaded, and examines
 /// everything that it looks at.
 Report Check(const std::string& constantsPath, const schedule::Day& today, const Progress& progress = nullptr);
+
+/// What the report means, in the order in which the TV comes across it. What keeps the TV from being ready
+/// is an error and blocks; anything else is a note.
+std::vector<Diagnostic> Explain(const Report& report);
+
 } // namespace readiness

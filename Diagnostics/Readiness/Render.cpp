@@ -1,6 +1,5 @@
 #include "Diagnostics/Readiness/Render.h"
 
-#include "Diagnostics/Readiness/Remarks.h"
 #include "Diagnostics/Text/TerminalText.h"
 #include "Diagnostics/Text/Words.h"
 
@@ -70,7 +69,7 @@ std::string VerdictText(const Report& report)
         return "not checked: " + verdict.problem;
     }
     if (!verdict.haveSchedule) {
-        return "not ready: no schedule that can be read";
+        return "not ready: there is no readable schedule";
     }
     const std::string items = contents.files.empty() ? "it names no file"
                                                      : std::to_string(contents.complete) + " of " +
@@ -85,14 +84,14 @@ std::string VerdictLine(const Report& report)
     return EscapedForTerminal(VerdictText(report));
 }
 
-std::string RenderHuman(const Report& report)
+std::string Render(const Report& report)
 {
     std::string text = EscapedForTerminal(ConstantsLine(report.constants)) + "\n" +
                        EscapedForTerminal(ScheduleLine(report)) + "\n" +
                        EscapedForTerminal(MediaLine(report.contents)) + "\n";
-    for (const Remark& remark : Explain(report)) {
-        text += (remark.blocking ? "problem: " : "note: ") + EscapedForTerminal(remark.message) + " [" + remark.rule +
-                "]\n";
+    for (const Diagnostic& diagnostic : Explain(report)) {
+        text += (diagnostic.blocking ? "problem: " : "note: ") + EscapedForTerminal(diagnostic.message) + " [" +
+                diagnostic.id + "]\n";
     }
     return text + VerdictLine(report) + "\n";
 }

@@ -14,61 +14,59 @@ namespace status {
 namespace {
 
 /// A display answers within milliseconds; a loaded machine takes longer.
-constexpr std::chrono::seconds kPatience{3};
+constexpr std::chrono::seconds kAnswerTimeout{3};
 
 bool Contains(const std::vector<std::string>& names, const std::string& name)
 {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-Grip GripOn(const std::string& key, const DisplayAnswer& answer)
+GrabState GrabStateOf(const std::string& key, const DisplayAnswer& answer)
 {
     const bool failed = Contains(answer.failedKeys, key);
     if (Contains(answer.heldKeys, key)) {
-        return failed ? Grip::kPartly : Grip::kHeld;
+        return failed ? GrabState::kPartly : GrabState::kHeld;
     }
     if (failed) {
-        return Grip::kTaken;
+        return GrabState::kTaken;
     }
-    return Contains(answer.toolKeys, key) ? Grip::kFree : Grip::kAbsent;
+    return Contains(answer.toolKeys, key) ? GrabState::kFree : GrabState::kAbsent;
 }
 
-std::string ToText(const DisplayAnswer& answer)
+} // namespace
+
+// The library of JSON finds these two by their names beside the type.
+
+static void to_json(Json& json, const DisplayAnswer& answer)
 {
-    const Json json = {{"connected", answer.connected},
-                       {"pid", answer.pid},
-                       {"held", answer.heldKeys},
-                       {"failed", answer.failedKeys},
-                       {"tool", answer.toolKeys}};
-    return json.dump();
+    json = {{"connected", answer.connected},
+            {"pid", answer.pid},
+            {"held", answer.heldKeys},
+            {"failed", answer.failedKeys},
+            {"tool", answer.toolKeys}};
 }
 
-DisplayAnswer FromText(const std::string& text)
+static void from_json(const Json& json, DisplayAnswer& answer)
 {
-    const Json json = Json::parse(text);
-    DisplayAnswer answer;
     json.at("connected").get_to(answer.connected);
     json.at("pid").get_to(answer.pid);
     json.at("held").get_to(answer.heldKeys);
     json.at("failed").get_to(answer.failedKeys);
     json.at("tool").get_to(answer.toolKeys);
-    return answer;
 }
 
-} // namespace
-
-std::string NameOf(Grip grip)
+std::string NameOf(GrabState grab)
 {
-    switch (grip) {
-    case Grip::kHeld:
+    switch (grab) {
+    case GrabState::kHeld:
         return "held";
-    case Grip::kPartly:
+    case GrabState::kPartly:
         return "partly-held";
-    case Grip::kTaken:
+    case GrabState::kTaken:
         return "taken";
-    case Grip::kFree:
+    case GrabState::kFree:
         return "not-held";
-    case Grip::kAbsent:
+    case GrabState::kAbsent:
         break;
     }
     return "not-on-keyboard";
@@ -93,7 +91,7 @@ ApplicationStatus ApplicationFrom(const std::string& display, const std::optiona
     for (int keyId = 0; keyId < desktop::kKeyIds; ++keyId) {
         if (desktop::IsToolKey(keyId)) {
             const std::string name = desktop::KeyName(keyId);
-            application.toolKeys.push_back({name, GripOn(name, *answer)});
+            application.toolKeys.push_back({name, GrabStateOf(name, *answer)});
         }
     }
     return application;
@@ -106,8 +104,7 @@ ApplicationStatus CollectApplication()
         return {};
     }
     try {
-        const std::optional<std::string> text = AskWithin(kPatience, [] { return ToText(AskDisplay()); });
-        return ApplicationFrom(display, text ? std::optional(FromText(*text)) : std::nullopt);
+        return ApplicationFrom(display, AskRecordWithin(kAnswerTimeout, AskDisplay));
     } catch (const std::system_error& error) {
         ApplicationStatus application;
         application.state = ApplicationStatus::State::kNotAsked;

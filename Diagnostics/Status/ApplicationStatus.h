@@ -9,20 +9,20 @@
 namespace status {
 
 /// What becomes of a tool key that is pressed.
-enum class Grip {
+enum class GrabState {
     kHeld,   ///< the application gets it
     kPartly, ///< it does, but for a combination with modifiers that another program has
     kTaken,  ///< another program gets it
-    kFree,   ///< nobody has taken it
+    kFree,   ///< no program has taken it
     kAbsent, ///< the keyboard has no such key
 };
 
 /// "held" and so on, for programs.
-std::string NameOf(Grip grip);
+std::string NameOf(GrabState grab);
 
 struct ToolKey {
     std::string name;
-    Grip grip = Grip::kAbsent;
+    GrabState grab = GrabState::kAbsent;
 };
 
 /// The application on the display that DISPLAY names.

@@ -5,6 +5,7 @@
 
 #include "Common/VQMConfig.h"
 #include "Diagnostics/Readiness/Render.h"
+#include "Diagnostics/Text/InputFile.h"
 #include "Tools/CommandError.h"
 #include "Tools/CommandLine.h"
 #include "Tools/Commands/Commands.h"
@@ -13,8 +14,6 @@
 #include "Tools/Watch/ReadinessWatch.h"
 
 namespace {
-
-constexpr char kStdin[] = "-";
 
 struct Arguments {
     std::string constants = VQM_CONSTANTS_FILE;
@@ -45,7 +44,7 @@ ExitCode CodeOf(const readiness::Verdict& verdict)
 ExitCode CheckOnce(const Arguments& arguments)
 {
     const readiness::Report report = Check(arguments);
-    static_cast<void>(arguments.json ? WriteJson(report, false, Print) : Print(RenderHuman(report)));
+    static_cast<void>(arguments.json ? WriteJson(report, false, Print) : Print(Render(report)));
     return CodeOf(report.verdict);
 }
 
@@ -62,7 +61,7 @@ ExitCode CheckAgainAndAgain(const Arguments& arguments)
                              }
                              const std::string separator = first ? "" : "\n";
                              first = false;
-                             return Print(separator + RenderHuman(report));
+                             return Print(separator + Render(report));
                          });
     return CodeOf(watch.Run());
 }

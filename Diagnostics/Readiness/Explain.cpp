@@ -1,4 +1,4 @@
-#include "Diagnostics/Readiness/Remarks.h"
+#include "Diagnostics/Readiness/Readiness.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -13,24 +13,33 @@ namespace readiness {
 
 namespace {
 
-constexpr char kScheduleFile[] = "ScheduleFile";
-
 /// Collects what is to be said about one report.
 class Explanation {
 public:
     explicit Explanation(const Report& report) : report_(report), ready_(report.verdict.Ready()) {}
 
-    std::vector<Remark> Take();
+    std::vector<Diagnostic> Take();
 
 private:
     /// Nothing keeps a TV from being ready that is ready.
-    void AddProblem(const std::string& rule, const std::string& message, const std::string& path)
+    void AddProblem(const char* id, std::string message, const std::string& path)
     {
-        remarks_.push_back({!ready_, rule, message, path});
+        Add(id, ready_ ? Severity::kNote : Severity::kError, std::move(message), path);
     }
-    void AddNote(const std::string& rule, const std::string& message, const std::string& path)
+    void AddNote(const char* id, std::string message, const std::string& path)
     {
-        remarks_.push_back({false, rule, message, path});
+        Add(id, Severity::kNote, std::move(message), path);
+    }
+    void Add(const char* id, Severity severity, std::string message, const std::string& path)
+    {
+        Diagnostic diagnostic;
+        diagnostic.id = id;
+        diagnostic.severity = severity;
+        diagnostic.blocking = severity == Severity::kError;
+        diagnostic.message = std::move(message);
+        diagnostic.path = path;
+        diagnostic.subject = subject_;
+        diagnostics_.push_back(std::move(diagnostic));
     }
 
     void ExplainConstants();
@@ -45,7 +54,8 @@ private:
 
     const Report& report_;
     bool ready_;
-    std::vector<Remark> remarks_;
+    Diagnostic::Subject subject_ = Diagnostic::Subject::kGeneral;
+    std::vector<Diagnostic> diagnostics_;
 };
 
 std::vector<std::string> NamesIn(const std::string& directory)
@@ -68,7 +78,7 @@ std::string PerhapsMeant(const std::string& name, std::vector<std::string> there
     return close.empty() ? "" : "; " + QuotedList(close) + (close.size() == 1 ? " is there" : " are there");
 }
 
-std::vector<Remark> Explanation::Take()
+std::vector<Diagnostic> Explanation::Take()
 {
     ExplainConstants();
     if (!report_.verdict.ran) {
@@ -82,7 +92,7 @@ std::vector<Remark> Explanation::Take()
         ExplainContents();
     }
     ExplainChange();
-    return std::move(remarks_);
+    return std::move(diagnostics_);
 }
 
 void Explanation::ExplainConstants()
@@ -148,7 +158,7 @@ void Explanation::ExplainSchedule()
         const bool missing = schedule.state == DocumentState::kMissing;
         AddProblem("schedule-is-directory",
                    "without a name for the schedule the TV looks for the directory " + Quoted(schedule.path) +
-                       " itself, which " + (missing ? "is missing" : "is no schedule"),
+                       " itself, which " + (missing ? "is missing" : "is not a schedule"),
                    schedule.path);
         return;
     }
@@ -175,7 +185,8 @@ void Explanation::ExplainDocument()
                 schedule.path);
     } else if (schedule.expiry == schedule::Expiry::kImpossible) {
         AddNote("expiration-no-day",
-                "the schedule expires on " + day + ", which is no day; the check does not look at it", schedule.path);
+                "the schedule expires on " + day + ", which is not a day; the check does not look at it",
+                schedule.path);
     }
     if (report_.contents.files.empty()) {
         AddNote("no-files", "the schedule names no file: nothing is missing, and nothing plays", schedule.path);
@@ -209,6 +220,7 @@ void Explanation::ExplainContents()
         AddProblem("media-directory-missing", "the media directory " + Quoted(contents.directory) + " is missing",
                    contents.directory);
     }
+    subject_ = Diagnostic::Subject::kContentFile;
     std::set<std::pair<std::string, uVQMINT64>> told; // a file may belong to several items
     for (const ContentFile& file : contents.files) {
         if (!file.SizeMatches() || !file.readable) {
@@ -217,6 +229,7 @@ void Explanation::ExplainContents()
             }
         }
     }
+    subject_ = Diagnostic::Subject::kGeneral;
     if (contents.freeBytes && *contents.freeBytes < contents.missingBytes) {
         AddNote("disk-full",
                 BytesText(contents.missingBytes) + " are to be copied, and the disk has room for " +
@@ -291,7 +304,7 @@ void Explanation::ExplainChange()
 
 } // namespace
 
-std::vector<Remark> Explain(const Report& report)
+std::vector<Diagnostic> Explain(const Report& report)
 {
     return Explanation(report).Take();
 }
