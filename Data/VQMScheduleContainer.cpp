@@ -1,11 +1,12 @@
 #include "Data/VQMScheduleContainer.h"
 
 #include <cstdlib>
-#include <optional>
 #include <string_view>
 #include <utility>
 
 #include "Common/VQMLog.h"
+#include "Data/VQMAttributeCursor.h"
+#include "Data/VQMScheduleFormat.h"
 #include "VQMSerialize/VQMXMLSerialize.h"
 
 /// The container logs without a tag.
@@ -13,49 +14,8 @@
 
 namespace {
 
-constexpr int kPolicySlots = 5;
-constexpr int kProjectSlots = 5;
-constexpr int kScheduleSlots = 2;
-constexpr int kItemSlots = 2;
-constexpr int kRechInfoSlots = 10;
-
-struct Attribute {
-    std::string_view name;
-    const char* value;
-};
-
-/// Walks a fixed number of slots of an attribute list. Slots from the list's end on are missing.
-class AttributeCursor {
-public:
-    /// Logs for the operation `function`.
-    AttributeCursor(const char* function, const char** attributes, int slots)
-        : function_(function), next_(attributes), slots_(slots)
-    {
-    }
-
-    /// The next attribute that is not missing. Logs those that are.
-    std::optional<Attribute> Next()
-    {
-        for (; slots_ > 0; --slots_) {
-            const char* const name = next_ != nullptr ? next_[0] : nullptr;
-            const char* const value = name != nullptr ? next_[1] : nullptr;
-            if (name != nullptr) {
-                next_ += 2;
-            }
-            if (value != nullptr) {
-                --slots_;
-                return Attribute{name, value};
-            }
-            VQM_LOG_AS(function_, DLOG_DEBUG, nullptr, "pAttribute or pValue is wrong");
-        }
-        return std::nullopt;
-    }
-
-private:
-    const char* const function_;
-    const char** next_;
-    int slots_;
-};
+using VQMScheduleFormat::Attribute;
+using VQMScheduleFormat::Element;
 
 /// Of digits only; a number too large for the type gives the largest one.
 long DigitsToLong(const std::string& digits)
@@ -156,25 +116,38 @@ void CVQMScheduleContainer::OnStartElement(const char* pName, const char** ppAtt
     if (pName == nullptr || ppAttributes == nullptr) {
         return;
     }
-    const std::string_view name = pName;
-    if (name == "rsp") {
+    const Element element = VQMScheduleFormat::ElementNamed(pName);
+    switch (element) {
+    case Element::kRsp:
+        // The state counts as the first attribute only.
         if (ppAttributes[0] == nullptr || ppAttributes[1] == nullptr) {
             m_stPolicy.bError = true;
-        } else if (std::string_view(ppAttributes[0]) == "state" && std::string_view(ppAttributes[1]) == "ok") {
+        } else if (VQMScheduleFormat::AttributeNamed<Element::kRsp>(ppAttributes[0]) == Attribute::kState &&
+                   std::string_view(ppAttributes[1]) == "ok") {
             m_stPolicy.bError = false;
         }
-    } else if (name == "policy") {
+        break;
+    case Element::kPolicy:
         ParsePolicyAttribute(ppAttributes);
-    } else if (name == "project") {
+        break;
+    case Element::kProject:
         ParseProjectAttribute(ppAttributes);
-    } else if (name == "schedule") {
+        break;
+    case Element::kSchedule:
         ParseScheduleAttribute(ppAttributes);
-    } else if (name == "item" || name == "name" || name == "size" || name == "format") {
-        StartItemElement(name, ppAttributes);
-    } else if (name == "rech_info") {
+        break;
+    case Element::kItem:
+    case Element::kName:
+    case Element::kSize:
+    case Element::kFormat:
+        StartItemElement(element, ppAttributes);
+        break;
+    case Element::kRechInfo:
         ParseRECHInfoElements(ppAttributes);
-    } else {
+        break;
+    case Element::kUnknown:
         VQM_LOG_SCHEDULE("OnStartElement - Unknown Element\n");
+        break;
     }
 }
 
@@ -183,20 +156,20 @@ void CVQMScheduleContainer::OnEndElement(const char* pName)
     if (pName == nullptr) {
         return;
     }
-    const std::string_view name = pName;
-    if (name == "item") {
+    const Element element = VQMScheduleFormat::ElementNamed(pName);
+    if (element == Element::kItem) {
         CloseItem();
-    } else if (name == "rsp") {
+    } else if (element == Element::kRsp) {
         // The document's end; the policy is complete.
-    } else if (name == "schedule") {
+    } else if (element == Element::kSchedule) {
         CloseSchedule();
-    } else if (name == "name" && nElementState == ElementName) {
+    } else if (element == Element::kName && nElementState == ElementName) {
         VQM_LOG_SCHEDULE("OnEndElement - name closes \n");
         nElementState = ElementNone;
-    } else if (name == "size" && nElementState == ElementSize) {
+    } else if (element == Element::kSize && nElementState == ElementSize) {
         VQM_LOG_SCHEDULE("OnEndElement - size closes \n");
         nElementState = ElementNone;
-    } else if (name == "format" && nElementState == ElementFormat) {
+    } else if (element == Element::kFormat && nElementState == ElementFormat) {
         // The dot is added even to an empty name and before an empty format: intended.
         m_stContent.strName += '.';
         m_stContent.strName += m_stContent.strFormat;
@@ -244,10 +217,10 @@ void CVQMScheduleContainer::OnElementData(const char* pText)
 
 void CVQMScheduleContainer::ParsePolicyAttribute(const char** ppAttributes)
 {
-    AttributeCursor cursor(__func__, ppAttributes, kPolicySlots);
-    while (const std::optional<Attribute> attribute = cursor.Next()) {
-        if (attribute->name == "period") {
-            StrToNumber(attribute->value, m_stPolicy.nCheckPeriod);
+    CVQMAttributeCursor cursor(__func__, ppAttributes, VQMScheduleFormat::InfoOf(Element::kPolicy).slots);
+    while (cursor.Next()) {
+        if (VQMScheduleFormat::AttributeNamed<Element::kPolicy>(cursor.Name()) == Attribute::kPeriod) {
+            StrToNumber(cursor.Value(), m_stPolicy.nCheckPeriod);
             VQM_LOG_SCHEDULE("Policy: Check Period is %d minutes \n", m_stPolicy.nCheckPeriod);
         } else {
             VQM_LOG_SCHEDULE("Policy: Unknown Attributes\n");
@@ -257,24 +230,24 @@ void CVQMScheduleContainer::ParsePolicyAttribute(const char** ppAttributes)
 
 void CVQMScheduleContainer::ParseProjectAttribute(const char** ppAttributes)
 {
-    AttributeCursor cursor(__func__, ppAttributes, kProjectSlots);
-    while (const std::optional<Attribute> attribute = cursor.Next()) {
-        const std::string_view name = attribute->name;
-        if (name == "id") {
-            StrToNumber(attribute->value, m_stPolicy.nProjectID);
+    CVQMAttributeCursor cursor(__func__, ppAttributes, VQMScheduleFormat::InfoOf(Element::kProject).slots);
+    while (cursor.Next()) {
+        const Attribute attribute = VQMScheduleFormat::AttributeNamed<Element::kProject>(cursor.Name());
+        if (attribute == Attribute::kId) {
+            StrToNumber(cursor.Value(), m_stPolicy.nProjectID);
             VQM_LOG_SCHEDULE("Project - id %llu\n", m_stPolicy.nProjectID);
-        } else if (name == "version") {
-            m_stPolicy.strVersion = attribute->value;
+        } else if (attribute == Attribute::kVersion) {
+            m_stPolicy.strVersion = cursor.Value();
             VQM_LOG_SCHEDULE("Project - version %s\n", m_stPolicy.strVersion.c_str());
-        } else if (name == "item_count") {
-            StrToNumber(attribute->value, m_stPolicy.nItemCount);
+        } else if (attribute == Attribute::kItemCount) {
+            StrToNumber(cursor.Value(), m_stPolicy.nItemCount);
             VQM_LOG_SCHEDULE("Project - item_count %d\n", m_stPolicy.nItemCount);
-        } else if (name == "total_size") {
-            StrToNumber(attribute->value, m_stPolicy.nTotalSize);
+        } else if (attribute == Attribute::kTotalSize) {
+            StrToNumber(cursor.Value(), m_stPolicy.nTotalSize);
             VQM_LOG_SCHEDULE("Project - total_size %llu\n", m_stPolicy.nTotalSize);
-        } else if (name == "expiration") {
+        } else if (attribute == Attribute::kExpiration) {
             _VQMTime& date = m_stPolicy.stExpiration;
-            ConvertYYYYMMDDDateToVQMTime(attribute->value, date);
+            ConvertYYYYMMDDDateToVQMTime(cursor.Value(), date);
             VQM_LOG_SCHEDULE("Project - Expiration %d-%d-%d \n", date.nYear, date.nMonth, date.nDay);
         } else {
             VQM_LOG_SCHEDULE("Project: Unknown Attributes\n");
@@ -284,16 +257,16 @@ void CVQMScheduleContainer::ParseProjectAttribute(const char** ppAttributes)
 
 void CVQMScheduleContainer::ParseScheduleAttribute(const char** ppAttributes)
 {
-    AttributeCursor cursor(__func__, ppAttributes, kScheduleSlots);
-    while (const std::optional<Attribute> attribute = cursor.Next()) {
-        const std::string_view name = attribute->name;
-        if (name == "start_time") {
+    CVQMAttributeCursor cursor(__func__, ppAttributes, VQMScheduleFormat::InfoOf(Element::kSchedule).slots);
+    while (cursor.Next()) {
+        const Attribute attribute = VQMScheduleFormat::AttributeNamed<Element::kSchedule>(cursor.Name());
+        if (attribute == Attribute::kStartTime) {
             _VQMTime& time = m_stSchedule.stStartTime;
-            ConvertHHMMSSTimeToVQMTime(attribute->value, time);
+            ConvertHHMMSSTimeToVQMTime(cursor.Value(), time);
             VQM_LOG_SCHEDULE("Schedule - start_time %d : %d : %d\n", time.nHour, time.nMinute, time.nSecond);
-        } else if (name == "end_time") {
+        } else if (attribute == Attribute::kEndTime) {
             _VQMTime& time = m_stSchedule.stEndTime;
-            ConvertHHMMSSTimeToVQMTime(attribute->value, time);
+            ConvertHHMMSSTimeToVQMTime(cursor.Value(), time);
             VQM_LOG_SCHEDULE("Schedule - end_time %d : %d : %d\n", time.nHour, time.nMinute, time.nSecond);
         } else {
             VQM_LOG_SCHEDULE("Schedule: Unknown Attributes\n");
@@ -306,37 +279,37 @@ void CVQMScheduleContainer::ParseItemElements(const char* pName, const char** pp
     if (pName == nullptr || ppAttributes == nullptr) {
         return;
     }
-    StartItemElement(pName, ppAttributes);
+    StartItemElement(VQMScheduleFormat::ElementNamed(pName), ppAttributes);
 }
 
 /// Logs for `ParseItemElements`.
-void CVQMScheduleContainer::StartItemElement(std::string_view element, const char** ppAttributes)
+void CVQMScheduleContainer::StartItemElement(Element element, const char** ppAttributes)
 {
     constexpr char kFunction[] = "ParseItemElements";
-    if (element == "name") {
+    if (element == Element::kName) {
         nElementState = ElementName;
         return;
     }
-    if (element == "size") {
+    if (element == Element::kSize) {
         nElementState = ElementSize;
         return;
     }
-    if (element == "format") {
+    if (element == Element::kFormat) {
         nElementState = ElementFormat;
         return;
     }
-    if (element != "item") {
+    if (element != Element::kItem) {
         VQM_LOG_AS(kFunction, DLOG_DEBUG, nullptr, "Unknown Element\n");
         return;
     }
-    AttributeCursor cursor(kFunction, ppAttributes, kItemSlots);
-    while (const std::optional<Attribute> attribute = cursor.Next()) {
-        const std::string_view name = attribute->name;
-        if (name == "id") {
-            m_stContent.strID = attribute->value;
+    CVQMAttributeCursor cursor(kFunction, ppAttributes, VQMScheduleFormat::InfoOf(Element::kItem).slots);
+    while (cursor.Next()) {
+        const Attribute attribute = VQMScheduleFormat::AttributeNamed<Element::kItem>(cursor.Name());
+        if (attribute == Attribute::kId) {
+            m_stContent.strID = cursor.Value();
             VQM_LOG_AS(kFunction, DLOG_DEBUG, nullptr, "item - id %s \n", m_stContent.strID.c_str());
-        } else if (name == "order") {
-            StrToNumber(attribute->value, m_stContent.nOrder);
+        } else if (attribute == Attribute::kOrder) {
+            StrToNumber(cursor.Value(), m_stContent.nOrder);
             VQM_LOG_AS(kFunction, DLOG_DEBUG, nullptr, "item - order %d \n", m_stContent.nOrder);
         } else {
             VQM_LOG_AS(kFunction, DLOG_DEBUG, nullptr, "item: Unknown Attributes\n");
@@ -346,41 +319,41 @@ void CVQMScheduleContainer::StartItemElement(std::string_view element, const cha
 
 void CVQMScheduleContainer::ParseRECHInfoElements(const char** ppAttributes)
 {
-    AttributeCursor cursor(__func__, ppAttributes, kRechInfoSlots);
-    while (const std::optional<Attribute> attribute = cursor.Next()) {
-        const std::string_view name = attribute->name;
-        if (name == "IsMaster") {
+    CVQMAttributeCursor cursor(__func__, ppAttributes, VQMScheduleFormat::InfoOf(Element::kRechInfo).slots);
+    while (cursor.Next()) {
+        const Attribute attribute = VQMScheduleFormat::AttributeNamed<Element::kRechInfo>(cursor.Name());
+        if (attribute == Attribute::kIsMaster) {
             int nMaster = 0;
-            StrToNumber(attribute->value, nMaster);
+            StrToNumber(cursor.Value(), nMaster);
             m_stPolicy.IsMaster = nMaster == 1;
             VQM_LOG_SCHEDULE("rech_info - IsMaster %d\n", nMaster);
-        } else if (name == "NumOfPlayer") {
-            StrToNumber(attribute->value, m_stPolicy.NumOfPlayer);
+        } else if (attribute == Attribute::kNumOfPlayer) {
+            StrToNumber(cursor.Value(), m_stPolicy.NumOfPlayer);
             VQM_LOG_SCHEDULE("rech_info - NumOfPlayer %d\n", m_stPolicy.NumOfPlayer);
-        } else if (name == "IPAddrOfMaster") {
-            m_stPolicy.IPAddrOfMaster = attribute->value;
+        } else if (attribute == Attribute::kIPAddrOfMaster) {
+            m_stPolicy.IPAddrOfMaster = cursor.Value();
             VQM_LOG_SCHEDULE("rech_info - IPAddrOfMaster %s\n", m_stPolicy.IPAddrOfMaster.c_str());
-        } else if (name == "IPType") {
-            StrToNumber(attribute->value, m_stPolicy.IPType);
+        } else if (attribute == Attribute::kIPType) {
+            StrToNumber(cursor.Value(), m_stPolicy.IPType);
             VQM_LOG_SCHEDULE("rech_info - IPType %d\n", m_stPolicy.IPType);
-        } else if (name == "IPAddr") {
-            m_stPolicy.IPAddr = attribute->value;
+        } else if (attribute == Attribute::kIPAddr) {
+            m_stPolicy.IPAddr = cursor.Value();
             VQM_LOG_SCHEDULE("rech_info - IPAddr %s\n", m_stPolicy.IPAddr.c_str());
-        } else if (name == "SubnetMask") {
-            m_stPolicy.SubnetMask = attribute->value;
+        } else if (attribute == Attribute::kSubnetMask) {
+            m_stPolicy.SubnetMask = cursor.Value();
             VQM_LOG_SCHEDULE("rech_info - SubnetMask %s\n", m_stPolicy.SubnetMask.c_str());
-        } else if (name == "Gateway") {
-            m_stPolicy.Gateway = attribute->value;
+        } else if (attribute == Attribute::kGateway) {
+            m_stPolicy.Gateway = cursor.Value();
             VQM_LOG_SCHEDULE("rech_info - Gateway %s\n", m_stPolicy.Gateway.c_str());
-        } else if (name == "TypeOfNetwork") {
-            StrToNumber(attribute->value, m_stPolicy.TypeOfNetwork);
+        } else if (attribute == Attribute::kTypeOfNetwork) {
+            StrToNumber(cursor.Value(), m_stPolicy.TypeOfNetwork);
             VQM_LOG_SCHEDULE("rech_info - TypeOfNetwork %d\n", m_stPolicy.TypeOfNetwork);
-        } else if (name == "WirelessGroupName") {
-            m_stPolicy.WirelessGroupName = attribute->value;
+        } else if (attribute == Attribute::kWirelessGroupName) {
+            m_stPolicy.WirelessGroupName = cursor.Value();
             // The group is logged under the gateway's name: intended.
             VQM_LOG_SCHEDULE("rech_info - Gateway %s\n", m_stPolicy.WirelessGroupName.c_str());
-        } else if (name == "nImageDuration") {
-            StrToNumber(attribute->value, m_stPolicy.nImageDuration);
+        } else if (attribute == Attribute::kImageDuration) {
+            StrToNumber(cursor.Value(), m_stPolicy.nImageDuration);
             VQM_LOG_SCHEDULE("rech_info - nImageDuration %d\n", m_stPolicy.nImageDuration);
         } else {
             VQM_LOG_SCHEDULE("rech_info: Unknown Attributes\n");

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include "Common/VQMDataObject.h"
+#include "Data/VQMScheduleFormat.h"
 #include "Data/VQMScheduleRecords.h"
 
 /// Reads a schedule document into a `_VQMPolicy`: the target of one
@@ -84,7 +84,7 @@ public:
     bool CheckStringHasOnlyNumber(const std::string& strNumber);
 
 private:
-    void StartItemElement(std::string_view element, const char** ppAttributes);
+    void StartItemElement(VQMScheduleFormat::Element element, const char** ppAttributes);
     void CloseItem();
     void CloseSchedule();
 

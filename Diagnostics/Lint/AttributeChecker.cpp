@@ -45,8 +45,8 @@ void AttributeChecker::Check(const StartTag& tag)
             reporter_.Report(
                 tag.NamePlace(index),
                 {isState ? Rule::kStateNotFirst : Rule::kAttributeBeyondSlots,
-                 info->name + " is attribute " + std::to_string(index + 1) + " of " + tag.Info().name,
-                 info->name + " within " + Slots(tag.Info().slots),
+                 std::string(info->name) + " is attribute " + std::to_string(index + 1) + " of " + NameOf(tag.Kind()),
+                 std::string(info->name) + " within " + Slots(tag.Info().slots),
                  std::string("the TV never looks at it") + (isState ? " and marks the policy as in error" : "")});
             meant_.emplace_back(info->name);
         } else {
@@ -65,12 +65,13 @@ void AttributeChecker::CheckUnknown(const StartTag& tag, std::size_t index)
         const std::vector<std::string> close = Suggest(tag.AttributeName(index), known);
         meant_.insert(meant_.end(), close.begin(), close.end());
     }
-    problem.message += " of " + tag.Info().name;
+    problem.message += " of " + NameOf(tag.Kind());
     reporter_.Report(tag.NamePlace(index), std::move(problem));
 }
 
 void AttributeChecker::CheckValue(const StartTag& tag, std::size_t index, const AttributeInfo& info)
 {
+    const std::string name(info.name);
     const std::string text = tag.AttributeValue(index);
     std::vector<Problem> problems;
     const auto take = [&problems](std::optional<Problem> problem) {
@@ -91,19 +92,19 @@ void AttributeChecker::CheckValue(const StartTag& tag, std::size_t index, const 
     case ValueKind::kCount:
     case ValueKind::kMaster:
     case ValueKind::kUnsigned:
-        take(JudgeNumber(info.name.c_str(), info.kind, text));
+        take(JudgeNumber(name, info.kind, text));
         break;
     case ValueKind::kTime:
-        problems = JudgeTime(info.name, text).problems;
+        problems = JudgeTime(name, text).problems;
         break;
     case ValueKind::kDate:
-        problems = JudgeDate(info.name, text, today_);
+        problems = JudgeDate(name, text, today_);
         break;
     case ValueKind::kAddress:
-        take(JudgeAddress(info.name, text));
+        take(JudgeAddress(name, text));
         break;
     case ValueKind::kSubnetMask:
-        take(JudgeSubnetMask(info.name, text));
+        take(JudgeSubnetMask(name, text));
         break;
     }
     for (Problem& problem : problems) {
@@ -117,11 +118,12 @@ void AttributeChecker::CheckMissing(const StartTag& tag)
         return;
     }
     for (const AttributeInfo& info : tag.Info().attributes) {
-        const bool reported = std::find(meant_.begin(), meant_.end(), info.name) != meant_.end();
-        if (tag.Find(info.name) || reported) {
+        const std::string name(info.name);
+        const bool reported = std::find(meant_.begin(), meant_.end(), name) != meant_.end();
+        if (tag.Find(name) || reported) {
             continue;
         }
-        Problem problem = {Rule::kMissingAttribute, tag.Info().name + " has no " + info.name, info.name, ""};
+        Problem problem = {Rule::kMissingAttribute, NameOf(tag.Kind()) + " has no " + name, name, ""};
         if (info.kind == ValueKind::kState) {
             problem.rule = Rule::kStateMissing;
             problem.expected = "state='ok' as the first attribute";

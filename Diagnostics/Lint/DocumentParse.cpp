@@ -191,7 +191,7 @@ void DocumentParse::ReportNotWellFormed()
     Problem problem = {Rule::kNotWellFormed, NotWellFormed(error), "well-formed XML", kRejects};
     const ScheduleChecker::Open* open = checker_.Innermost();
     if (open != nullptr) {
-        const std::string name = open->element == Element::kUnknown ? open->name : InfoOf(open->element).name;
+        const std::string name = open->element == Element::kUnknown ? open->name : NameOf(open->element);
         problem.message += "; " + QuotedShort(name) + " of line " + std::to_string(open->line) + " is open";
     } else if (window_.End() == 0) {
         problem.message = "the document is empty";

@@ -64,8 +64,8 @@ void ItemChecker::BeginChild(const StartTag& child)
     known.hasText = false;
     if (known.count > 1) {
         reporter_.Report(child.Whole(),
-                         {Rule::kRepeatedChild, "a second " + child.Info().name + " in the item",
-                          "one " + child.Info().name,
+                         {Rule::kRepeatedChild, "a second " + NameOf(child.Kind()) + " in the item",
+                          "one " + NameOf(child.Kind()),
                           open_ == Element::kSize ? "the TV takes the last one" : "the TV puts the texts together"});
     }
     if (open_ == Element::kName && known.count == 1) {

@@ -47,12 +47,12 @@ bool IsSoundNumber(ValueKind kind, const std::string& text)
     return IsPlain(text) || (HasOnlyDigits(kind, text) && Shortest(text) == Taken(kind, text));
 }
 
-std::optional<Problem> JudgeNumber(const char* subject, ValueKind kind, const std::string& text)
+std::optional<Problem> JudgeNumber(const std::string& subject, ValueKind kind, const std::string& text)
 {
     if (kind != ValueKind::kMaster && IsPlain(text)) {
         return std::nullopt;
     }
-    const std::string what = std::string(subject) + " " + QuotedShort(text);
+    const std::string what = subject + " " + QuotedShort(text);
     const std::string effect = "the TV reads " + Taken(kind, text);
     if (!HasOnlyDigits(kind, text)) {
         return Problem{Rule::kNumberNotDigits, what + (text.empty() ? " is empty" : " is not digits only"),

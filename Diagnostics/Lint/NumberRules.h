@@ -10,7 +10,7 @@ namespace lint {
 
 /// Judges the text of a number; `subject` is what it belongs to, such as "item_count". The kind is
 /// one of the kinds of numbers.
-std::optional<Problem> JudgeNumber(const char* subject, ValueKind kind, const std::string& text);
+std::optional<Problem> JudgeNumber(const std::string& subject, ValueKind kind, const std::string& text);
 
 /// Whether the text is a number that the TV reads as it is written.
 bool IsSoundNumber(ValueKind kind, const std::string& text);

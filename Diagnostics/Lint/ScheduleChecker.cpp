@@ -10,8 +10,6 @@ namespace lint {
 
 namespace {
 
-constexpr std::size_t kElements = static_cast<std::size_t>(Element::kRechInfo) + 1;
-
 bool IsTextElement(Element element)
 {
     return element == Element::kName || element == Element::kSize || element == Element::kFormat;
@@ -24,7 +22,7 @@ bool IsBlank(std::string_view text)
 
 Problem Misplaced(const StartTag& tag, const std::string& where, const std::string& belongs)
 {
-    return {Rule::kMisplacedElement, tag.Info().name + (" " + where), belongs,
+    return {Rule::kMisplacedElement, NameOf(tag.Kind()) + (" " + where), belongs,
             "the TV reads it all the same, wherever it stands"};
 }
 
@@ -36,8 +34,8 @@ ScheduleChecker::ScheduleChecker(Reporter& reporter, const schedule::Day& today)
       item_(reporter),
       period_(reporter),
       project_(reporter),
-      openCounts_(kElements),
-      firstLines_(kElements)
+      openCounts_(VQMScheduleFormat::kElementCount),
+      firstLines_(VQMScheduleFormat::kElementCount)
 {
 }
 
@@ -96,8 +94,8 @@ std::optional<Problem> ScheduleChecker::JudgePlace(const StartTag& tag) const
 {
     if (OpenTextElements() > 0) {
         return Problem{Rule::kElementInText,
-                       "element " + QuotedShort(tag.Name()) + " inside " + InfoOf(open_.back().element).name,
-                       "text only", "the TV puts texts and elements of this item in the wrong places"};
+                       "element " + QuotedShort(tag.Name()) + " inside " + NameOf(open_.back().element), "text only",
+                       "the TV puts texts and elements of this item in the wrong places"};
     }
     switch (tag.Kind()) {
     case Element::kUnknown:
@@ -130,7 +128,7 @@ std::optional<Problem> ScheduleChecker::JudgeContainerPlace(const StartTag& tag)
     if (parent == Element::kRsp || parent == Element::kUnknown) {
         return std::nullopt;
     }
-    return Misplaced(tag, "inside " + InfoOf(parent).name, tag.Info().name + " inside rsp");
+    return Misplaced(tag, "inside " + NameOf(parent), NameOf(tag.Kind()) + " inside rsp");
 }
 
 std::optional<Problem> ScheduleChecker::JudgeItemPlace(const StartTag& tag) const
@@ -147,12 +145,12 @@ std::optional<Problem> ScheduleChecker::JudgeItemPlace(const StartTag& tag) cons
     if (parent == Element::kSchedule || parent == Element::kUnknown) {
         return std::nullopt;
     }
-    return Misplaced(tag, "inside " + InfoOf(parent).name, "item inside schedule");
+    return Misplaced(tag, "inside " + NameOf(parent), "item inside schedule");
 }
 
 std::optional<Problem> ScheduleChecker::JudgeChildPlace(const StartTag& tag) const
 {
-    const std::string name = tag.Info().name;
+    const std::string name = NameOf(tag.Kind());
     if (OpenCount(Element::kItem) == 0) {
         return Problem{Rule::kChildOutsideItem, name + " outside an item", name + " inside item",
                        "the TV gives it to the next item that ends, or to none"};
@@ -161,7 +159,7 @@ std::optional<Problem> ScheduleChecker::JudgeChildPlace(const StartTag& tag) con
     if (parent == Element::kItem || parent == Element::kUnknown) {
         return std::nullopt;
     }
-    return Misplaced(tag, "inside " + InfoOf(parent).name, name + " inside item");
+    return Misplaced(tag, "inside " + NameOf(parent), name + " inside item");
 }
 
 void ScheduleChecker::CheckRepeated(const StartTag& tag)
@@ -175,8 +173,8 @@ void ScheduleChecker::CheckRepeated(const StartTag& tag)
         tag.Kind() == Element::kRechInfo) {
         reporter_.Report(tag.Whole(),
                          {Rule::kRepeatedElement,
-                          "a second " + tag.Info().name + "; the first is on line " + std::to_string(first),
-                          "one " + tag.Info().name, "the TV takes of each attribute the last value"});
+                          "a second " + NameOf(tag.Kind()) + "; the first is on line " + std::to_string(first),
+                          "one " + NameOf(tag.Kind()), "the TV takes of each attribute the last value"});
     }
 }
 
@@ -229,7 +227,7 @@ void ScheduleChecker::Text(std::string_view text, std::uint64_t offset)
     open_.back().strayText = true;
     const std::size_t blanks = text.find_first_not_of(" \t\r\n");
     const Mark mark = reporter_.Window().MarkAt(offset + blanks);
-    const std::string where = InfoOf(open_.back().element).name;
+    const std::string where = NameOf(open_.back().element);
     const std::string_view shown = text.substr(blanks, text.find_last_not_of(" \t\r\n") + 1 - blanks);
     reporter_.Report({mark, shown.size()},
                      {Rule::kStrayText, "text " + QuotedShort(shown) + " directly inside " + where,

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <gmock/gmock.h>
 
 #include "Data/VQMScheduleContainer.h"
@@ -7,7 +9,7 @@
 namespace {
 
 /// What the library makes of `attribute` with `value`, when `before` unknown attributes precede it.
-std::string LinesOf(const lint::ElementInfo& element, const std::string& attribute, int before)
+std::string LinesOf(const std::string& element, const std::string& attribute, int before)
 {
     std::vector<std::string> names;
     names.reserve(static_cast<std::size_t>(before));
@@ -20,7 +22,7 @@ std::string LinesOf(const lint::ElementInfo& element, const std::string& attribu
     }
     list.insert(list.end(), {attribute.c_str(), "1", nullptr});
     recorder::Clear();
-    CVQMScheduleContainer().OnStartElement(element.name.c_str(), list.data());
+    CVQMScheduleContainer().OnStartElement(element.c_str(), list.data());
     std::string lines;
     for (const std::string& line : recorder::Take()) {
         lines += line;
@@ -28,29 +30,46 @@ std::string LinesOf(const lint::ElementInfo& element, const std::string& attribu
     return lines;
 }
 
-const lint::ElementInfo& InfoOf(const std::string& name)
+bool LibraryReads(const std::string& element)
 {
-    return lint::InfoOf(lint::ElementNamed(name));
+    return LinesOf(element, "x", 0).find("Unknown Element") == std::string::npos;
 }
 
-TEST(LintVocabulary, HasTheElementsThatTheLibraryKnows)
+/// Whether the library reads the attribute in this slot, counted from 0.
+bool LibraryReads(const std::string& element, const std::string& attribute, int slot)
 {
-    for (const std::string& name : lint::ElementNames()) {
-        EXPECT_THAT(LinesOf(InfoOf(name), "x", 0), testing::Not(testing::HasSubstr("Unknown Element"))) << name;
+    return LinesOf(element, attribute, slot) != LinesOf(element, "other", slot);
+}
+
+/// Every name of the format, and names that are almost one.
+std::vector<std::string> Names()
+{
+    std::vector<std::string> names = {"", "other", "Rsp", "ITEM", "names", "siz", "Id", "ismaster", "ImageDuration"};
+    for (const std::string& element : lint::ElementNames()) {
+        names.push_back(element);
+        for (const std::string& attribute : lint::AttributeNames(lint::InfoOf(lint::ElementNamed(element)))) {
+            names.push_back(attribute);
+        }
     }
-    const lint::ElementInfo other = {lint::Element::kUnknown, "other", 0, {}};
-    EXPECT_THAT(LinesOf(other, "x", 0), testing::HasSubstr("Unknown Element"));
+    return names;
 }
 
-TEST(LintVocabulary, HasTheSlotsAndAttributesThatTheLibraryLooksAt)
+TEST(LintVocabulary, AnElementIsKnownExactlyWhenTheLibraryReadsIt)
 {
-    for (const std::string name : {"policy", "project", "schedule", "item", "rech_info"}) {
-        const lint::ElementInfo& element = InfoOf(name);
-        const std::string odd = LinesOf(element, "other", element.slots - 1);
-        for (const lint::AttributeInfo& attribute : element.attributes) {
-            EXPECT_NE(LinesOf(element, attribute.name, element.slots - 1), odd) << name << ' ' << attribute.name;
-            EXPECT_EQ(LinesOf(element, attribute.name, element.slots), LinesOf(element, "other", element.slots))
-                << name << ' ' << attribute.name;
+    for (const std::string& name : Names()) {
+        EXPECT_EQ(lint::ElementNamed(name) != lint::Element::kUnknown, LibraryReads(name)) << name;
+    }
+}
+
+TEST(LintVocabulary, AnAttributeIsKnownExactlyWhenTheLibraryReadsItInTheLastSlotAndNotBeyond)
+{
+    for (const std::string name : {"policy", "project", "schedule", "item", "name", "size", "format", "rech_info"}) {
+        const lint::ElementInfo& element = lint::InfoOf(lint::ElementNamed(name));
+        for (const std::string& attribute : Names()) {
+            const bool known = lint::FindAttribute(element, attribute) != nullptr;
+            const int last = std::max(element.slots - 1, 0);
+            EXPECT_EQ(LibraryReads(name, attribute, last), known) << name << ' ' << attribute;
+            EXPECT_FALSE(LibraryReads(name, attribute, element.slots)) << name << ' ' << attribute;
         }
     }
 }
@@ -64,9 +83,16 @@ TEST(LintVocabulary, HasTheOneSlotOfTheState)
         container.GetSturcture(&policy);
         return policy.bError;
     };
-    EXPECT_EQ(InfoOf("rsp").slots, 1);
+    EXPECT_EQ(lint::InfoOf(lint::Element::kRsp).slots, 1);
     EXPECT_FALSE(isError({"state", "ok", nullptr}));
     EXPECT_TRUE(isError({"x", "", "state", "ok", nullptr}));
+}
+
+TEST(LintVocabulary, StandsInTheOrderOfItsEnumeration)
+{
+    for (std::size_t index = 0; index < VQMScheduleFormat::kElementCount; ++index) {
+        EXPECT_EQ(VQMScheduleFormat::kElements[index].element, static_cast<lint::Element>(index));
+    }
 }
 
 } // namespace
