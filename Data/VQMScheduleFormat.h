@@ -125,28 +125,49 @@ namespace detail {
 // Folds instead of loops: the compiler then compares with constants, which a loop over the table
 // does not let it do. Every tag of a document comes by here.
 
+template <std::size_t index>
+constexpr bool IsElement(std::string_view name, Element& found)
+{
+    constexpr ElementInfo kInfo = kElements[index];
+    if (name != kInfo.name) {
+        return false;
+    }
+    found = kInfo.element;
+    return true;
+}
+
+/// From the table's end, where the elements of an item stand: most tags are theirs.
 template <std::size_t... indices>
-constexpr Element FindElement(std::string_view name, std::index_sequence<indices...> /*sequence*/)
+[[gnu::always_inline]] constexpr Element FindElement(std::string_view name, std::index_sequence<indices...> /*sequence*/)
 {
     Element found = Element::kUnknown;
-    static_cast<void>(
-        ((name == kElements[indices + 1].name ? (found = kElements[indices + 1].element, true) : false) || ...));
+    static_cast<void>((IsElement<kElementCount - 1 - indices>(name, found) || ...));
     return found;
+}
+
+template <Element element, std::size_t index>
+constexpr bool IsAttribute(std::string_view name, Attribute& found)
+{
+    constexpr AttributeInfo kInfo = InfoOf(element).attributes[index];
+    if (name != kInfo.name) {
+        return false;
+    }
+    found = kInfo.attribute;
+    return true;
 }
 
 template <Element element, std::size_t... indices>
 constexpr Attribute FindAttribute(std::string_view name, std::index_sequence<indices...> /*sequence*/)
 {
-    constexpr AttributeList kList = InfoOf(element).attributes;
     Attribute found = Attribute::kUnknown;
-    static_cast<void>(((name == kList[indices].name ? (found = kList[indices].attribute, true) : false) || ...));
+    static_cast<void>((IsAttribute<element, indices>(name, found) || ...));
     return found;
 }
 
 } // namespace detail
 
 /// Unknown names give `Element::kUnknown`.
-constexpr Element ElementNamed(std::string_view name)
+[[gnu::always_inline]] constexpr Element ElementNamed(std::string_view name)
 {
     return detail::FindElement(name, std::make_index_sequence<kElementCount - 1>());
 }
