@@ -138,7 +138,8 @@ constexpr bool IsElement(std::string_view name, Element& found)
 
 /// From the table's end, where the elements of an item stand: most tags are theirs.
 template <std::size_t... indices>
-[[gnu::always_inline]] constexpr Element FindElement(std::string_view name, std::index_sequence<indices...> /*sequence*/)
+[[gnu::always_inline]] constexpr Element FindElement(std::string_view name,
+                                                     std::index_sequence<indices...> /*sequence*/)
 {
     Element found = Element::kUnknown;
     static_cast<void>((IsElement<kElementCount - 1 - indices>(name, found) || ...));

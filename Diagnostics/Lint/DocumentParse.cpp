@@ -76,7 +76,7 @@ bool DocumentParse::ParseAll()
 {
     while (true) {
         const auto unparsed = static_cast<std::size_t>(parsed_ - window_.Begin());
-        reader_.ReadUpTo(window_.Bytes(), unparsed + piece_ + DocumentWindow::kExcerptReach);
+        reader_.ReadUpTo(window_.Bytes(), unparsed + piece_ + DocumentWindow::kSnippetReach);
         if (window_.End() > maxBytes_) {
             parsed_ = window_.End();
             return false;
@@ -97,10 +97,10 @@ bool DocumentParse::ParseAll()
     }
 }
 
-/// The last "<" that has an excerpt's reach behind it.
+/// The last "<" that has a snippet's reach behind it.
 std::uint64_t DocumentParse::PieceEnd() const
 {
-    const std::uint64_t limit = window_.End() - DocumentWindow::kExcerptReach;
+    const std::uint64_t limit = window_.End() - DocumentWindow::kSnippetReach;
     const std::string_view unparsed = window_.View(parsed_, limit - parsed_);
     const std::size_t last = unparsed.rfind('<');
     if (last == std::string_view::npos || last == 0) {
@@ -144,8 +144,8 @@ void DocumentParse::OnStart(void* self, const char* name, const char** attribute
     auto& parse = *static_cast<DocumentParse*>(self);
     parse.Guarded([&] {
         const auto size = static_cast<std::uint64_t>(ByteCount(parse.parser_.get()));
-        const Mark mark = parse.window_.Advance(parse.Offset());
-        parse.checker_.Start(StartTag(parse.window_, name, attributes, mark, size));
+        const Position position = parse.window_.Advance(parse.Offset());
+        parse.checker_.Start(StartTag(parse.window_, name, attributes, position, size));
     });
 }
 
@@ -169,8 +169,9 @@ void DocumentParse::OnDoctype(void* self, const char* name, const char* /*system
         // The event comes after the declaration's own beginning.
         const std::uint64_t begin = parse.window_.Begin();
         const std::size_t place = parse.window_.View(begin, parse.Offset() - begin).rfind(kDoctype);
-        const Mark mark = parse.window_.MarkAt(place == std::string_view::npos ? parse.Offset() : begin + place);
-        parse.reporter_.Report({mark, kDoctype.size()},
+        const Position position =
+            parse.window_.PositionAt(place == std::string_view::npos ? parse.Offset() : begin + place);
+        parse.reporter_.Report({position, kDoctype.size()},
                                {Rule::kDoctype, "a document type declaration for " + QuotedShort(name),
                                 "a document without one", "the TV leaves out entities that it would have to load"});
     });
@@ -207,7 +208,7 @@ void DocumentParse::ReportTooLarge()
 
 void DocumentParse::ReportAtStart(Problem problem)
 {
-    reporter_.Report({Mark(), 0}, std::move(problem));
+    reporter_.Report({Position(), 0}, std::move(problem));
 }
 
 void DocumentParse::ReportAtEnd(Problem problem)

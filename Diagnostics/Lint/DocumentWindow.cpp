@@ -31,46 +31,46 @@ std::string_view DocumentWindow::View(std::uint64_t offset, std::uint64_t size) 
                                            static_cast<std::size_t>(std::min(size, End() - offset)));
 }
 
-const Mark& DocumentWindow::Advance(std::uint64_t offset)
+const Position& DocumentWindow::Advance(std::uint64_t offset)
 {
     Move(base_, offset);
     return base_;
 }
 
-Mark DocumentWindow::MarkAt(std::uint64_t offset, const Mark& from) const
+Position DocumentWindow::PositionAt(std::uint64_t offset, const Position& from) const
 {
-    Mark mark = from;
-    Move(mark, offset);
-    return mark;
+    Position position = from;
+    Move(position, offset);
+    return position;
 }
 
-void DocumentWindow::Move(Mark& mark, std::uint64_t offset) const
+void DocumentWindow::Move(Position& position, std::uint64_t offset) const
 {
-    SkipByteOrderMark(mark);
-    if (offset <= mark.offset || mark.offset < begin_) {
+    SkipByteOrderMark(position);
+    if (offset <= position.offset || position.offset < begin_) {
         return;
     }
-    const std::string_view bytes = View(mark.offset, offset - mark.offset);
+    const std::string_view bytes = View(position.offset, offset - position.offset);
     std::size_t start = 0;
     for (std::size_t end = LineEnd(bytes, start); end < bytes.size(); end = LineEnd(bytes, start)) {
         // The second half of "\r\n" belongs to the line end that was counted before it.
-        const std::uint64_t place = mark.offset + end;
+        const std::uint64_t place = position.offset + end;
         const bool counted =
             bytes[end] == '\n' && place > begin_ && bytes_[static_cast<std::size_t>(place - begin_) - 1] == '\r';
-        mark.line += counted ? 0 : 1;
-        mark.column = 1;
+        position.line += counted ? 0 : 1;
+        position.column = 1;
         start = end + 1;
-        mark.lineStart = mark.offset + start;
+        position.lineStart = position.offset + start;
     }
-    mark.column += CharactersIn(bytes.substr(start));
-    mark.offset += bytes.size();
+    position.column += CharactersIn(bytes.substr(start));
+    position.offset += bytes.size();
 }
 
-void DocumentWindow::SkipByteOrderMark(Mark& mark) const
+void DocumentWindow::SkipByteOrderMark(Position& position) const
 {
-    if (mark.offset == 0 && View(0, kByteOrderMark.size()) == kByteOrderMark) {
-        mark.offset = kByteOrderMark.size();
-        mark.lineStart = mark.offset;
+    if (position.offset == 0 && View(0, kByteOrderMark.size()) == kByteOrderMark) {
+        position.offset = kByteOrderMark.size();
+        position.lineStart = position.offset;
     }
 }
 
@@ -91,41 +91,41 @@ bool DocumentWindow::IsContinuation(char byte) const
     return !singleByte_ && (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
-Excerpt DocumentWindow::ExcerptAt(const Mark& mark, std::uint64_t size) const
+Snippet DocumentWindow::SnippetAt(const Position& position, std::uint64_t size) const
 {
-    if (mark.offset < begin_ || mark.offset > End()) {
+    if (position.offset < begin_ || position.offset > End()) {
         return {};
     }
-    Excerpt excerpt;
-    std::uint64_t first = std::max(mark.lineStart, begin_);
-    if (mark.offset - first > kExcerptReach) {
-        first = mark.offset - kExcerptReach;
+    Snippet snippet;
+    std::uint64_t first = std::max(position.lineStart, begin_);
+    if (position.offset - first > kSnippetReach) {
+        first = position.offset - kSnippetReach;
     }
-    std::string_view before = View(first, mark.offset - first);
+    std::string_view before = View(first, position.offset - first);
     while (!before.empty() && IsContinuation(before.front())) {
         before.remove_prefix(1);
     }
-    excerpt.cutBefore = mark.offset - before.size() != mark.lineStart;
+    snippet.cutBefore = position.offset - before.size() != position.lineStart;
 
-    std::string_view after = View(mark.offset, End() - mark.offset);
+    std::string_view after = View(position.offset, End() - position.offset);
     after = after.substr(0, after.find_first_of("\r\n"));
-    if (after.size() > kExcerptReach) {
-        std::size_t end = kExcerptReach;
+    if (after.size() > kSnippetReach) {
+        std::size_t end = kSnippetReach;
         while (end > 0 && IsContinuation(after[end])) {
             --end;
         }
         after = after.substr(0, end);
-        excerpt.cutAfter = true;
+        snippet.cutAfter = true;
     }
     const std::string_view subject =
         after.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(size, after.size())));
 
-    excerpt.text = Decoded(before);
-    excerpt.start = excerpt.text.size();
-    excerpt.text += Decoded(subject);
-    excerpt.length = excerpt.text.size() - excerpt.start;
-    excerpt.text += Decoded(after.substr(subject.size()));
-    return excerpt;
+    snippet.text = Decoded(before);
+    snippet.start = snippet.text.size();
+    snippet.text += Decoded(subject);
+    snippet.length = snippet.text.size() - snippet.start;
+    snippet.text += Decoded(after.substr(subject.size()));
+    return snippet;
 }
 
 /// The single-byte encodings that can be read are US-ASCII and ISO-8859-1.
@@ -150,10 +150,10 @@ std::string DocumentWindow::Decoded(std::string_view bytes) const
 void DocumentWindow::Discard(std::uint64_t offset)
 {
     const std::uint64_t kept = std::min(offset, base_.offset);
-    if (kept <= begin_ + kExcerptReach + 1) {
+    if (kept <= begin_ + kSnippetReach + 1) {
         return;
     }
-    const std::uint64_t from = kept - kExcerptReach - 1; // one more for the "\r" of a line end
+    const std::uint64_t from = kept - kSnippetReach - 1; // one more for the "\r" of a line end
     bytes_.erase(0, static_cast<std::size_t>(from - begin_));
     begin_ = from;
 }

@@ -5,12 +5,12 @@
 #include <string>
 #include <string_view>
 
-#include "Diagnostics/Lint/Finding.h"
+#include "Diagnostics/Text/Diagnostic.h"
 
 namespace lint {
 
 /// A place in the document. Line and column count from 1.
-struct Mark {
+struct Position {
     std::uint64_t offset = 0;
     std::uint64_t lineStart = 0; ///< offset of the line's first character
     std::uint64_t line = 1;
@@ -34,33 +34,33 @@ public:
     void SetSingleByteCharacters() { singleByte_ = true; }
 
     /// Goes forward to `offset` and gives the place there; going back stays where it is.
-    const Mark& Advance(std::uint64_t offset);
+    const Position& Advance(std::uint64_t offset);
 
     /// The place of an offset at or after the one advanced to.
-    Mark MarkAt(std::uint64_t offset) const { return MarkAt(offset, base_); }
+    Position PositionAt(std::uint64_t offset) const { return PositionAt(offset, base_); }
 
     /// The same, counted from `from`, a place at or before it that is at hand.
-    Mark MarkAt(std::uint64_t offset, const Mark& from) const;
+    Position PositionAt(std::uint64_t offset, const Position& from) const;
 
-    /// The source line around `size` bytes from `mark` on.
-    Excerpt ExcerptAt(const Mark& mark, std::uint64_t size) const;
+    /// The source line around `size` bytes from `position` on.
+    Snippet SnippetAt(const Position& position, std::uint64_t size) const;
 
-    /// Forgets what lies before `offset`, but for what an excerpt from there on shows.
+    /// Forgets what lies before `offset`, but for what a snippet from there on shows.
     void Discard(std::uint64_t offset);
 
-    /// How many bytes an excerpt shows after the place it is about.
-    static constexpr std::size_t kExcerptReach = 120;
+    /// How many bytes a snippet shows after the place it is about.
+    static constexpr std::size_t kSnippetReach = 120;
 
 private:
-    void Move(Mark& mark, std::uint64_t offset) const;
-    void SkipByteOrderMark(Mark& mark) const;
+    void Move(Position& position, std::uint64_t offset) const;
+    void SkipByteOrderMark(Position& position) const;
     std::size_t CharactersIn(std::string_view bytes) const;
     bool IsContinuation(char byte) const;
     std::string Decoded(std::string_view bytes) const;
 
     std::string bytes_;
     std::uint64_t begin_ = 0;
-    Mark base_;
+    Position base_;
     bool singleByte_ = false;
 };
 

@@ -13,18 +13,19 @@ auto Rank(Rule rule, std::uint64_t line, std::uint64_t column)
     return std::make_tuple(SeverityOf(rule), line, column, rule);
 }
 
-bool GoesBefore(const Finding& left, const Finding& right)
-{
-    return Rank(left.rule, left.line, left.column) < Rank(right.rule, right.line, right.column);
-}
-
-bool StandsBefore(const Finding& left, const Finding& right)
-{
-    return std::tie(left.line, left.column, left.rule, left.message) <
-           std::tie(right.line, right.column, right.rule, right.message);
-}
-
 } // namespace
+
+bool FindingList::GoesBefore(const Kept& left, const Kept& right)
+{
+    return Rank(left.rule, left.diagnostic.line, left.diagnostic.column) <
+           Rank(right.rule, right.diagnostic.line, right.diagnostic.column);
+}
+
+bool FindingList::StandsBefore(const Kept& left, const Kept& right)
+{
+    return std::tie(left.diagnostic.line, left.diagnostic.column, left.rule, left.diagnostic.message) <
+           std::tie(right.diagnostic.line, right.diagnostic.column, right.rule, right.diagnostic.message);
+}
 
 FindingList::FindingList(std::size_t limit, std::set<Rule> ignored) : limit_(limit), ignored_(std::move(ignored)) {}
 
@@ -36,8 +37,11 @@ bool FindingList::Wants(Rule rule, std::uint64_t line, std::uint64_t column) con
     if (heap_.size() < limit_) {
         return true;
     }
-    return !heap_.empty() &&
-           Rank(rule, line, column) < Rank(heap_.front().rule, heap_.front().line, heap_.front().column);
+    if (heap_.empty()) {
+        return false;
+    }
+    const Kept& last = heap_.front();
+    return Rank(rule, line, column) < Rank(last.rule, last.diagnostic.line, last.diagnostic.column);
 }
 
 void FindingList::Count(Rule rule)
@@ -58,13 +62,15 @@ void FindingList::Count(Rule rule)
     }
 }
 
-void FindingList::Add(Finding finding)
+void FindingList::Add(Rule rule, Diagnostic finding)
 {
-    Count(finding.rule);
-    if (!Wants(finding.rule, finding.line, finding.column)) {
+    Count(rule);
+    if (!Wants(rule, finding.line, finding.column)) {
         return;
     }
-    heap_.push_back(std::move(finding));
+    finding.id = NameOf(rule);
+    finding.severity = SeverityOf(rule);
+    heap_.push_back({rule, std::move(finding)});
     std::push_heap(heap_.begin(), heap_.end(), GoesBefore);
     if (heap_.size() > limit_) {
         std::pop_heap(heap_.begin(), heap_.end(), GoesBefore);
@@ -75,7 +81,11 @@ void FindingList::Add(Finding finding)
 Report FindingList::Take()
 {
     std::sort(heap_.begin(), heap_.end(), StandsBefore);
-    report_.findings = std::exchange(heap_, {});
+    report_.findings.reserve(heap_.size());
+    for (Kept& kept : heap_) {
+        report_.findings.push_back(std::move(kept.diagnostic));
+    }
+    heap_.clear();
     const Counts& counts = report_.counts;
     report_.notKept = counts.errors + counts.warnings + counts.notes - report_.findings.size();
     return std::exchange(report_, {});

@@ -5,7 +5,8 @@
 #include <set>
 #include <vector>
 
-#include "Diagnostics/Lint/Finding.h"
+#include "Diagnostics/Lint/Report.h"
+#include "Diagnostics/Lint/Rule.h"
 
 namespace lint {
 
@@ -21,17 +22,26 @@ public:
     bool Wants(Rule rule, std::uint64_t line, std::uint64_t column) const;
 
     void Count(Rule rule);
-    void Add(Finding finding);
+    /// Takes what `rule` found, and gives it the rule's name and severity.
+    void Add(Rule rule, Diagnostic finding);
 
     /// What was collected, sorted; the list is empty afterwards.
     Report Take();
 
 private:
+    /// A rule's place in the documentation decides between findings of one position.
+    struct Kept {
+        Rule rule;
+        Diagnostic diagnostic;
+    };
+
+    static bool GoesBefore(const Kept& left, const Kept& right);
+    static bool StandsBefore(const Kept& left, const Kept& right);
     bool IsIgnored(Rule rule) const { return ignored_.count(rule) != 0; }
 
     std::size_t limit_;
     std::set<Rule> ignored_;
-    std::vector<Finding> heap_; ///< the one to give up first on top
+    std::vector<Kept> heap_; ///< the one to give up first on top
     Report report_;
 };
 

@@ -97,8 +97,8 @@ void ItemChecker::Text(std::string_view text, std::uint64_t offset)
 void ItemChecker::EndChild(std::uint64_t endTagOffset)
 {
     Child& child = ChildOf(open_);
-    if (child.hasText && endTagOffset > child.textPlace.mark.offset) {
-        child.textPlace.size = endTagOffset - child.textPlace.mark.offset;
+    if (child.hasText && endTagOffset > child.textPlace.position.offset) {
+        child.textPlace.size = endTagOffset - child.textPlace.position.offset;
     }
     if (open_ == Element::kSize) {
         CheckSize();

@@ -14,7 +14,7 @@ namespace lint {
 struct ItemFacts {
     std::string file; ///< name and extension
     uVQMINT64 size = 0;
-    Spot filePlace; ///< where the name stands
+    Range filePlace; ///< where the name stands
     bool hasName = false;
 };
 
@@ -36,14 +36,14 @@ public:
 private:
     struct Child {
         int count = 0;
-        Spot tag;
+        Range tag;
         bool hasText = false;
-        Spot textPlace;
+        Range textPlace;
         std::string text;
 
         void Clear();
         /// The text, or the tag where there is none.
-        const Spot& Place() const { return hasText ? textPlace : tag; }
+        const Range& Place() const { return hasText ? textPlace : tag; }
     };
 
     Child& ChildOf(Element element);
@@ -55,7 +55,7 @@ private:
     void CheckWhiteSpace(const char* what, const Child& child);
 
     Reporter& reporter_;
-    Spot item_;
+    Range item_;
     Element open_ = Element::kUnknown;
     Child name_;
     Child size_;

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "Diagnostics/Lint/DocumentReader.h"
-#include "Diagnostics/Lint/Finding.h"
+#include "Diagnostics/Lint/Report.h"
 #include "Diagnostics/Lint/TimeRules.h"
 
 namespace lint {

@@ -88,7 +88,7 @@ void PeriodChecker::EndItem(const ItemFacts& item)
     if (!item.hasName) {
         return;
     }
-    if (const auto line = files_.Add(item.file, item.filePlace.mark.line)) {
+    if (const auto line = files_.Add(item.file, item.filePlace.position.line)) {
         reporter_.Report(item.filePlace, {Rule::kDuplicateFile, "the file " + QuotedShort(item.file) + AsOnLine(*line),
                                           "each file once in a period", "the TV keeps both items"});
     }

@@ -27,7 +27,7 @@ private:
 
     Reporter& reporter_;
     PeriodOverlaps overlaps_;
-    Spot schedule_;
+    Range schedule_;
     std::uint64_t items_ = 0;
     // Where the open period has it first, by line.
     SeenTexts ids_;

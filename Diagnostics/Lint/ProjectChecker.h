@@ -23,7 +23,7 @@ public:
 private:
     struct Announced {
         uVQMINT64 value = 0;
-        Spot place;
+        Range place;
     };
 
     Reporter& reporter_;

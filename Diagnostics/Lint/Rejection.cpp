@@ -23,19 +23,19 @@ std::string Describe(const Report& report)
     if (report.findings.empty()) {
         return "the library rejects it";
     }
-    const Finding& finding = report.findings.front();
+    const Diagnostic& finding = report.findings.front();
     return "line " + std::to_string(finding.line) + ", column " + std::to_string(finding.column) + ": " +
            finding.message;
 }
 
 } // namespace
 
-std::string WhyRejected(const std::string& document)
+std::string ParseErrorText(const std::string& document)
 {
     return Describe(Lint(document, OnlyWhatRejects()));
 }
 
-std::string WhyRejected(const ByteSource& source)
+std::string ParseErrorText(const ByteSource& source)
 {
     return Describe(Lint(source, OnlyWhatRejects()));
 }

@@ -8,7 +8,7 @@ namespace lint {
 
 // Why the library's parser rejects a document, whatever its elements mean: "line 3, column 5: ..."
 
-std::string WhyRejected(const std::string& document);
-std::string WhyRejected(const ByteSource& source);
+std::string ParseErrorText(const std::string& document);
+std::string ParseErrorText(const ByteSource& source);
 
 } // namespace lint

@@ -19,7 +19,7 @@ std::string Shown(std::string text)
     return EscapedForTerminal(text);
 }
 
-std::string SourceLines(const Excerpt& source)
+std::string SourceLines(const Snippet& source)
 {
     if (source.text.empty()) {
         return "";
@@ -33,7 +33,7 @@ std::string SourceLines(const Excerpt& source)
     return kIndent + before + subject + after + "\n" + kIndent + marker + "\n";
 }
 
-std::string FirstLine(const std::string& name, const Finding& finding)
+std::string FirstLine(const std::string& name, const Diagnostic& finding)
 {
     std::string text = finding.message;
     if (!finding.expected.empty()) {
@@ -41,15 +41,15 @@ std::string FirstLine(const std::string& name, const Finding& finding)
     }
     text += "; " + finding.effect;
     return EscapedForTerminal(name) + ":" + std::to_string(finding.line) + ":" + std::to_string(finding.column) + ": " +
-           NameOf(SeverityOf(finding.rule)) + ": " + EscapedForTerminal(text) + " [" + NameOf(finding.rule) + "]\n";
+           NameOf(finding.severity) + ": " + EscapedForTerminal(text) + " [" + finding.id + "]\n";
 }
 
 } // namespace
 
-std::string RenderHuman(const FileResult& file)
+std::string Render(const FileResult& file)
 {
     std::string text;
-    for (const Finding& finding : file.report.findings) {
+    for (const Diagnostic& finding : file.report.findings) {
         text += FirstLine(file.name, finding) + SourceLines(finding.source);
     }
     return text;
@@ -58,7 +58,7 @@ std::string RenderHuman(const FileResult& file)
 std::string RenderOneline(const FileResult& file)
 {
     std::string text;
-    for (const Finding& finding : file.report.findings) {
+    for (const Diagnostic& finding : file.report.findings) {
         text += FirstLine(file.name, finding);
     }
     return text;

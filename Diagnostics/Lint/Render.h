@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "Diagnostics/Lint/Finding.h"
+#include "Diagnostics/Lint/Report.h"
 
 namespace lint {
 
@@ -18,7 +18,7 @@ struct FileResult {
 // escaped.
 
 /// "file:line:column: severity: message [rule]", the source line, and a line that marks the place.
-std::string RenderHuman(const FileResult& file);
+std::string Render(const FileResult& file);
 
 /// Only the first of these lines for each finding.
 std::string RenderOneline(const FileResult& file);

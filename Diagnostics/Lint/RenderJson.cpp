@@ -10,7 +10,7 @@ namespace lint {
 
 namespace {
 
-Json SourceJson(const Excerpt& source)
+Json SourceJson(const Snippet& source)
 {
     const std::string before = Utf8(source.text.substr(0, source.start));
     const std::string subject = Utf8(source.text.substr(source.start, source.length));
@@ -24,10 +24,10 @@ Json SourceJson(const Excerpt& source)
             {"cut_after", source.cutAfter}};
 }
 
-Json FindingJson(const Finding& finding)
+Json FindingJson(const Diagnostic& finding)
 {
-    return {{"rule", NameOf(finding.rule)},
-            {"severity", NameOf(SeverityOf(finding.rule))},
+    return {{"id", finding.id},
+            {"severity", NameOf(finding.severity)},
             {"line", finding.line},
             {"column", finding.column},
             {"end_column", finding.endColumn},
@@ -51,7 +51,7 @@ Json FileJson(const FileResult& file)
     json["counts"] = CountsJson(file.report.counts);
     json["not_shown"] = file.report.notKept;
     json["findings"] = Json::array();
-    for (const Finding& finding : file.report.findings) {
+    for (const Diagnostic& finding : file.report.findings) {
         json["findings"].push_back(FindingJson(finding));
     }
     return json;

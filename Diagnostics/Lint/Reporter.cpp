@@ -4,28 +4,27 @@
 
 namespace lint {
 
-Spot Reporter::Kept(Spot spot) const
+Range Reporter::Kept(Range range) const
 {
-    spot.source = window_.ExcerptAt(spot.mark, spot.size);
-    return spot;
+    range.source = window_.SnippetAt(range.position, range.size);
+    return range;
 }
 
-void Reporter::Report(const Spot& spot, Problem problem)
+void Reporter::Report(const Range& range, Problem problem)
 {
-    if (!findings_.Wants(problem.rule, spot.mark.line, spot.mark.column)) {
+    if (!findings_.Wants(problem.rule, range.position.line, range.position.column)) {
         findings_.Count(problem.rule);
         return;
     }
-    Finding finding;
-    finding.rule = problem.rule;
-    finding.line = spot.mark.line;
-    finding.column = spot.mark.column;
-    finding.source = spot.source ? *spot.source : window_.ExcerptAt(spot.mark, spot.size);
-    finding.endColumn = spot.mark.column + CharactersIn(finding.source);
+    Diagnostic finding;
+    finding.line = range.position.line;
+    finding.column = range.position.column;
+    finding.source = range.source ? *range.source : window_.SnippetAt(range.position, range.size);
+    finding.endColumn = range.position.column + CharactersIn(finding.source);
     finding.message = std::move(problem.message);
     finding.expected = std::move(problem.expected);
     finding.effect = std::move(problem.effect);
-    findings_.Add(std::move(finding));
+    findings_.Add(problem.rule, std::move(finding));
 }
 
 } // namespace lint

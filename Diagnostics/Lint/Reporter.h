@@ -10,10 +10,10 @@
 namespace lint {
 
 /// A stretch of the document that findings can be about.
-struct Spot {
-    Mark mark;
+struct Range {
+    Position position;
     std::uint64_t size = 0;          ///< bytes
-    std::optional<Excerpt> source{}; ///< taken along where the stretch may be gone when it is needed
+    std::optional<Snippet> source{}; ///< taken along where the stretch may be gone when it is needed
 };
 
 /// Turns problems into findings with their places.
@@ -23,10 +23,10 @@ public:
 
     DocumentWindow& Window() { return window_; }
 
-    /// `spot` with its source line, for later.
-    Spot Kept(Spot spot) const;
+    /// `range` with its source line, for later.
+    Range Kept(Range range) const;
 
-    void Report(const Spot& spot, Problem problem);
+    void Report(const Range& range, Problem problem);
 
 private:
     DocumentWindow& window_;

@@ -91,19 +91,6 @@ Severity SeverityOf(Rule rule)
     return kRules[static_cast<int>(rule)].severity;
 }
 
-const char* NameOf(Severity severity)
-{
-    switch (severity) {
-    case Severity::kError:
-        return "error";
-    case Severity::kWarning:
-        return "warning";
-    case Severity::kNote:
-        break;
-    }
-    return "note";
-}
-
 std::optional<Rule> FindRule(std::string_view name)
 {
     for (int index = 0; index < kRuleCount; ++index) {

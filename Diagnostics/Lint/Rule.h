@@ -5,15 +5,9 @@
 #include <string_view>
 #include <vector>
 
+#include "Diagnostics/Text/Diagnostic.h"
+
 namespace lint {
-
-enum class Severity {
-    kError,   ///< the TV will not do what is written
-    kWarning, ///< it will, but that is hardly what was meant
-    kNote,    ///< taste
-};
-
-inline constexpr int kSeverityCount = 3;
 
 /// What the linter looks for. Docs/lint.md has a section for each, under its name.
 enum class Rule {
@@ -93,9 +87,6 @@ enum class Rule {
 const char* NameOf(Rule rule);
 
 Severity SeverityOf(Rule rule);
-
-/// "error", "warning" or "note".
-const char* NameOf(Severity severity);
 
 std::optional<Rule> FindRule(std::string_view name);
 

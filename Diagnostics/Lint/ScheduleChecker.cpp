@@ -226,10 +226,10 @@ void ScheduleChecker::Text(std::string_view text, std::uint64_t offset)
     }
     open_.back().strayText = true;
     const std::size_t blanks = text.find_first_not_of(" \t\r\n");
-    const Mark mark = reporter_.Window().MarkAt(offset + blanks);
+    const Position position = reporter_.Window().PositionAt(offset + blanks);
     const std::string where = NameOf(open_.back().element);
     const std::string_view shown = text.substr(blanks, text.find_last_not_of(" \t\r\n") + 1 - blanks);
-    reporter_.Report({mark, shown.size()},
+    reporter_.Report({position, shown.size()},
                      {Rule::kStrayText, "text " + QuotedShort(shown) + " directly inside " + where,
                       "text only inside name, size and format", "the TV ignores it"});
 }

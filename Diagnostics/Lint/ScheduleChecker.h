@@ -60,7 +60,7 @@ private:
     std::vector<Open> open_;
     std::vector<int> openCounts_;
     std::vector<std::uint64_t> firstLines_; ///< by element: of its first start tag; 0 for none
-    Spot root_;
+    Range root_;
     std::optional<std::uint64_t> itemOffset_; ///< of the item being read
 };
 

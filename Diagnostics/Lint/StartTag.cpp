@@ -4,14 +4,14 @@
 
 namespace lint {
 
-StartTag::StartTag(const DocumentWindow& window, const char* name, const char** attributes, const Mark& mark,
+StartTag::StartTag(const DocumentWindow& window, const char* name, const char** attributes, const Position& position,
                    std::uint64_t size)
     : window_(window),
       name_(name),
       info_(InfoOf(ElementNamed(name_))),
       attributes_(attributes),
-      mark_(mark),
-      last_(mark),
+      position_(position),
+      last_(position),
       size_(size)
 {
     while (attributes_[2 * count_] != nullptr) {
@@ -30,34 +30,34 @@ std::optional<std::size_t> StartTag::Find(std::string_view name) const
     return std::nullopt;
 }
 
-Spot StartTag::Whole() const
+Range StartTag::Whole() const
 {
-    return {mark_, size_};
+    return {position_, size_};
 }
 
-Spot StartTag::NamePlace(std::size_t index) const
+Range StartTag::NamePlace(std::size_t index) const
 {
     const AttributePlace* place = PlaceOf(index);
-    return place == nullptr ? Whole() : Spot{MarkAt(mark_.offset + place->name), place->nameSize};
+    return place == nullptr ? Whole() : Range{PositionAt(position_.offset + place->name), place->nameSize};
 }
 
-Spot StartTag::ValuePlace(std::size_t index) const
+Range StartTag::ValuePlace(std::size_t index) const
 {
     const AttributePlace* place = PlaceOf(index);
-    return place == nullptr ? Whole() : Spot{MarkAt(mark_.offset + place->value), place->valueSize};
+    return place == nullptr ? Whole() : Range{PositionAt(position_.offset + place->value), place->valueSize};
 }
 
 /// Attributes are asked about from the first to the last: counting goes on where it was.
-Mark StartTag::MarkAt(std::uint64_t offset) const
+Position StartTag::PositionAt(std::uint64_t offset) const
 {
-    last_ = window_.MarkAt(offset, offset < last_.offset ? mark_ : last_);
+    last_ = window_.PositionAt(offset, offset < last_.offset ? position_ : last_);
     return last_;
 }
 
 const AttributePlace* StartTag::PlaceOf(std::size_t index) const
 {
     if (!scanned_) {
-        places_ = ScanAttributes(window_.View(mark_.offset, size_));
+        places_ = ScanAttributes(window_.View(position_.offset, size_));
         scanned_ = true;
     }
     return index < places_.size() ? &places_[index] : nullptr;

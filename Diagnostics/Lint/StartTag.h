@@ -16,7 +16,7 @@ class StartTag {
 public:
     /// `attributes` are names and values in turns up to a null name, as the parser has them. The
     /// window has gone forward to the tag.
-    StartTag(const DocumentWindow& window, const char* name, const char** attributes, const Mark& mark,
+    StartTag(const DocumentWindow& window, const char* name, const char** attributes, const Position& position,
              std::uint64_t size);
 
     Element Kind() const { return info_.element; }
@@ -30,25 +30,25 @@ public:
     /// The attribute of that name, if it is among those that the TV looks at.
     std::optional<std::size_t> Find(std::string_view name) const;
 
-    const Mark& Start() const { return mark_; }
+    const Position& Start() const { return position_; }
 
     // Where an attribute has no place of its own, the whole tag stands in.
 
-    Spot Whole() const;
-    Spot NamePlace(std::size_t index) const;
-    Spot ValuePlace(std::size_t index) const;
+    Range Whole() const;
+    Range NamePlace(std::size_t index) const;
+    Range ValuePlace(std::size_t index) const;
 
 private:
     const AttributePlace* PlaceOf(std::size_t index) const;
-    Mark MarkAt(std::uint64_t offset) const;
+    Position PositionAt(std::uint64_t offset) const;
 
     const DocumentWindow& window_;
     std::string_view name_;
     const ElementInfo& info_;
     const char** attributes_;
     std::size_t count_ = 0;
-    Mark mark_;
-    mutable Mark last_; ///< the place asked for last
+    Position position_;
+    mutable Position last_; ///< the place asked for last
     std::uint64_t size_;
     mutable bool scanned_ = false; ///< places are looked for when the first is asked for
     mutable std::vector<AttributePlace> places_;

@@ -60,7 +60,7 @@ Document ReadDocument(const std::string& path)
 std::string Cause(const Document& document)
 {
     const bool endsEarly = document.text.size() < document.head.size();
-    return lint::WhyRejected(endsEarly ? document.head : document.text);
+    return lint::ParseErrorText(endsEarly ? document.head : document.text);
 }
 
 } // namespace

@@ -50,21 +50,21 @@ private:
     std::optional<Change> change_;
 };
 
-std::optional<Silence> SilenceOf(const _VQMPolicy& policy, const std::vector<ActivePeriod>& active)
+std::optional<IdleReason> IdleReasonOf(const _VQMPolicy& policy, const std::vector<ActivePeriod>& active)
 {
     if (policy.listSchedule.empty()) {
-        return Silence::kNoPeriods;
+        return IdleReason::kNoPeriods;
     }
     if (std::all_of(policy.listSchedule.begin(), policy.listSchedule.end(),
                     [](const _VQMSchdule& period) { return SpanOf(period).IsEmpty(); })) {
-        return Silence::kNeverPlays;
+        return IdleReason::kNeverPlays;
     }
     if (active.empty()) {
-        return Silence::kBetweenPeriods;
+        return IdleReason::kBetweenPeriods;
     }
     const bool anyFile =
         std::any_of(active.begin(), active.end(), [](const ActivePeriod& period) { return !period.files.empty(); });
-    return anyFile ? std::nullopt : std::optional<Silence>(Silence::kNoFiles);
+    return anyFile ? std::nullopt : std::optional<IdleReason>(IdleReason::kNoFiles);
 }
 
 } // namespace
@@ -92,31 +92,31 @@ std::vector<const _VQMContentInfo*> PlayOrder(const _VQMSchdule& period)
     return files;
 }
 
-std::string NameOf(Silence silence)
+std::string NameOf(IdleReason silence)
 {
     switch (silence) {
-    case Silence::kNoPeriods:
+    case IdleReason::kNoPeriods:
         return "no-periods";
-    case Silence::kNeverPlays:
+    case IdleReason::kNeverPlays:
         return "never-plays";
-    case Silence::kBetweenPeriods:
+    case IdleReason::kBetweenPeriods:
         return "between-periods";
-    case Silence::kNoFiles:
+    case IdleReason::kNoFiles:
         return "no-files";
     }
     return "";
 }
 
-std::string Describe(Silence silence)
+std::string Describe(IdleReason silence)
 {
     switch (silence) {
-    case Silence::kNoPeriods:
+    case IdleReason::kNoPeriods:
         return "the schedule has no periods";
-    case Silence::kNeverPlays:
+    case IdleReason::kNeverPlays:
         return "no period of the schedule starts before its end";
-    case Silence::kBetweenPeriods:
+    case IdleReason::kBetweenPeriods:
         return "no period includes this time";
-    case Silence::kNoFiles:
+    case IdleReason::kNoFiles:
         return "the period has no files";
     }
     return "";
@@ -167,7 +167,7 @@ Programme ProgrammeAt(const _VQMPolicy& policy, const Moment& moment)
             programme.active.push_back({number, &period, PlayOrder(period)});
         }
     }
-    programme.silence = SilenceOf(policy, programme.active);
+    programme.silence = IdleReasonOf(policy, programme.active);
     programme.next = next.Take();
     programme.stateIsOk = !policy.bError;
     programme.expiry = ExpiryOn(policy, moment.day);

@@ -52,7 +52,7 @@ struct Change {
 };
 
 /// Why no file plays.
-enum class Silence {
+enum class IdleReason {
     kNoPeriods,      ///< the schedule has none
     kNeverPlays,     ///< none of its periods plays at any time
     kBetweenPeriods, ///< some do, but not at this moment
@@ -60,10 +60,10 @@ enum class Silence {
 };
 
 /// "no-periods" and so on, for programs.
-std::string NameOf(Silence silence);
+std::string NameOf(IdleReason silence);
 
 /// The same for people: "the schedule has no periods".
-std::string Describe(Silence silence);
+std::string Describe(IdleReason silence);
 
 /// How a schedule's expiration date stands to a day. The library keeps the date and does not act on
 /// it.
@@ -82,10 +82,10 @@ Expiry ExpiryOn(const _VQMPolicy& policy, const Day& day);
 Day ExpirationOf(const _VQMPolicy& policy);
 
 struct Programme {
-    std::vector<ActivePeriod> active; ///< in document order; more than one where periods overlap
-    std::optional<Silence> silence;   ///< set when no file plays
-    std::optional<Change> next;       ///< none when the same plays all day
-    bool stateIsOk = false;           ///< the document says that it is "ok"; the library does not act on it
+    std::vector<ActivePeriod> active;  ///< in document order; more than one where periods overlap
+    std::optional<IdleReason> silence; ///< set when no file plays
+    std::optional<Change> next;        ///< none when the same plays all day
+    bool stateIsOk = false;            ///< the document says that it is "ok"; the library does not act on it
     Expiry expiry = Expiry::kNone;
 };
 

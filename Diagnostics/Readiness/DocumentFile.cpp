@@ -70,7 +70,7 @@ DocumentFile WhyNotParsed(const std::string& path)
         const InputFile file(path);
         return {DocumentState::kNotWellFormed,
                 "cannot be parsed: " +
-                    lint::WhyRejected([&file](char* buffer, std::size_t size) { return file.Read(buffer, size); })};
+                    lint::ParseErrorText([&file](char* buffer, std::size_t size) { return file.Read(buffer, size); })};
     } catch (const std::system_error& error) {
         return {DocumentState::kUnreadable, "cannot be read: " + error.code().message()};
     }

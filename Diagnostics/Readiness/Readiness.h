@@ -10,6 +10,7 @@
 #include "Common/VQMDataObject.h"
 #include "Data/VQMScheduleRecords.h"
 #include "Diagnostics/Programme/Programme.h"
+#include "Diagnostics/Text/Diagnostic.h"
 
 /// Can this TV play what is on its disk, and if not, why?
 ///
@@ -108,4 +109,9 @@ Constants LoadConstants(const std::string& path);
 /// Runs the library's content check afresh, with the constants that are loaded, and examines
 /// everything that it looks at.
 Report Check(const std::string& constantsPath, const schedule::Day& today, const Progress& progress = nullptr);
+
+/// What the report means, in the order in which the TV comes across it. What keeps the TV from being ready
+/// is an error and blocks; anything else is a note.
+std::vector<Diagnostic> Explain(const Report& report);
+
 } // namespace readiness

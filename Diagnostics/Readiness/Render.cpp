@@ -1,6 +1,5 @@
 #include "Diagnostics/Readiness/Render.h"
 
-#include "Diagnostics/Readiness/Remarks.h"
 #include "Diagnostics/Text/TerminalText.h"
 #include "Diagnostics/Text/Words.h"
 
@@ -85,14 +84,14 @@ std::string VerdictLine(const Report& report)
     return EscapedForTerminal(VerdictText(report));
 }
 
-std::string RenderHuman(const Report& report)
+std::string Render(const Report& report)
 {
     std::string text = EscapedForTerminal(ConstantsLine(report.constants)) + "\n" +
                        EscapedForTerminal(ScheduleLine(report)) + "\n" +
                        EscapedForTerminal(MediaLine(report.contents)) + "\n";
-    for (const Remark& remark : Explain(report)) {
-        text += (remark.blocking ? "problem: " : "note: ") + EscapedForTerminal(remark.message) + " [" + remark.rule +
-                "]\n";
+    for (const Diagnostic& diagnostic : Explain(report)) {
+        text += (diagnostic.blocking ? "problem: " : "note: ") + EscapedForTerminal(diagnostic.message) + " [" +
+                diagnostic.id + "]\n";
     }
     return text + VerdictLine(report) + "\n";
 }

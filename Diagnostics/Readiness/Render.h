@@ -7,8 +7,8 @@
 
 namespace readiness {
 
-/// A line for each remark, what was looked at, and the verdict. Fit for a terminal.
-std::string RenderHuman(const Report& report);
+/// What was looked at, a line for each diagnostic, and the verdict. Fit for a terminal.
+std::string Render(const Report& report);
 
 /// Writes one document of Docs/schemas/check.schema.json, on one line or indented. Returns false when
 /// `sink` did: nobody reads any more.

@@ -1,4 +1,3 @@
-#include "Diagnostics/Readiness/Remarks.h"
 #include "Diagnostics/Readiness/Render.h"
 #include "Diagnostics/Text/Json.h"
 
@@ -77,14 +76,15 @@ void WriteContents(const Contents& contents, JsonWriter& json)
     json.End();
 }
 
-void WriteRemarks(const std::vector<Remark>& remarks, JsonWriter& json)
+void WriteDiagnostics(const std::vector<Diagnostic>& diagnostics, JsonWriter& json)
 {
-    json.BeginArray("remarks");
-    for (const Remark& remark : remarks) {
-        json.Element({{"rule", remark.rule},
-                      {"blocking", remark.blocking},
-                      {"message", Utf8(remark.message)},
-                      {"path", Utf8(remark.path)}});
+    json.BeginArray("diagnostics");
+    for (const Diagnostic& diagnostic : diagnostics) {
+        json.Element({{"id", diagnostic.id},
+                      {"severity", NameOf(diagnostic.severity)},
+                      {"blocking", diagnostic.blocking},
+                      {"message", Utf8(diagnostic.message)},
+                      {"path", Utf8(diagnostic.path)}});
     }
     json.End();
 }
@@ -122,7 +122,7 @@ bool WriteJson(const Report& report, bool oneLine, const JsonWriter::Sink& sink)
     json.Member("constants", ConstantsJson(report.constants));
     json.Member("schedule", ScheduleJson(report));
     WriteContents(report.contents, json);
-    WriteRemarks(Explain(report), json);
+    WriteDiagnostics(Explain(report), json);
     return json.Finish();
 }
 

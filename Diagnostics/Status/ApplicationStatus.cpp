@@ -21,16 +21,16 @@ bool Contains(const std::vector<std::string>& names, const std::string& name)
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-Grip GripOn(const std::string& key, const DisplayAnswer& answer)
+GrabState GrabStateOf(const std::string& key, const DisplayAnswer& answer)
 {
     const bool failed = Contains(answer.failedKeys, key);
     if (Contains(answer.heldKeys, key)) {
-        return failed ? Grip::kPartly : Grip::kHeld;
+        return failed ? GrabState::kPartly : GrabState::kHeld;
     }
     if (failed) {
-        return Grip::kTaken;
+        return GrabState::kTaken;
     }
-    return Contains(answer.toolKeys, key) ? Grip::kFree : Grip::kAbsent;
+    return Contains(answer.toolKeys, key) ? GrabState::kFree : GrabState::kAbsent;
 }
 
 std::string ToText(const DisplayAnswer& answer)
@@ -57,18 +57,18 @@ DisplayAnswer FromText(const std::string& text)
 
 } // namespace
 
-std::string NameOf(Grip grip)
+std::string NameOf(GrabState grab)
 {
-    switch (grip) {
-    case Grip::kHeld:
+    switch (grab) {
+    case GrabState::kHeld:
         return "held";
-    case Grip::kPartly:
+    case GrabState::kPartly:
         return "partly-held";
-    case Grip::kTaken:
+    case GrabState::kTaken:
         return "taken";
-    case Grip::kFree:
+    case GrabState::kFree:
         return "not-held";
-    case Grip::kAbsent:
+    case GrabState::kAbsent:
         break;
     }
     return "not-on-keyboard";
@@ -93,7 +93,7 @@ ApplicationStatus ApplicationFrom(const std::string& display, const std::optiona
     for (int keyId = 0; keyId < desktop::kKeyIds; ++keyId) {
         if (desktop::IsToolKey(keyId)) {
             const std::string name = desktop::KeyName(keyId);
-            application.toolKeys.push_back({name, GripOn(name, *answer)});
+            application.toolKeys.push_back({name, GrabStateOf(name, *answer)});
         }
     }
     return application;

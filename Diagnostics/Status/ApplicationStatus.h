@@ -9,7 +9,7 @@
 namespace status {
 
 /// What becomes of a tool key that is pressed.
-enum class Grip {
+enum class GrabState {
     kHeld,   ///< the application gets it
     kPartly, ///< it does, but for a combination with modifiers that another program has
     kTaken,  ///< another program gets it
@@ -18,11 +18,11 @@ enum class Grip {
 };
 
 /// "held" and so on, for programs.
-std::string NameOf(Grip grip);
+std::string NameOf(GrabState grab);
 
 struct ToolKey {
     std::string name;
-    Grip grip = Grip::kAbsent;
+    GrabState grab = GrabState::kAbsent;
 };
 
 /// The application on the display that DISPLAY names.

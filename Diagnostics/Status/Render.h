@@ -9,9 +9,9 @@
 namespace status {
 
 /// One screen of text, fit for a terminal.
-std::string RenderText(const Report& report, const std::vector<Reason>& reasons);
+std::string Render(const Report& report, const std::vector<Diagnostic>& reasons);
 
 /// One document of Docs/schemas/status.schema.json.
-std::string RenderJson(const Report& report, const std::vector<Reason>& reasons);
+std::string RenderJson(const Report& report, const std::vector<Diagnostic>& reasons);
 
 } // namespace status

@@ -48,7 +48,7 @@ Json ApplicationJson(const Report& report)
         json["pid"] = application.pid;
         json["tool_keys"] = Json::array();
         for (const ToolKey& key : application.toolKeys) {
-            json["tool_keys"].push_back({{"key", key.name}, {"state", NameOf(key.grip)}});
+            json["tool_keys"].push_back({{"key", key.name}, {"state", NameOf(key.grab)}});
         }
         json["held_keys"] = application.heldKeys;
         json["failed_keys"] = application.failedKeys;
@@ -106,18 +106,18 @@ Json ProgrammeJson(const Report& report)
     return json;
 }
 
-Json VerdictJson(const std::vector<Reason>& reasons)
+Json VerdictJson(const std::vector<Diagnostic>& reasons)
 {
     Json json = {{"ready", reasons.empty()}, {"reasons", Json::array()}};
-    for (const Reason& reason : reasons) {
-        json["reasons"].push_back({{"id", reason.id}, {"text", Utf8(reason.text)}});
+    for (const Diagnostic& reason : reasons) {
+        json["reasons"].push_back({{"id", reason.id}, {"message", Utf8(reason.message)}});
     }
     return json;
 }
 
 } // namespace
 
-std::string RenderJson(const Report& report, const std::vector<Reason>& reasons)
+std::string RenderJson(const Report& report, const std::vector<Diagnostic>& reasons)
 {
     return RenderJsonDocument({{"setting", SettingJson(report.setting)},
                                {"application", ApplicationJson(report)},

@@ -74,16 +74,16 @@ std::string ApplicationText(const Report& report)
 
 std::string ToolKeyText(const ToolKey& key)
 {
-    switch (key.grip) {
-    case Grip::kHeld:
+    switch (key.grab) {
+    case GrabState::kHeld:
         return key.name + " is held";
-    case Grip::kPartly:
+    case GrabState::kPartly:
         return key.name + " is held, but another program has it in combination with some modifier";
-    case Grip::kTaken:
+    case GrabState::kTaken:
         return key.name + " is taken by another program";
-    case Grip::kFree:
+    case GrabState::kFree:
         return key.name + " is on this keyboard, and the application does not hold it";
-    case Grip::kAbsent:
+    case GrabState::kAbsent:
         break;
     }
     return key.name + " is not on this keyboard; 'vqmctl remote press " + key.name + "' presses it";

@@ -56,7 +56,7 @@ def test_a_ready_set_as_json(shop):
                      "items": 3, "item_count": 3, "bytes": 1075843072, "total_size": 1075843072, "state_is_ok": True,
                      "expiration": "2030-12-31", "expiry": "valid"},
         "contents": {"directory": f"{MEDIA}/", "directory_present": True, "complete": 3, "bytes_to_copy": 0},
-        "remarks": [],
+        "diagnostics": [],
     }
     assert files[2] == {"period": 2, "name": "evening.mp4", "path": f"{MEDIA}/evening.mp4", "kind": "file",
                         "announced": 1073740800, "size": 1073740800, "size_matches": True, "readable": True,
@@ -79,8 +79,8 @@ def store(document):
     return f'printf %s "{document}" >$rech/schedule.xml'
 
 
-def lines(*remarks):
-    return "".join(f"{remark}\n" for remark in remarks)
+def lines(*diagnostics):
+    return "".join(f"{diagnostic}\n" for diagnostic in diagnostics)
 
 
 KEYLESS = "[no-schedule-file]"
@@ -218,8 +218,8 @@ def test_each_fault_is_explained_and_the_verdict_is_the_librarys(shop, tmp_path,
     shown = re.sub(r"room for [0-9.]+ [kMGTPE]?B", "room for ROOM", result.stdout.decode())
     assert result.stderr == b""
     assert shown.partition("media: ")[2].partition("\n")[2] == expected + 3 * f"code {code}\n"
-    remarks = check_json((tmp_path / "json").read_bytes())["remarks"]
-    assert [(remark["rule"], remark["blocking"]) for remark in remarks] == [
+    diagnostics = check_json((tmp_path / "json").read_bytes())["diagnostics"]
+    assert [(diagnostic["id"], diagnostic["blocking"]) for diagnostic in diagnostics] == [
         (line.rpartition("[")[2][:-1], line.startswith("problem"))
         for line in expected.splitlines() if line.endswith("]")]
 
@@ -335,9 +335,9 @@ class Watched:
         self.shell.stdin.write(command + "\n")
         self.shell.stdin.flush()
 
-    def remarks(self):
+    def diagnostics(self):
         document = check_json(self.shell.stdout.readline())
-        return document["verdict"]["ready"], [remark["rule"] for remark in document["remarks"]]
+        return document["verdict"]["ready"], [diagnostic["id"] for diagnostic in document["diagnostics"]]
 
     def end(self, signal_name="TERM"):
         self.do(f"kill -{signal_name} $1; while kill -0 $1; do sleep 0.05; done 2>$out/ignored; exit")
@@ -348,7 +348,7 @@ class Watched:
 
 def test_watch_prints_each_changed_verdict(shop):
     watched = Watched(shop)
-    assert watched.remarks() == (True, [])
+    assert watched.diagnostics() == (True, [])
     for change, expected in [
         ("rm $media/logo.jpg", (False, ["file-missing"])),
         ("truncate -s 5 $media/logo.jpg", (False, ["file-size"])),
@@ -362,7 +362,7 @@ def test_watch_prints_each_changed_verdict(shop):
         ("chmod 1 $media; touch $media; rm -r $rech", (False, ["schedule-missing"])),
     ]:
         watched.do(change)
-        assert watched.remarks() == expected
+        assert watched.diagnostics() == expected
     assert watched.end() == ""
 
 
@@ -406,7 +406,7 @@ def test_watch_needs_no_folder_that_can_be_written(shop):
 
 def test_watch_follows_a_directory_that_is_linked_elsewhere(shop):
     watched = Watched(shop)
-    assert watched.remarks() == (True, [])
+    assert watched.diagnostics() == (True, [])
     for change, expected in [
         ("cp -r $media /opt/elsewhere; mv $media /opt/away; ln -s elsewhere /opt/shelf", (False, ["media-directory-missing"] + 3 * ["file-missing"])),
         ("ln -s /opt/shelf ${media%/}", (True, [])),
@@ -414,5 +414,5 @@ def test_watch_follows_a_directory_that_is_linked_elsewhere(shop):
         ("ln -sfn away /opt/shelf", (True, [])),
     ]:
         watched.do(change)
-        assert watched.remarks() == expected
+        assert watched.diagnostics() == expected
     assert watched.end() == ""

@@ -135,7 +135,7 @@ def test_json_validates_whatever_there_is(lint):
     files = check_json(result.stdout)["files"]
     assert [len(entry["findings"]) for entry in files[:2]] == [0, 1]
     assert files[1]["findings"][0] == {
-        "rule": "time-without-seconds",
+        "id": "time-without-seconds",
         "severity": "error",
         "line": 2,
         "column": 25,
@@ -151,7 +151,7 @@ def test_json_validates_whatever_there_is(lint):
             "cut_after": False,
         },
     }
-    assert files[3]["findings"][0]["rule"] == "unreadable-encoding"
+    assert files[3]["findings"][0]["id"] == "unreadable-encoding"
     assert "\xe4" in files[4]["findings"][1]["source"]["text"]
     assert files[5]["file"].endswith("/odd\\xff\\x0a.xml")
     assert files[6]["error"] == "No such file or directory"

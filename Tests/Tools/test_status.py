@@ -134,10 +134,10 @@ def test_the_screen_of_a_set_in_order(running):
 def test_what_is_wrong_with_the_content_stands_in_the_way(running, prepare, expected, text):
     document = status(running, prepare=prepare)
     assert reasons(document) == expected
-    assert text in document["verdict"]["reasons"][0]["text"]
+    assert text in document["verdict"]["reasons"][0]["message"]
     screen = run(running, prepare=prepare)
     assert screen.returncode == 1
-    shown = "- " + document["verdict"]["reasons"][0]["text"]
+    shown = "- " + document["verdict"]["reasons"][0]["message"]
     assert shown in screen.stdout.splitlines()
 
 
@@ -307,7 +307,7 @@ def test_without_means_to_ask_servers_the_rest_is_told(running, tmp_path):
     assert document["application"]["state"] == "display-not-asked"
     assert document["application"]["problem"] == "Too many open files"
     assert document["popups"]["problem"] == "cannot ask the session bus: Too many open files"
-    assert document["verdict"]["reasons"][0]["text"] == (
+    assert document["verdict"]["reasons"][0]["message"] == (
         f"whether the application runs is unknown: cannot ask display '{running.display_name}': Too many open files")
 
 

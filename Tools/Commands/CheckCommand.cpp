@@ -45,7 +45,7 @@ ExitCode CodeOf(const readiness::Verdict& verdict)
 ExitCode CheckOnce(const Arguments& arguments)
 {
     const readiness::Report report = Check(arguments);
-    static_cast<void>(arguments.json ? WriteJson(report, false, Print) : Print(RenderHuman(report)));
+    static_cast<void>(arguments.json ? WriteJson(report, false, Print) : Print(Render(report)));
     return CodeOf(report.verdict);
 }
 
@@ -62,7 +62,7 @@ ExitCode CheckAgainAndAgain(const Arguments& arguments)
                              }
                              const std::string separator = first ? "" : "\n";
                              first = false;
-                             return Print(separator + RenderHuman(report));
+                             return Print(separator + Render(report));
                          });
     return CodeOf(watch.Run());
 }

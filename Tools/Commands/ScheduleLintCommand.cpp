@@ -107,7 +107,7 @@ ExitCode Lint(const Arguments& arguments)
             results.push_back(std::move(result));
             continue;
         }
-        output.Write(human ? RenderHuman(result) : RenderOneline(result));
+        output.Write(human ? Render(result) : RenderOneline(result));
         if (result.report.notKept > 0) {
             PrintError(result.name + ": " + Counted(result.report.notKept, "further finding") + " not shown");
         }

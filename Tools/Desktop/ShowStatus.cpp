@@ -10,7 +10,7 @@
 ExitCode ShowStatus(const StatusOptions& options)
 {
     const status::Report report = status::Collect(options.constants);
-    const std::vector<status::Reason> reasons = ReasonsAgainst(report);
-    static_cast<void>(Print(options.json ? RenderJson(report, reasons) : RenderText(report, reasons)));
+    const std::vector<Diagnostic> reasons = ReasonsAgainst(report);
+    static_cast<void>(Print(options.json ? RenderJson(report, reasons) : Render(report, reasons)));
     return reasons.empty() ? ExitCode::kOk : ExitCode::kFindings;
 }

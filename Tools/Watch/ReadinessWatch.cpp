@@ -6,7 +6,6 @@
 #include <set>
 #include <utility>
 
-#include "Diagnostics/Readiness/Remarks.h"
 #include "Diagnostics/Readiness/Render.h"
 
 namespace {
@@ -20,8 +19,8 @@ constexpr std::chrono::minutes kMinute{1};
 std::string Gist(const readiness::Report& report)
 {
     std::string gist = readiness::VerdictLine(report);
-    for (const readiness::Remark& remark : readiness::Explain(report)) {
-        gist += "\n" + remark.rule + " " + remark.path;
+    for (const Diagnostic& diagnostic : readiness::Explain(report)) {
+        gist += "\n" + diagnostic.id + " " + diagnostic.path;
     }
     return gist;
 }

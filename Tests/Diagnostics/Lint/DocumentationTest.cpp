@@ -38,9 +38,9 @@ TEST(LintDocumentation, ShowsWhatIsSaidOfTheBadExampleCharacterForCharacter)
 {
     for (const RuleSection& section : RuleSections()) {
         const lint::Report report = lint::Lint(section.bad, OptionsOf(section));
-        EXPECT_EQ(lint::RenderHuman({"schedule.xml", "", report}), section.output) << section.name;
-        EXPECT_TRUE(std::any_of(report.findings.begin(), report.findings.end(), [&](const lint::Finding& finding) {
-            return NameOf(finding.rule) == section.name;
+        EXPECT_EQ(lint::Render({"schedule.xml", "", report}), section.output) << section.name;
+        EXPECT_TRUE(std::any_of(report.findings.begin(), report.findings.end(), [&](const Diagnostic& finding) {
+            return finding.id == section.name;
         })) << section.name;
     }
 }
@@ -60,8 +60,8 @@ TEST(LintDocumentation, ShowsWhatIgnoringARuleLeavesOut)
         lint::Options options = OptionsOf(section);
         options.ignored.insert(*lint::FindRule(section.name));
         const lint::Report report = lint::Lint(section.bad, options);
-        for (const lint::Finding& finding : report.findings) {
-            EXPECT_NE(NameOf(finding.rule), section.name);
+        for (const Diagnostic& finding : report.findings) {
+            EXPECT_NE(finding.id, section.name);
         }
     }
 }

@@ -37,9 +37,9 @@ lint::Options TestOptions()
 std::vector<std::string> PlacesIn(std::string_view document)
 {
     std::vector<std::string> places;
-    for (const lint::Finding& finding : lint::Lint(document, TestOptions()).findings) {
+    for (const Diagnostic& finding : lint::Lint(document, TestOptions()).findings) {
         places.push_back(std::to_string(finding.line) + ":" + std::to_string(finding.column) + "-" +
-                         std::to_string(finding.endColumn) + " " + NameOf(finding.rule));
+                         std::to_string(finding.endColumn) + " " + finding.id);
     }
     return places;
 }

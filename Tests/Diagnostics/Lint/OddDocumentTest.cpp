@@ -28,7 +28,7 @@ TEST(LintOddDocument, OneCutAnywhereIsNotWellFormed)
     for (std::size_t size = 0; size < document.size(); ++size) {
         const lint::Report report = lint::Lint(document.substr(0, size), TestOptions());
         ASSERT_FALSE(report.findings.empty()) << size;
-        EXPECT_EQ(report.findings.back().rule, lint::Rule::kNotWellFormed) << size;
+        EXPECT_EQ(report.findings.back().id, NameOf(lint::Rule::kNotWellFormed)) << size;
     }
     EXPECT_THAT(PlacesIn(document), IsEmpty());
 }
@@ -82,7 +82,7 @@ TEST(LintOddDocument, NoiseNeverBreaksIt)
             document[random() % document.size()] = static_cast<char>(random() % 256);
         }
         const lint::FileResult result{"f", "", lint::Lint(document, TestOptions())};
-        for (const char character : lint::RenderHuman(result)) {
+        for (const char character : lint::Render(result)) {
             EXPECT_TRUE(character == '\n' || static_cast<unsigned char>(character) >= 0x20U);
         }
         EXPECT_THAT(lint::RenderJson({result}), HasSubstr("\"schema_version\": 1"));
@@ -101,7 +101,7 @@ TEST(LintOddDocument, ReadsOnThroughDeepNesting)
     EXPECT_EQ(report.counts.errors, 1U);
     EXPECT_EQ(report.findings.size(), 1000U);
     EXPECT_EQ(report.notKept, 99001U);
-    EXPECT_EQ(report.findings.back().rule, lint::Rule::kNotWellFormed);
+    EXPECT_EQ(report.findings.back().id, NameOf(lint::Rule::kNotWellFormed));
 }
 
 TEST(LintOddDocument, PassesOnWhatTheSourceThrows)
@@ -112,7 +112,7 @@ TEST(LintOddDocument, PassesOnWhatTheSourceThrows)
 
 TEST(LintOddDocument, EscapesWhatATerminalWouldObey)
 {
-    const std::string broken = lint::RenderHuman({"a\x1b[31m\xff.xml", "", lint::Lint("<rsp>\x1b", TestOptions())});
+    const std::string broken = lint::Render({"a\x1b[31m\xff.xml", "", lint::Lint("<rsp>\x1b", TestOptions())});
     EXPECT_THAT(broken, HasSubstr("a\\x1b[31m\\xff.xml:1:6: error: not well-formed"));
     EXPECT_THAT(broken, HasSubstr("    <rsp>\\x1b\n         ^\n"));
 }

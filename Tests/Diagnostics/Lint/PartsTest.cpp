@@ -13,10 +13,9 @@ namespace {
 using lint::Rule;
 using testing::ElementsAre;
 
-lint::Finding FindingOf(Rule rule, std::uint64_t line)
+Diagnostic FindingOn(std::uint64_t line)
 {
-    lint::Finding finding;
-    finding.rule = rule;
+    Diagnostic finding;
     finding.line = line;
     return finding;
 }
@@ -24,14 +23,14 @@ lint::Finding FindingOf(Rule rule, std::uint64_t line)
 TEST(FindingList, KeepsTheGravestAndThenTheFirst)
 {
     lint::FindingList list(3, {});
-    list.Add(FindingOf(Rule::kHour24, 1));
-    list.Add(FindingOf(Rule::kExpired, 9));
-    list.Add(FindingOf(Rule::kExpired, 2));
-    list.Add(FindingOf(Rule::kTimeMalformed, 8));
-    list.Add(FindingOf(Rule::kExpired, 5));
+    list.Add(Rule::kHour24, FindingOn(1));
+    list.Add(Rule::kExpired, FindingOn(9));
+    list.Add(Rule::kExpired, FindingOn(2));
+    list.Add(Rule::kTimeMalformed, FindingOn(8));
+    list.Add(Rule::kExpired, FindingOn(5));
     const lint::Report report = list.Take();
     std::vector<std::uint64_t> lines;
-    for (const lint::Finding& finding : report.findings) {
+    for (const Diagnostic& finding : report.findings) {
         lines.push_back(finding.line);
     }
     EXPECT_THAT(lines, ElementsAre(2U, 5U, 8U));
@@ -44,7 +43,7 @@ TEST(FindingList, KeepsTheGravestAndThenTheFirst)
 TEST(FindingList, ForgetsIgnoredRulesAltogether)
 {
     lint::FindingList list(3, {Rule::kExpired});
-    list.Add(FindingOf(Rule::kExpired, 1));
+    list.Add(Rule::kExpired, FindingOn(1));
     list.Count(Rule::kExpired);
     const lint::Report report = list.Take();
     EXPECT_TRUE(report.findings.empty());

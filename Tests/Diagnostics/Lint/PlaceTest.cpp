@@ -67,7 +67,7 @@ TEST(LintPlace, CutsLongLinesAroundThePlace)
 {
     const std::string remark = "<!--" + std::string(400, 'x') + "-->";
     const lint::Report report = lint::Lint(OneLine(remark) + remark, TestOptions());
-    const lint::Excerpt& source = report.findings.at(0).source;
+    const Snippet& source = report.findings.at(0).source;
     EXPECT_TRUE(source.cutBefore);
     EXPECT_TRUE(source.cutAfter);
     EXPECT_EQ(source.text.substr(source.start, source.length), "Order");
@@ -92,7 +92,7 @@ TEST(LintPlace, IsTheSameHoweverTheBytesCome)
 {
     std::string document = OneLine("<!--" + std::string(300000, 'y') + "-->\n");
     document += "<!--" + std::string(600000, '<') + "-->\n\r\n";
-    const std::string expected = lint::RenderHuman({"f", "", lint::Lint(document, TestOptions())});
+    const std::string expected = lint::Render({"f", "", lint::Lint(document, TestOptions())});
     EXPECT_THAT(expected, testing::HasSubstr("f:2:14: error: unknown attribute 'Order'"));
     for (const std::size_t unit : {1U, 7U, 4096U, 262143U}) {
         std::size_t given = 0;
@@ -102,7 +102,7 @@ TEST(LintPlace, IsTheSameHoweverTheBytesCome)
             given += count;
             return count;
         };
-        EXPECT_EQ(lint::RenderHuman({"f", "", lint::Lint(source, TestOptions())}), expected) << unit;
+        EXPECT_EQ(lint::Render({"f", "", lint::Lint(source, TestOptions())}), expected) << unit;
     }
 }
 

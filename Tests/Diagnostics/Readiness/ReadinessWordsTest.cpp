@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "Diagnostics/Readiness/Remarks.h"
+#include "Diagnostics/Readiness/Readiness.h"
 #include "Diagnostics/Text/Words.h"
 
 namespace {
@@ -24,7 +24,7 @@ TEST(ReadinessWords, NamesAreListedAsInASentence)
     EXPECT_EQ(QuotedList({"a", "b", "c"}), "'a', 'b' and 'c'");
 }
 
-TEST(ReadinessRemarks, WhatChangedAfterTheCheckIsNoReasonForItsVerdict)
+TEST(ReadinessDiagnostics, ChangeAfterTheCheckDoesNotBlock)
 {
     readiness::Report report;
     report.constants = {"constants.xml", readiness::DocumentState::kLoaded, "", {{"ScheduleFile", "s.xml"}}};
@@ -40,24 +40,24 @@ TEST(ReadinessRemarks, WhatChangedAfterTheCheckIsNoReasonForItsVerdict)
     gone.problem = "is missing";
     report.contents.files = {gone};
 
-    const auto remarks = [&report] {
+    const auto diagnostics = [&report] {
         std::vector<std::pair<std::string, bool>> told;
-        for (const readiness::Remark& remark : readiness::Explain(report)) {
-            told.emplace_back(remark.rule, remark.blocking);
+        for (const Diagnostic& diagnostic : readiness::Explain(report)) {
+            told.emplace_back(diagnostic.id, diagnostic.blocking);
         }
         return told;
     };
     using testing::ElementsAre;
     using testing::Pair;
-    EXPECT_THAT(remarks(), ElementsAre(Pair("file-missing", false), Pair("changed-meanwhile", false)));
+    EXPECT_THAT(diagnostics(), ElementsAre(Pair("file-missing", false), Pair("changed-meanwhile", false)));
     report.verdict.haveContents = false;
-    EXPECT_THAT(remarks(), ElementsAre(Pair("file-missing", true)));
+    EXPECT_THAT(diagnostics(), ElementsAre(Pair("file-missing", true)));
     report.contents.complete = 1;
     report.contents.files.front().size = 5;
     report.contents.files.front().readable = true;
-    EXPECT_THAT(remarks(), ElementsAre(Pair("changed-meanwhile", false)));
+    EXPECT_THAT(diagnostics(), ElementsAre(Pair("changed-meanwhile", false)));
     report.verdict.haveSchedule = false;
-    EXPECT_THAT(remarks(), ElementsAre(Pair("changed-meanwhile", false)));
+    EXPECT_THAT(diagnostics(), ElementsAre(Pair("changed-meanwhile", false)));
 }
 
 } // namespace

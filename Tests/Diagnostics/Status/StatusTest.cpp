@@ -108,9 +108,9 @@ TEST_P(StatusVerdict, NamesWhatStandsInTheWay)
     GetParam().change(report);
     std::vector<std::string> ids;
     std::string last;
-    for (const Reason& reason : ReasonsAgainst(report)) {
+    for (const Diagnostic& reason : ReasonsAgainst(report)) {
         ids.push_back(reason.id);
-        last = reason.text;
+        last = reason.message;
     }
     EXPECT_EQ(ids, GetParam().ids);
     EXPECT_THAT(last, HasSubstr(GetParam().text));
@@ -299,7 +299,7 @@ TEST(StatusPopups, WhoDoesNotAnswerIsNamed)
 TEST(StatusScreen, ShowsEverySectionAndTheVerdict)
 {
     Report report = GoodReport();
-    EXPECT_EQ(RenderText(report, ReasonsAgainst(report)),
+    EXPECT_EQ(Render(report, ReasonsAgainst(report)),
               "Setting      on; stored in /store\n"
               "Application  org.example runs on display ':0' as process 12 and holds 3 keys\n"
               "             XF86SimpleMenu is held\n"
@@ -329,7 +329,7 @@ TEST(StatusScreen, SaysWhyASectionCannotBeHadAndShowsTheOthers)
     report.content.constants.problem = "is missing";
     report.content.constants.values.clear();
     report.content.schedule.path = report.content.schedule.directory;
-    EXPECT_EQ(RenderText(report, {{"a", "first"}, {"b", "second"}}),
+    EXPECT_EQ(Render(report, {{"a", "first"}, {"b", "second"}}),
               "Setting      off; no settings folder\n"
               "Application  unknown: DISPLAY is not set\n"
               "Popups       unknown: no session bus\n"
@@ -359,7 +359,7 @@ TEST(StatusScreen, CutsWhatIsLongAndEscapesWhatIsOdd)
         }
     }
     report.application = WithFailed({kMenu, kMore}, {kMore, "XF86AudioPlay", "XF86Menu"});
-    const std::string text = RenderText(report, {});
+    const std::string text = Render(report, {});
     EXPECT_THAT(text, HasSubstr("/store holds '\\x1b[31m" + std::string(35, 'x') + "...', expected 0 or 1\n"));
     EXPECT_THAT(text, HasSubstr("Now          09:00:00 to 18:00:00: f\\x0a0, f\\x0a1, f\\x0a2, f\\x0a3, f\\x0a4 and 2 "
                                 "more\n             09:00:00"));
@@ -371,11 +371,11 @@ TEST(StatusScreen, TellsAScheduleThatNeverChanges)
 {
     Report report = GoodReport();
     report.content.schedule.policy.listSchedule = {Period(0, 24, "day.mp4")};
-    EXPECT_THAT(RenderText(report, {}), HasSubstr("Now          00:00:00 to 24:00:00: day.mp4\n"
-                                                  "Next         never: the same plays all day\n"));
+    EXPECT_THAT(Render(report, {}), HasSubstr("Now          00:00:00 to 24:00:00: day.mp4\n"
+                                              "Next         never: the same plays all day\n"));
     report.content.schedule.policy.listSchedule.clear();
-    EXPECT_THAT(RenderText(report, {}), HasSubstr("Now          nothing: the schedule has no periods\n"
-                                                  "Next         never: nothing plays at any time\n"));
+    EXPECT_THAT(Render(report, {}), HasSubstr("Now          nothing: the schedule has no periods\n"
+                                              "Next         never: nothing plays at any time\n"));
 }
 
 TEST(StatusJson, HoldsWhatTheScreenCutsAndNullForWhatIsNotKnown)

@@ -1,4 +1,4 @@
-#include "Diagnostics/Readiness/Remarks.h"
+#include "Diagnostics/Readiness/Readiness.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -20,17 +20,28 @@ class Explanation {
 public:
     explicit Explanation(const Report& report) : report_(report), ready_(report.verdict.Ready()) {}
 
-    std::vector<Remark> Take();
+    std::vector<Diagnostic> Take();
 
 private:
     /// Nothing keeps a TV from being ready that is ready.
-    void AddProblem(const std::string& rule, const std::string& message, const std::string& path)
+    void AddProblem(const char* id, std::string message, const std::string& path)
     {
-        remarks_.push_back({!ready_, rule, message, path});
+        Add(id, ready_ ? Severity::kNote : Severity::kError, std::move(message), path);
     }
-    void AddNote(const std::string& rule, const std::string& message, const std::string& path)
+    void AddNote(const char* id, std::string message, const std::string& path)
     {
-        remarks_.push_back({false, rule, message, path});
+        Add(id, Severity::kNote, std::move(message), path);
+    }
+    void Add(const char* id, Severity severity, std::string message, const std::string& path)
+    {
+        Diagnostic diagnostic;
+        diagnostic.id = id;
+        diagnostic.severity = severity;
+        diagnostic.blocking = severity == Severity::kError;
+        diagnostic.message = std::move(message);
+        diagnostic.path = path;
+        diagnostic.subject = subject_;
+        diagnostics_.push_back(std::move(diagnostic));
     }
 
     void ExplainConstants();
@@ -45,7 +56,8 @@ private:
 
     const Report& report_;
     bool ready_;
-    std::vector<Remark> remarks_;
+    Diagnostic::Subject subject_ = Diagnostic::Subject::kGeneral;
+    std::vector<Diagnostic> diagnostics_;
 };
 
 std::vector<std::string> NamesIn(const std::string& directory)
@@ -68,7 +80,7 @@ std::string PerhapsMeant(const std::string& name, std::vector<std::string> there
     return close.empty() ? "" : "; " + QuotedList(close) + (close.size() == 1 ? " is there" : " are there");
 }
 
-std::vector<Remark> Explanation::Take()
+std::vector<Diagnostic> Explanation::Take()
 {
     ExplainConstants();
     if (!report_.verdict.ran) {
@@ -82,7 +94,7 @@ std::vector<Remark> Explanation::Take()
         ExplainContents();
     }
     ExplainChange();
-    return std::move(remarks_);
+    return std::move(diagnostics_);
 }
 
 void Explanation::ExplainConstants()
@@ -209,6 +221,7 @@ void Explanation::ExplainContents()
         AddProblem("media-directory-missing", "the media directory " + Quoted(contents.directory) + " is missing",
                    contents.directory);
     }
+    subject_ = Diagnostic::Subject::kContentFile;
     std::set<std::pair<std::string, uVQMINT64>> told; // a file may belong to several items
     for (const ContentFile& file : contents.files) {
         if (!file.SizeMatches() || !file.readable) {
@@ -217,6 +230,7 @@ void Explanation::ExplainContents()
             }
         }
     }
+    subject_ = Diagnostic::Subject::kGeneral;
     if (contents.freeBytes && *contents.freeBytes < contents.missingBytes) {
         AddNote("disk-full",
                 BytesText(contents.missingBytes) + " are to be copied, and the disk has room for " +
@@ -291,7 +305,7 @@ void Explanation::ExplainChange()
 
 } // namespace
 
-std::vector<Remark> Explain(const Report& report)
+std::vector<Diagnostic> Explain(const Report& report)
 {
     return Explanation(report).Take();
 }

@@ -70,7 +70,7 @@ void AddProgramme(const Report& report, Screen& screen)
 
 } // namespace
 
-std::string RenderText(const Report& report, const std::vector<Reason>& reasons)
+std::string Render(const Report& report, const std::vector<Diagnostic>& reasons)
 {
     Screen screen;
     screen.Add("Setting", SettingText(report.setting));
@@ -81,8 +81,8 @@ std::string RenderText(const Report& report, const std::vector<Reason>& reasons)
     AddProgramme(report, screen);
     screen.AddPlain("");
     screen.AddPlain(reasons.empty() ? "Nothing stands in the way." : "What stands in the way:");
-    for (const Reason& reason : reasons) {
-        screen.AddPlain("- " + reason.text);
+    for (const Diagnostic& reason : reasons) {
+        screen.AddPlain("- " + reason.message);
     }
     return screen.Take();
 }

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "Diagnostics/Text/Diagnostic.h"
+
+namespace lint {
+
+struct Counts {
+    std::uint64_t errors = 0;
+    std::uint64_t warnings = 0;
+    std::uint64_t notes = 0;
+};
+
+/// All that is known of one document.
+struct Report {
+    std::vector<Diagnostic> findings; ///< sorted by position, then rule; each has a line
+    Counts counts;                    ///< of everything found, kept or not
+    std::uint64_t notKept = 0;        ///< how many findings are counted only
+};
+
+} // namespace lint
