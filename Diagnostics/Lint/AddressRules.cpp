@@ -50,7 +50,7 @@ std::optional<Problem> JudgeAddress(const std::string& attribute, const std::str
     if (ParseIPv4(text) || IsIPv6(text)) {
         return std::nullopt;
     }
-    return Problem{Rule::kNotAnAddress, attribute + " " + QuotedShort(text) + " is no address",
+    return Problem{Rule::kNotAnAddress, attribute + " " + QuotedShort(text) + " is not an address",
                    "four numbers up to 255, such as 192.168.0.10", kEffect};
 }
 
@@ -63,7 +63,7 @@ std::optional<Problem> JudgeSubnetMask(const std::string& attribute, const std::
     if (mask && IsMask(*mask)) {
         return std::nullopt;
     }
-    return Problem{Rule::kNotASubnetMask, attribute + " " + QuotedShort(text) + " is no subnet mask",
+    return Problem{Rule::kNotASubnetMask, attribute + " " + QuotedShort(text) + " is not a subnet mask",
                    "a mask of ones, then zeros, such as 255.255.255.0", kEffect};
 }
 

@@ -20,9 +20,9 @@ std::string Slots(int count)
 } // namespace
 
 Problem AttributeChecker::UnknownName(const std::string& what, std::string_view name,
-                                      const std::vector<std::string>& known, Rule unknown, Rule misspelt)
+                                      const std::vector<std::string>& known, const std::vector<std::string>& close,
+                                      Rule unknown, Rule misspelt)
 {
-    const std::vector<std::string> close = Suggest(name, known);
     const std::string message = "unknown " + what + " " + QuotedShort(name);
     if (!close.empty()) {
         return {misspelt, message, JoinWithOr(close), "the TV ignores it"};
@@ -30,10 +30,11 @@ Problem AttributeChecker::UnknownName(const std::string& what, std::string_view 
     return {unknown, message, known.empty() ? "no " + what : JoinWithOr(known), "the TV ignores it"};
 }
 
-void AttributeChecker::Check(const StartTag& tag)
+const std::vector<Judgement>& AttributeChecker::Check(const StartTag& tag)
 {
+    judgements_.assign(tag.AttributeCount(), {});
     if (tag.Kind() == Element::kUnknown) {
-        return;
+        return judgements_;
     }
     meant_.clear();
     for (std::size_t index = 0; index < tag.AttributeCount(); ++index) {
@@ -54,17 +55,16 @@ void AttributeChecker::Check(const StartTag& tag)
         }
     }
     CheckMissing(tag);
+    return judgements_;
 }
 
 void AttributeChecker::CheckUnknown(const StartTag& tag, std::size_t index)
 {
     const std::vector<std::string> known = AttributeNames(tag.Info());
-    Problem problem =
-        UnknownName("attribute", tag.AttributeName(index), known, Rule::kUnknownAttribute, Rule::kMisspeltAttribute);
-    if (problem.rule == Rule::kMisspeltAttribute) {
-        const std::vector<std::string> close = Suggest(tag.AttributeName(index), known);
-        meant_.insert(meant_.end(), close.begin(), close.end());
-    }
+    const std::vector<std::string> close = Suggest(tag.AttributeName(index), known);
+    meant_.insert(meant_.end(), close.begin(), close.end());
+    Problem problem = UnknownName("attribute", tag.AttributeName(index), known, close, Rule::kUnknownAttribute,
+                                  Rule::kMisspeltAttribute);
     problem.message += " of " + NameOf(tag.Kind());
     reporter_.Report(tag.NamePlace(index), std::move(problem));
 }
@@ -73,6 +73,7 @@ void AttributeChecker::CheckValue(const StartTag& tag, std::size_t index, const 
 {
     const std::string name(info.name);
     const std::string text = tag.AttributeValue(index);
+    Judgement& judgement = judgements_[index];
     std::vector<Problem> problems;
     const auto take = [&problems](std::optional<Problem> problem) {
         if (problem) {
@@ -93,10 +94,15 @@ void AttributeChecker::CheckValue(const StartTag& tag, std::size_t index, const 
     case ValueKind::kMaster:
     case ValueKind::kUnsigned:
         take(JudgeNumber(name, info.kind, text));
+        // A negative number is odd, but read.
+        judgement.isReadAsWritten = problems.empty() || problems.front().rule == Rule::kNegativeNumber;
         break;
-    case ValueKind::kTime:
-        problems = JudgeTime(name, text).problems;
+    case ValueKind::kTime: {
+        TimeVerdict verdict = JudgeTime(name, text);
+        problems = std::move(verdict.problems);
+        judgement.seconds = verdict.seconds;
         break;
+    }
     case ValueKind::kDate:
         problems = JudgeDate(name, text, today_);
         break;
@@ -107,6 +113,7 @@ void AttributeChecker::CheckValue(const StartTag& tag, std::size_t index, const 
         take(JudgeSubnetMask(name, text));
         break;
     }
+    judgement.isFlawless = problems.empty();
     for (Problem& problem : problems) {
         reporter_.Report(tag.ValuePlace(index), std::move(problem));
     }

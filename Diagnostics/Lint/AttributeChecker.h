@@ -1,6 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "Diagnostics/Lint/Reporter.h"
 #include "Diagnostics/Lint/StartTag.h"
@@ -8,16 +11,25 @@
 
 namespace lint {
 
+/// What is known of an attribute's value once it was checked, for checks that compare values.
+struct Judgement {
+    bool isFlawless = false;      ///< nothing was reported about it
+    bool isReadAsWritten = false; ///< of a number: the TV reads the one that stands there
+    std::optional<int> seconds{}; ///< of a time: from midnight, where what is written leaves no doubt
+};
+
 /// Checks what a start tag carries: names, places and, one by one, values.
 class AttributeChecker {
 public:
     AttributeChecker(Reporter& reporter, const schedule::Day& today) : reporter_(reporter), today_(today) {}
 
-    void Check(const StartTag& tag);
+    /// Checks the tag. Gives a judgement for each of its attributes, good until the next check.
+    const std::vector<Judgement>& Check(const StartTag& tag);
 
-    /// Reports a name that the vocabulary does not have: misspelt, where one is close.
+    /// What is wrong with a name that the vocabulary does not have: `close` are the names in `known` that it
+    /// may have been meant for, and with one of them it is misspelt.
     static Problem UnknownName(const std::string& what, std::string_view name, const std::vector<std::string>& known,
-                               Rule unknown, Rule misspelt);
+                               const std::vector<std::string>& close, Rule unknown, Rule misspelt);
 
 private:
     void CheckUnknown(const StartTag& tag, std::size_t index);
@@ -26,6 +38,7 @@ private:
 
     Reporter& reporter_;
     schedule::Day today_;
+    std::vector<Judgement> judgements_;
     std::vector<std::string> meant_; ///< the names that misspelt ones of the tag may stand for
 };
 

@@ -40,12 +40,13 @@ std::string Shortest(const std::string& text)
     return (negative && digits != "0" ? "-" : "") + digits;
 }
 
-} // namespace
-
+/// Whether the TV reads the number as it is written.
 bool IsSoundNumber(ValueKind kind, const std::string& text)
 {
     return IsPlain(text) || (HasOnlyDigits(kind, text) && Shortest(text) == Taken(kind, text));
 }
+
+} // namespace
 
 std::optional<Problem> JudgeNumber(const std::string& subject, ValueKind kind, const std::string& text)
 {

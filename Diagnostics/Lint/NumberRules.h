@@ -12,7 +12,4 @@ namespace lint {
 /// one of the kinds of numbers.
 std::optional<Problem> JudgeNumber(const std::string& subject, ValueKind kind, const std::string& text);
 
-/// Whether the text is a number that the TV reads as it is written.
-bool IsSoundNumber(ValueKind kind, const std::string& text);
-
 } // namespace lint

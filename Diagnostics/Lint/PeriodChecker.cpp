@@ -1,9 +1,7 @@
 #include "Diagnostics/Lint/PeriodChecker.h"
 
 #include "Diagnostics/Calendar/Clock.h"
-#include "Diagnostics/Lint/NumberRules.h"
 #include "Diagnostics/Lint/SetReading.h"
-#include "Diagnostics/Lint/TimeRules.h"
 #include "Diagnostics/Text/Words.h"
 
 namespace lint {
@@ -15,10 +13,10 @@ std::string PeriodText(const Period& period)
     return schedule::TimeText(period.start) + " to " + schedule::TimeText(period.end);
 }
 
-std::optional<int> SecondsOf(const StartTag& tag, const char* name)
+std::optional<int> SecondsOf(const StartTag& tag, const std::vector<Judgement>& values, const char* name)
 {
     const std::optional<std::size_t> index = tag.Find(name);
-    return index ? JudgeTime(name, tag.AttributeValue(*index)).seconds : std::nullopt;
+    return index ? values[*index].seconds : std::nullopt;
 }
 
 std::string AsOnLine(std::uint64_t line)
@@ -28,18 +26,18 @@ std::string AsOnLine(std::uint64_t line)
 
 } // namespace
 
-void PeriodChecker::Begin(const StartTag& schedule)
+void PeriodChecker::Begin(const StartTag& schedule, const std::vector<Judgement>& values)
 {
     schedule_ = reporter_.Kept(schedule.Whole());
     items_ = 0;
     ForgetItems();
-    CheckTimes(schedule);
+    CheckTimes(schedule, values);
 }
 
-void PeriodChecker::CheckTimes(const StartTag& schedule)
+void PeriodChecker::CheckTimes(const StartTag& schedule, const std::vector<Judgement>& values)
 {
-    const std::optional<int> start = SecondsOf(schedule, "start_time");
-    const std::optional<int> end = SecondsOf(schedule, "end_time");
+    const std::optional<int> start = SecondsOf(schedule, values, "start_time");
+    const std::optional<int> end = SecondsOf(schedule, values, "end_time");
     if (!start || !end || *start > schedule::kDaySeconds || *end > schedule::kDaySeconds) {
         return;
     }
@@ -61,7 +59,7 @@ void PeriodChecker::CheckTimes(const StartTag& schedule)
     }
 }
 
-void PeriodChecker::BeginItem(const StartTag& item)
+void PeriodChecker::BeginItem(const StartTag& item, const std::vector<Judgement>& values)
 {
     ++items_;
     constexpr char kEffect[] = "the TV keeps both items";
@@ -69,16 +67,16 @@ void PeriodChecker::BeginItem(const StartTag& item)
         const char* const text = item.AttributeValue(*id);
         if (const auto line = ids_.Add(text, item.Start().line)) {
             reporter_.Report(item.ValuePlace(*id), {Rule::kDuplicateId, "id " + QuotedShort(text) + AsOnLine(*line),
-                                                    "an id of its own for each item of a period", kEffect});
+                                                    "a different id for each item of a period", kEffect});
         }
     }
     const std::optional<std::size_t> order = item.Find("order");
-    if (order && IsSoundNumber(ValueKind::kCount, item.AttributeValue(*order))) {
+    if (order && values[*order].isReadAsWritten) {
         const std::string text = item.AttributeValue(*order);
         if (const auto line = orders_.Add(setreading::Integer(text), item.Start().line)) {
             reporter_.Report(item.ValuePlace(*order),
                              {Rule::kDuplicateOrder, "order " + QuotedShort(text) + AsOnLine(*line),
-                              "a place of its own for each item of a period", kEffect});
+                              "a different order for each item of a period", kEffect});
         }
     }
 }

@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
+#include "Diagnostics/Lint/AttributeChecker.h"
 #include "Diagnostics/Lint/ItemChecker.h"
 #include "Diagnostics/Lint/PeriodOverlaps.h"
 #include "Diagnostics/Lint/Reporter.h"
@@ -16,13 +18,16 @@ class PeriodChecker {
 public:
     explicit PeriodChecker(Reporter& reporter) : reporter_(reporter) {}
 
-    void Begin(const StartTag& schedule);
-    void BeginItem(const StartTag& item);
+    // `values` are the judgements of the tag's attributes.
+
+    void Begin(const StartTag& schedule, const std::vector<Judgement>& values);
+    void BeginItem(const StartTag& item, const std::vector<Judgement>& values);
+
     void EndItem(const ItemFacts& item);
     void End();
 
 private:
-    void CheckTimes(const StartTag& schedule);
+    void CheckTimes(const StartTag& schedule, const std::vector<Judgement>& values);
     void ForgetItems();
 
     Reporter& reporter_;

@@ -9,22 +9,44 @@ namespace {
 
 /// More than the seconds up to 24:59:59; a power of two keeps the tree's levels whole.
 constexpr std::size_t kLeaves = 1U << 17U;
+
+/// Up to this many, comparing is cheaper than the 2 MiB of the tree.
+constexpr std::size_t kFew = 16;
 constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
+
+std::size_t LeafOf(int second)
+{
+    return kLeaves + static_cast<std::size_t>(second);
+}
 
 } // namespace
 
 std::optional<Period> PeriodOverlaps::Add(const Period& period)
 {
+    if (periods_.size() < kFew) {
+        const std::optional<Period> first = FirstOfFew(period);
+        periods_.push_back(period);
+        return first;
+    }
     if (whole_.empty()) {
         whole_.assign(2 * kLeaves, kNone);
         any_.assign(2 * kLeaves, kNone);
+        for (std::size_t number = 0; number < periods_.size(); ++number) {
+            Cover(LeafOf(periods_[number].start), LeafOf(periods_[number].end), static_cast<std::uint32_t>(number));
+        }
     }
-    const std::size_t start = kLeaves + static_cast<std::size_t>(period.start);
-    const std::size_t end = kLeaves + static_cast<std::size_t>(period.end);
-    const std::uint32_t first = FirstIn(start, end);
-    Cover(start, end, static_cast<std::uint32_t>(periods_.size()));
+    const std::uint32_t first = FirstIn(LeafOf(period.start), LeafOf(period.end));
+    Cover(LeafOf(period.start), LeafOf(period.end), static_cast<std::uint32_t>(periods_.size()));
     periods_.push_back(period);
     return first == kNone ? std::nullopt : std::optional<Period>(periods_[first]);
+}
+
+std::optional<Period> PeriodOverlaps::FirstOfFew(const Period& period) const
+{
+    const auto found = std::find_if(periods_.begin(), periods_.end(), [&period](const Period& other) {
+        return other.start < period.end && period.start < other.end;
+    });
+    return found == periods_.end() ? std::nullopt : std::optional<Period>(*found);
 }
 
 std::uint32_t PeriodOverlaps::FirstIn(std::size_t start, std::size_t end) const

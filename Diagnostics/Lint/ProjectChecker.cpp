@@ -1,6 +1,5 @@
 #include "Diagnostics/Lint/ProjectChecker.h"
 
-#include "Diagnostics/Lint/NumberRules.h"
 #include "Diagnostics/Lint/SetReading.h"
 #include "Diagnostics/Text/Words.h"
 
@@ -12,18 +11,18 @@ constexpr char kEffect[] = "the TV keeps the announced number and goes by the it
 
 } // namespace
 
-void ProjectChecker::Begin(const StartTag& project)
+void ProjectChecker::Begin(const StartTag& project, const std::vector<Judgement>& values)
 {
-    const auto announced = [&](const char* name, ValueKind kind) -> std::optional<Announced> {
+    const auto announced = [&](const char* name) -> std::optional<Announced> {
         const std::optional<std::size_t> index = project.Find(name);
-        if (!index || JudgeNumber(name, kind, project.AttributeValue(*index))) {
+        if (!index || !values[*index].isFlawless) {
             return std::nullopt;
         }
         return Announced{setreading::Unsigned(project.AttributeValue(*index)),
                          reporter_.Kept(project.ValuePlace(*index))};
     };
-    count_ = announced("item_count", ValueKind::kCount);
-    size_ = announced("total_size", ValueKind::kUnsigned);
+    count_ = announced("item_count");
+    size_ = announced("total_size");
 }
 
 void ProjectChecker::AddItem(uVQMINT64 size)

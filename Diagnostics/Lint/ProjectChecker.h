@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "Common/VQMDataObject.h"
+#include "Diagnostics/Lint/AttributeChecker.h"
 #include "Diagnostics/Lint/Reporter.h"
 #include "Diagnostics/Lint/StartTag.h"
 
@@ -14,7 +16,8 @@ class ProjectChecker {
 public:
     explicit ProjectChecker(Reporter& reporter) : reporter_(reporter) {}
 
-    void Begin(const StartTag& project);
+    /// `values` are the judgements of the tag's attributes.
+    void Begin(const StartTag& project, const std::vector<Judgement>& values);
     void AddItem(uVQMINT64 size);
 
     /// At the document's end.

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Diagnostics/Lint/NetworkChecker.h"
+#include "Diagnostics/Text/Suggestions.h"
 #include "Diagnostics/Text/Words.h"
 
 namespace lint {
@@ -26,6 +27,13 @@ Problem Misplaced(const StartTag& tag, const std::string& where, const std::stri
             "the TV reads it all the same, wherever it stands"};
 }
 
+Problem JudgeUnknown(const StartTag& tag)
+{
+    const std::vector<std::string> known = ElementNames();
+    return AttributeChecker::UnknownName("element", tag.Name(), known, Suggest(tag.Name(), known),
+                                         Rule::kUnknownElement, Rule::kMisspeltElement);
+}
+
 } // namespace
 
 ScheduleChecker::ScheduleChecker(Reporter& reporter, const schedule::Day& today)
@@ -46,7 +54,7 @@ void ScheduleChecker::Start(const StartTag& tag)
     }
     CheckPlace(tag);
     CheckRepeated(tag);
-    attributes_.Check(tag);
+    const std::vector<Judgement>& values = attributes_.Check(tag);
 
     const bool inText = OpenTextElements() > 0;
     open_.push_back(
@@ -54,16 +62,16 @@ void ScheduleChecker::Start(const StartTag& tag)
     ++openCounts_[static_cast<std::size_t>(tag.Kind())];
     switch (tag.Kind()) {
     case Element::kProject:
-        project_.Begin(tag);
+        project_.Begin(tag, values);
         break;
     case Element::kSchedule:
-        period_.Begin(tag);
+        period_.Begin(tag, values);
         break;
     case Element::kItem:
         itemOffset_ = tag.Start().offset;
         item_.Begin(tag);
         if (OpenCount(Element::kSchedule) > 0) {
-            period_.BeginItem(tag);
+            period_.BeginItem(tag, values);
         }
         break;
     case Element::kName:
@@ -99,8 +107,7 @@ std::optional<Problem> ScheduleChecker::JudgePlace(const StartTag& tag) const
     }
     switch (tag.Kind()) {
     case Element::kUnknown:
-        return AttributeChecker::UnknownName("element", tag.Name(), ElementNames(), Rule::kUnknownElement,
-                                             Rule::kMisspeltElement);
+        return JudgeUnknown(tag);
     case Element::kRsp:
         return open_.empty() ? std::nullopt
                              : std::optional<Problem>(Misplaced(tag, "inside the document", "rsp around everything"));

@@ -52,7 +52,7 @@ std::optional<Problem> JudgeTimeText(const std::string& attribute, const std::st
     };
     const std::vector<std::string> parts = SplitAtColons(text);
     if (parts.size() == 1 || parts.size() > 3 || parts[0].empty()) {
-        return problem(Rule::kTimeMalformed, text.empty() ? "is empty" : "is no time of day");
+        return problem(Rule::kTimeMalformed, text.empty() ? "is empty" : "is not a time of day");
     }
     static const std::vector<std::string> kPartNames = {"hour", "minute", "second"};
     static const std::vector<int> kLimits = {24, 59, 59};
@@ -144,7 +144,7 @@ std::vector<Problem> JudgeDate(const std::string& attribute, const std::string& 
     }
     const schedule::Day day = ToDay(taken);
     if (!schedule::IsPossible(day)) {
-        problems.push_back({Rule::kImpossibleDate, subject + " is no day of the calendar", "a day that exists",
+        problems.push_back({Rule::kImpossibleDate, subject + " is not a day of the calendar", "a day that exists",
                             takes + " as it stands"});
     } else if (std::tie(day.year, day.month, day.day) < std::tie(today.year, today.month, today.day)) {
         problems.push_back({Rule::kExpired, subject + " has passed", "a day from " + schedule::DayText(today) + " on",

@@ -5,7 +5,7 @@
 #include <system_error>
 
 #include "Data/VQMScheduleContainer.h"
-#include "Diagnostics/Lint/Rejection.h"
+#include "Diagnostics/Lint/ParseErrorText.h"
 #include "Diagnostics/Text/InputFile.h"
 #include "VQMSerialize/VQMXMLSerialize.h"
 

@@ -69,6 +69,15 @@ std::optional<IdleReason> IdleReasonOf(const _VQMPolicy& policy, const std::vect
 
 } // namespace
 
+std::size_t CountItems(const _VQMPolicy& policy)
+{
+    std::size_t items = 0;
+    for (const _VQMSchdule& period : policy.listSchedule) {
+        items += period.listContents.size();
+    }
+    return items;
+}
+
 long long SecondsOf(const _VQMTime& time)
 {
     return (time.nHour * 60LL + time.nMinute) * 60LL + time.nSecond;

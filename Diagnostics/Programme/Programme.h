@@ -12,6 +12,9 @@
 /// what points into the policy is valid as long as the policy is unchanged.
 namespace schedule {
 
+/// The items of all periods.
+std::size_t CountItems(const _VQMPolicy& policy);
+
 /// Seconds from midnight, whatever the fields hold; up to 24:59:59 from a document.
 long long SecondsOf(const _VQMTime& time);
 

@@ -86,7 +86,7 @@ std::string DescribeExpiration(const _VQMPolicy& policy, const Day& today)
     case Expiry::kNone:
         return "none";
     case Expiry::kImpossible:
-        return date + ", which is no day of the calendar";
+        return date + ", which is not a day of the calendar";
     case Expiry::kValid:
         return date;
     case Expiry::kExpired:
@@ -112,7 +112,7 @@ std::vector<std::string> Notes(const _VQMPolicy& policy, const Programme& progra
     if (programme.expiry == Expiry::kExpired) {
         notes.push_back("the schedule expired on " + date + "; the TV keeps the date and does not act on it");
     } else if (programme.expiry == Expiry::kImpossible) {
-        notes.push_back("the schedule expires on " + date + ", which is no day of the calendar");
+        notes.push_back("the schedule expires on " + date + ", which is not a day of the calendar");
     }
     return notes;
 }

@@ -11,14 +11,13 @@
 #include "Data/VQMDataConstants.h"
 #include "Diagnostics/Readiness/DocumentFile.h"
 #include "Diagnostics/Readiness/Readiness.h"
+#include "Diagnostics/Text/InputFile.h"
 #include "Platform/desktop/base/FileDescriptor.h"
 
 namespace readiness {
 
 namespace {
 
-constexpr char kStdin[] = "-";
-constexpr char kScheduleFileConstant[] = "ScheduleFile";
 constexpr std::size_t kReadUnit = 65536;
 
 /// The library has no way to list or forget constants.
@@ -90,7 +89,7 @@ void LoadFrom(const std::string& path, Constants& constants)
 
 const std::string* Constants::ScheduleFile() const
 {
-    const auto found = values.find(kScheduleFileConstant);
+    const auto found = values.find(kScheduleFile);
     return found == values.end() ? nullptr : &found->second;
 }
 

@@ -129,15 +129,6 @@ std::map<std::string, std::string> OtherSpellings(const Contents& contents)
     return found;
 }
 
-std::size_t CountItems(const _VQMPolicy& policy)
-{
-    std::size_t items = 0;
-    for (const _VQMSchdule& period : policy.listSchedule) {
-        items += period.listContents.size();
-    }
-    return items;
-}
-
 } // namespace
 
 Contents ExamineContents(const _VQMPolicy& policy, const std::string& directory, const Progress& progress)
@@ -146,7 +137,7 @@ Contents ExamineContents(const _VQMPolicy& policy, const std::string& directory,
     contents.directory = directory;
     std::error_code ignored;
     contents.directoryPresent = std::filesystem::is_directory(directory, ignored);
-    const std::size_t total = CountItems(policy);
+    const std::size_t total = schedule::CountItems(policy);
     contents.files.reserve(total);
     CVQMFilePipe pipe;
     std::size_t period = 0;

@@ -7,7 +7,7 @@
 
 #include <sys/stat.h>
 
-#include "Diagnostics/Lint/Rejection.h"
+#include "Diagnostics/Lint/ParseErrorText.h"
 #include "Diagnostics/Readiness/FileKinds.h"
 #include "Diagnostics/Text/InputFile.h"
 

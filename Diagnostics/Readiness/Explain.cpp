@@ -13,8 +13,6 @@ namespace readiness {
 
 namespace {
 
-constexpr char kScheduleFile[] = "ScheduleFile";
-
 /// Collects what is to be said about one report.
 class Explanation {
 public:
@@ -160,7 +158,7 @@ void Explanation::ExplainSchedule()
         const bool missing = schedule.state == DocumentState::kMissing;
         AddProblem("schedule-is-directory",
                    "without a name for the schedule the TV looks for the directory " + Quoted(schedule.path) +
-                       " itself, which " + (missing ? "is missing" : "is no schedule"),
+                       " itself, which " + (missing ? "is missing" : "is not a schedule"),
                    schedule.path);
         return;
     }
@@ -187,7 +185,8 @@ void Explanation::ExplainDocument()
                 schedule.path);
     } else if (schedule.expiry == schedule::Expiry::kImpossible) {
         AddNote("expiration-no-day",
-                "the schedule expires on " + day + ", which is no day; the check does not look at it", schedule.path);
+                "the schedule expires on " + day + ", which is not a day; the check does not look at it",
+                schedule.path);
     }
     if (report_.contents.files.empty()) {
         AddNote("no-files", "the schedule names no file: nothing is missing, and nothing plays", schedule.path);

@@ -23,10 +23,13 @@ namespace readiness {
 /// What became of a document that is needed.
 enum class DocumentState {
     kMissing,
-    kUnreadable,    ///< something is there, but it is no file, or cannot be read
+    kUnreadable,    ///< something is there, but it is not a file, or cannot be read
     kNotWellFormed, ///< read, and no XML document
     kLoaded,
 };
+
+/// The constant that names the schedule's file.
+inline constexpr char kScheduleFile[] = "ScheduleFile";
 
 struct Constants {
     std::string path; ///< as it was given; "<stdin>" for "-"

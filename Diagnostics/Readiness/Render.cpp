@@ -69,7 +69,7 @@ std::string VerdictText(const Report& report)
         return "not checked: " + verdict.problem;
     }
     if (!verdict.haveSchedule) {
-        return "not ready: no schedule that can be read";
+        return "not ready: there is no readable schedule";
     }
     const std::string items = contents.files.empty() ? "it names no file"
                                                      : std::to_string(contents.complete) + " of " +

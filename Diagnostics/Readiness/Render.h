@@ -11,7 +11,7 @@ namespace readiness {
 std::string Render(const Report& report);
 
 /// Writes one document of Docs/schemas/check.schema.json, on one line or indented. Returns false when
-/// `sink` did: nobody reads any more.
+/// `sink` did: the reader has gone.
 bool WriteJson(const Report& report, bool oneLine, const JsonWriter::Sink& sink);
 
 /// One document of Docs/schemas/constants.schema.json.

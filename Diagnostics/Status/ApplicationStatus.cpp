@@ -14,7 +14,7 @@ namespace status {
 namespace {
 
 /// A display answers within milliseconds; a loaded machine takes longer.
-constexpr std::chrono::seconds kPatience{3};
+constexpr std::chrono::seconds kAnswerTimeout{3};
 
 bool Contains(const std::vector<std::string>& names, const std::string& name)
 {
@@ -33,29 +33,27 @@ GrabState GrabStateOf(const std::string& key, const DisplayAnswer& answer)
     return Contains(answer.toolKeys, key) ? GrabState::kFree : GrabState::kAbsent;
 }
 
-std::string ToText(const DisplayAnswer& answer)
+} // namespace
+
+// The library of JSON finds these two by their names beside the type.
+
+static void to_json(Json& json, const DisplayAnswer& answer)
 {
-    const Json json = {{"connected", answer.connected},
-                       {"pid", answer.pid},
-                       {"held", answer.heldKeys},
-                       {"failed", answer.failedKeys},
-                       {"tool", answer.toolKeys}};
-    return json.dump();
+    json = {{"connected", answer.connected},
+            {"pid", answer.pid},
+            {"held", answer.heldKeys},
+            {"failed", answer.failedKeys},
+            {"tool", answer.toolKeys}};
 }
 
-DisplayAnswer FromText(const std::string& text)
+static void from_json(const Json& json, DisplayAnswer& answer)
 {
-    const Json json = Json::parse(text);
-    DisplayAnswer answer;
     json.at("connected").get_to(answer.connected);
     json.at("pid").get_to(answer.pid);
     json.at("held").get_to(answer.heldKeys);
     json.at("failed").get_to(answer.failedKeys);
     json.at("tool").get_to(answer.toolKeys);
-    return answer;
 }
-
-} // namespace
 
 std::string NameOf(GrabState grab)
 {
@@ -106,8 +104,7 @@ ApplicationStatus CollectApplication()
         return {};
     }
     try {
-        const std::optional<std::string> text = AskWithin(kPatience, [] { return ToText(AskDisplay()); });
-        return ApplicationFrom(display, text ? std::optional(FromText(*text)) : std::nullopt);
+        return ApplicationFrom(display, AskRecordWithin(kAnswerTimeout, AskDisplay));
     } catch (const std::system_error& error) {
         ApplicationStatus application;
         application.state = ApplicationStatus::State::kNotAsked;

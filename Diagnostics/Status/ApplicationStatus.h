@@ -13,7 +13,7 @@ enum class GrabState {
     kHeld,   ///< the application gets it
     kPartly, ///< it does, but for a combination with modifiers that another program has
     kTaken,  ///< another program gets it
-    kFree,   ///< nobody has taken it
+    kFree,   ///< no program has taken it
     kAbsent, ///< the keyboard has no such key
 };
 

@@ -6,7 +6,7 @@
 
 namespace status {
 
-/// What an X display tells about the application.
+/// What an X display says about the application.
 struct DisplayAnswer {
     bool connected = false;
     pid_t pid = 0; ///< of the application; 0: it does not run there

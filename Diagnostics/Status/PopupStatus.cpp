@@ -51,34 +51,6 @@ bool IsAlive(pid_t pid)
     return pid > 0 && (kill(pid, 0) == 0 || errno == EPERM);
 }
 
-std::string ToText(const PopupAnswer& answer)
-{
-    Json json = {{"answers", answer.busAnswers},
-                 {"identity", answer.busIdentity},
-                 {"daemon", answer.daemon},
-                 {"daemon_answers", answer.daemonAnswers},
-                 {"product", Utf8(answer.product)}};
-    if (answer.paused) {
-        json["paused"] = *answer.paused;
-    }
-    return json.dump();
-}
-
-PopupAnswer FromText(const std::string& text)
-{
-    const Json json = Json::parse(text);
-    PopupAnswer answer;
-    json.at("answers").get_to(answer.busAnswers);
-    json.at("identity").get_to(answer.busIdentity);
-    json.at("daemon").get_to(answer.daemon);
-    json.at("daemon_answers").get_to(answer.daemonAnswers);
-    json.at("product").get_to(answer.product);
-    if (json.contains("paused")) {
-        answer.paused = json.at("paused").get<bool>();
-    }
-    return answer;
-}
-
 std::optional<PopupNote> ReadNote()
 {
     const std::string file = desktop::PopupRecordFile(PLATFORM_APP_ID);
@@ -87,6 +59,32 @@ std::optional<PopupNote> ReadNote()
 }
 
 } // namespace
+
+// The library of JSON finds these two by their names beside the type.
+
+static void to_json(Json& json, const PopupAnswer& answer)
+{
+    json = {{"answers", answer.busAnswers},
+            {"identity", answer.busIdentity},
+            {"daemon", answer.daemon},
+            {"daemon_answers", answer.daemonAnswers},
+            {"product", Utf8(answer.product)}};
+    if (answer.paused) {
+        json["paused"] = *answer.paused;
+    }
+}
+
+static void from_json(const Json& json, PopupAnswer& answer)
+{
+    json.at("answers").get_to(answer.busAnswers);
+    json.at("identity").get_to(answer.busIdentity);
+    json.at("daemon").get_to(answer.daemon);
+    json.at("daemon_answers").get_to(answer.daemonAnswers);
+    json.at("product").get_to(answer.product);
+    if (json.contains("paused")) {
+        answer.paused = json.at("paused").get<bool>();
+    }
+}
 
 std::string NameOf(State state)
 {
@@ -135,8 +133,7 @@ PopupStatus CollectPopups()
     }
     const std::optional<PopupNote> note = ReadNote();
     try {
-        const std::optional<std::string> text = AskWithin(kAnswersTimeout, [] { return ToText(AskSessionBus()); });
-        return PopupsFrom(note, text ? std::optional(FromText(*text)) : std::nullopt);
+        return PopupsFrom(note, AskRecordWithin(kAnswersTimeout, AskSessionBus));
     } catch (const std::system_error& error) {
         return Unknown("cannot ask the session bus: " + error.code().message());
     }

@@ -20,7 +20,7 @@ struct PopupStatus {
 
     State state = State::kUnknown;
     std::string service; ///< the notification daemon; empty: none is known. Not escaped
-    pid_t pid = 0;       ///< who asked for it, as its record says; 0: nobody did
+    pid_t pid = 0;       ///< who asked for it, as its record says; 0: none did
     std::string why;     ///< why it is not known, or why nothing holds them back; may be empty
 };
 

@@ -88,7 +88,7 @@ std::optional<std::string> ReadAnswer(int descriptor)
     EndThisProcessAfter(limit);
     try {
         WriteAnswer(descriptor, question());
-    } catch (...) { // NOLINT(bugprone-empty-catch): no answer tells
+    } catch (...) { // NOLINT(bugprone-empty-catch): the missing answer says enough
     }
     _exit(0);
 }

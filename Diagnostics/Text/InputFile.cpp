@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr char kStdin[] = "-";
-
 /// Without waiting for a pipe's writer; what is open then reads as usual.
 int Open(const std::string& name)
 {

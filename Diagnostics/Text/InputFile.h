@@ -3,6 +3,9 @@
 #include <cstddef>
 #include <string>
 
+/// The file name that stands for stdin.
+inline constexpr char kStdin[] = "-";
+
 /// A file of the command line, opened for reading; "-" is stdin.
 ///
 /// A named pipe that nobody writes to reads as empty: a tool that waits for a writer looks hung.

@@ -11,7 +11,7 @@
 /// a list of a million items is never there as a whole.
 class JsonWriter {
 public:
-    /// Takes the document in parts; false when nobody reads any more.
+    /// Takes the document in parts; false when the reader has gone.
     using Sink = std::function<bool(std::string_view part)>;
 
     JsonWriter(Sink write, bool oneLine);

@@ -136,7 +136,7 @@ TEST_F(ConstantsInput, OneDocumentWrittenInManyWaysIsOneSetOfValues)
     }
 }
 
-TEST_F(ScheduleInput, WhatIsNoDocumentChangesNothing)
+TEST_F(ScheduleInput, InputThatIsNotADocumentChangesNothing)
 {
     for (const std::string& bytes : kRefused) {
         EXPECT_FALSE(Parse(bytes)) << bytes;
@@ -145,7 +145,7 @@ TEST_F(ScheduleInput, WhatIsNoDocumentChangesNothing)
     EXPECT_EQ(Changes(Policy()), Lines());
 }
 
-TEST_F(ConstantsInput, WhatIsNoDocumentChangesNothing)
+TEST_F(ConstantsInput, InputThatIsNotADocumentChangesNothing)
 {
     OpenConstants::m_DataCache = {{"before", "stays"}};
     for (const std::string& bytes : kRefused) {

@@ -159,21 +159,21 @@ protected:
 
 } // namespace
 
-TEST_F(ScheduleMemory, ThatRunsOutLeavesABeginning)
+TEST_F(ScheduleMemory, ExhaustionKeepsWhatWasReadBefore)
 {
     const Outcomes outcomes = ForEachAllocation([this](auto run) { ReadUnderFault(run); });
     EXPECT_GT(outcomes.thrown, 10U) << "what the records lack comes out";
     EXPECT_GT(outcomes.refused, 0U) << "a text that cannot be copied ends the parse";
 }
 
-TEST_F(ScheduleMemory, ThatTheParserLacksLeavesABeginning)
+TEST_F(ScheduleMemory, ParserExhaustionKeepsWhatWasReadBefore)
 {
     const Outcomes outcomes = ForEachParserAllocation([this](auto run) { ReadUnderFault(run); });
     EXPECT_GT(outcomes.refused, 10U);
     EXPECT_EQ(outcomes.thrown, 0U);
 }
 
-TEST_F(ScheduleMemory, ThatRunsOutDuringACopyLeavesTheTarget)
+TEST_F(ScheduleMemory, FailedCopyLeavesTargetUnchanged)
 {
     CVQMScheduleContainer other;
     ASSERT_TRUE(Read(other, "<rsp state='ok'><project version='an old version that takes its own memory'/>"
@@ -208,7 +208,7 @@ TEST_F(ScheduleMemory, ThatRunsOutDuringACopyLeavesTheTarget)
     EXPECT_EQ(in.thrown, out.thrown);
 }
 
-TEST_F(ConstantsMemory, ThatRunsOutLeavesWholeValues)
+TEST_F(ConstantsMemory, ExhaustionKeepsOnlyWholeValues)
 {
     const auto reading = [] {
         CVQMDataConstants constants;
@@ -221,7 +221,7 @@ TEST_F(ConstantsMemory, ThatRunsOutLeavesWholeValues)
     EXPECT_EQ(parser.thrown, 0U);
 }
 
-TEST_F(ConstantsMemory, ThatRunsOutWhileAFileIsReadLeavesNothingOpen)
+TEST_F(ConstantsMemory, ExhaustionWhileReadingClosesTheFile)
 {
     std::string pattern = testing::TempDir() + "a directory with a name of some length-XXXXXX";
     const std::filesystem::path directory = mkdtemp(pattern.data());
@@ -241,7 +241,7 @@ TEST_F(ConstantsMemory, ThatRunsOutWhileAFileIsReadLeavesNothingOpen)
     std::filesystem::remove_all(directory);
 }
 
-TEST_F(ConstantsMemory, ThatALookUpLacksLeavesTheOutput)
+TEST_F(ConstantsMemory, FailedLookUpLeavesOutputUnchanged)
 {
     for (const auto& [key, expected] : std::map<std::string, std::string>{
              {"entity", kAfter.at("entity")}, {"an unknown key that takes its own memory", ""}}) {

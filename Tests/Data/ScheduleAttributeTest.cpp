@@ -158,7 +158,7 @@ TEST_F(ScheduleAttributes, AFixedNumberIsLookedAt)
     }
 }
 
-TEST_F(ScheduleAttributes, TheLastOneCountsAndTheNextDoesNot)
+TEST_F(ScheduleAttributes, LastSlotIsReadAndFurtherOnesAreIgnored)
 {
     for (const Handler& handler : kHandlers) {
         container = CVQMScheduleContainer();
@@ -182,7 +182,7 @@ TEST_F(ScheduleAttributes, TheLastOneCountsAndTheNextDoesNot)
     }
 }
 
-TEST_F(ScheduleAttributes, OneWithoutAValueIsMissingAndTheNextIsRead)
+TEST_F(ScheduleAttributes, AttributeWithoutValueIsSkipped)
 {
     for (const Handler& handler : kHandlers) {
         container = CVQMScheduleContainer();
@@ -272,7 +272,7 @@ TEST_F(ScheduleAttributes, AllTenOfRechInfoLogTheirLines)
                      "Gateway=d", "TypeOfNetwork=4", "WirelessGroupName=e", "nImageDuration=10"}));
 }
 
-TEST_F(ScheduleAttributes, TheFirstOneOfRspSaysWhetherAllIsWell)
+TEST_F(ScheduleAttributes, FirstAttributeOfRspDecidesTheState)
 {
     const struct {
         Attributes attributes;

@@ -170,7 +170,7 @@ TEST_F(ScheduleDocument, WhatPrecedesAnErrorStaysAndWhatIsOpenWaits)
                      "item closed||0||0", "item open|a|0||0"}));
 }
 
-TEST_F(ScheduleDocument, ASecondOneAddsItsSchedulesAndOverwritesWhatItNames)
+TEST_F(ScheduleDocument, SecondDocumentAddsSchedulesAndOverwritesOtherFields)
 {
     EXPECT_TRUE(Parse("<rsp state='ok'><policy period='5'/><project id='1' version='a'/>"
                       "<schedule start_time='01:00:00'/><rech_info IsMaster='1' IPAddr='x'/><item id='waits'/></rsp>"));

@@ -209,7 +209,7 @@ TEST_F(SchedulePolicy, NullPointersAreLoggedAndCopyNothing)
     EXPECT_THAT(Changes(Policy()), IsEmpty());
 }
 
-TEST_F(SchedulePolicy, ThePolicyGoesInAndOutAndLeavesWhatIsOpen)
+TEST_F(SchedulePolicy, SetAndGetCopyThePolicyAndKeepOpenElements)
 {
     Start("schedule", {"start_time", "09:00:00", "end_time", "18:30:00"});
     Start("item", {"id", "first"});

@@ -14,7 +14,7 @@ from shop import MEDIA, RECH, RES, Shop, validated
 
 SCHEDULE = f"{RECH}/schedule.xml"
 READY = "ready: schedule there, 3 of 3 items complete\n"
-NO_SCHEDULE = "not ready: no schedule that can be read\n"
+NO_SCHEDULE = "not ready: there is no readable schedule\n"
 # As the person at the TV, who may not read everything.
 PLAIN_USER = "setpriv --inh-caps=-dac_override,-dac_read_search --bounding-set=-dac_override,-dac_read_search"
 
@@ -84,7 +84,7 @@ def lines(*diagnostics):
 
 
 KEYLESS = "[no-schedule-file]"
-DIRECTORY = (f"problem: without a name for the schedule the TV looks for the directory '{RECH}/' itself, which is no "
+DIRECTORY = (f"problem: without a name for the schedule the TV looks for the directory '{RECH}/' itself, which is not a "
              "schedule [schedule-is-directory]")
 CONSTANTS = f"the constants file '{RES}/constants.xml'"
 UNNAMED = "; without it the TV knows no name of a schedule"
@@ -95,7 +95,7 @@ FAULTS = {
         f"problem: {CONSTANTS} is missing{UNNAMED} [constants-missing]", DIRECTORY) + NO_SCHEDULE),
     "no constants, no directory": ("rm -r $res $rech", 1, lines(
         f"problem: {CONSTANTS} is missing{UNNAMED} [constants-missing]",
-        DIRECTORY.replace("is no schedule", "is missing")) + NO_SCHEDULE),
+        DIRECTORY.replace("is not a schedule", "is missing")) + NO_SCHEDULE),
     "constants are a directory": ("rm $res/constants.xml; mkdir $res/constants.xml", 1, lines(
         f"problem: {CONSTANTS} is a directory{UNNAMED} [constants-unreadable]", DIRECTORY) + NO_SCHEDULE),
     "constants are unreadable": ("chmod 0 $res/constants.xml", 1, lines(
@@ -193,7 +193,7 @@ FAULTS = {
         "note: the schedule has expired on 2020-12-31; the check does not look at the date [expired]") +
         "ready: schedule there, 1 of 1 item complete\n"),
     "an expiration that is no day": (FIVE + store(schedule(item("a"), "<project expiration='2020-13-31'/>")), 0, lines(
-        "note: the schedule expires on 2020-13-31, which is no day; the check does not look at it [expiration-no-day]") +
+        "note: the schedule expires on 2020-13-31, which is not a day; the check does not look at it [expiration-no-day]") +
         "ready: schedule there, 1 of 1 item complete\n"),
     "a state that is not ok": (FIVE + store(schedule(item("a"), state="fail")), 0, lines(
         "note: the schedule's state is not \"ok\"; the check does not ask for it [state-not-ok]") +

@@ -228,13 +228,13 @@ def test_an_expired_schedule_is_said_to_be(tool):
     (["at", "--json"], "file is required; see 'vqmctl schedule at --help'"),
     (["at", "10:30"], "a document is missing after the time '10:30'"),
     (["at", "9:30", "schedule.xml"],
-     "'9:30' is no time of day; expected hours:minutes:seconds or hours:minutes, such as 09:30:00 or 09:30"),
+     "'9:30' is not a time of day; expected hours:minutes:seconds or hours:minutes, such as 09:30:00 or 09:30"),
     (["at", "24:00:00", "schedule.xml"],
-     "'24:00:00' is no time of day; expected hours:minutes:seconds or hours:minutes, such as 09:30:00 or 09:30"),
-    (["at", "schedule.xml", "10:30"], "'schedule.xml' is no time of day; expected the time first, then the document"),
+     "'24:00:00' is not a time of day; expected hours:minutes:seconds or hours:minutes, such as 09:30:00 or 09:30"),
+    (["at", "schedule.xml", "10:30"], "'schedule.xml' is not a time of day; expected the time first, then the document"),
     (["at", "10:30", "schedule.xml", "x"], "unexpected argument 'x'; see 'vqmctl schedule at --help'"),
     (["at", "\x1b[31m", "schedule.xml"],
-     "'\\x1b[31m' is no time of day; expected hours:minutes:seconds or hours:minutes, such as 09:30:00 or 09:30"),
+     "'\\x1b[31m' is not a time of day; expected hours:minutes:seconds or hours:minutes, such as 09:30:00 or 09:30"),
 ])
 def test_what_is_not_understood_is_usage(tool, arguments, complaint):
     tool.write(DOCUMENT)

@@ -5,6 +5,7 @@
 
 #include "Common/VQMConfig.h"
 #include "Diagnostics/Readiness/Render.h"
+#include "Diagnostics/Text/InputFile.h"
 #include "Tools/CommandError.h"
 #include "Tools/CommandLine.h"
 #include "Tools/Commands/Commands.h"
@@ -13,8 +14,6 @@
 #include "Tools/Watch/ReadinessWatch.h"
 
 namespace {
-
-constexpr char kStdin[] = "-";
 
 struct Arguments {
     std::string constants = VQM_CONSTANTS_FILE;

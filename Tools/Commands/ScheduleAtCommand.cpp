@@ -39,7 +39,7 @@ Question QuestionFrom(const Arguments& arguments)
             return {arguments.second, second};
         }
         const bool swapped = schedule::ParseTimeOfDay(arguments.second).has_value();
-        throw CommandError(ExitCode::kUsage, "'" + arguments.first + "' is no time of day; expected " +
+        throw CommandError(ExitCode::kUsage, "'" + arguments.first + "' is not a time of day; expected " +
                                                  (swapped ? "the time first, then the document" : kTimeExpected));
     }
     if (arguments.first.empty()) {

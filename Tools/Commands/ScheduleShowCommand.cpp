@@ -16,15 +16,6 @@ struct Arguments {
     bool json = false;
 };
 
-std::size_t CountItems(const _VQMPolicy& policy)
-{
-    std::size_t count = 0;
-    for (const _VQMSchdule& period : policy.listSchedule) {
-        count += period.listContents.size();
-    }
-    return count;
-}
-
 /// Everything but the periods, under the names that the document has for it.
 std::string FieldsText(const _VQMPolicy& policy, const schedule::Day& today)
 {
@@ -33,8 +24,8 @@ std::string FieldsText(const _VQMPolicy& policy, const schedule::Day& today)
     table.Add({"period", std::to_string(policy.nCheckPeriod) + " minutes between checks"});
     table.Add({"project id", std::to_string(policy.nProjectID)});
     table.Add({"version", policy.strVersion});
-    table.Add({"item_count",
-               std::to_string(policy.nItemCount) + " announced, " + std::to_string(CountItems(policy)) + " read"});
+    table.Add({"item_count", std::to_string(policy.nItemCount) + " announced, " +
+                                 std::to_string(schedule::CountItems(policy)) + " read"});
     table.Add({"total_size", std::to_string(policy.nTotalSize) + " bytes announced"});
     table.Add({"expiration", schedule::DescribeExpiration(policy, today)});
     table.Add({"IsMaster", policy.IsMaster ? "yes" : "no"});

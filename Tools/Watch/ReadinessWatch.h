@@ -15,7 +15,7 @@
 class ReadinessWatch {
 public:
     using Checker = std::function<readiness::Report()>;
-    using Printer = std::function<bool(const readiness::Report& report)>; ///< false: nobody reads any more
+    using Printer = std::function<bool(const readiness::Report& report)>; ///< false: the reader has gone
 
     ReadinessWatch(Checker check, Printer print);
 

@@ -80,7 +80,7 @@ TEST(ProgrammeText, AnExpirationDateSaysWhetherItHasPassed)
         {{}, "none"},
         {{2016, 12, 31, 0, 0, 0, 0}, "2016-12-31, expired: today is 2026-11-21"},
         {{2026, 11, 21, 0, 0, 0, 0}, "2026-11-21"},
-        {{2016, 23, 0, 0, 0, 0, 0}, "2016-23-00, which is no day of the calendar"},
+        {{2016, 23, 0, 0, 0, 0, 0}, "2016-23-00, which is not a day of the calendar"},
     };
     for (const auto& [date, text] : cases) {
         _VQMPolicy policy;
@@ -107,7 +107,7 @@ TEST(ProgrammeText, NotesTellWhatElseIsOdd)
                             "the schedule expired on 2026-11-20; the TV keeps the date and does not act on it"));
     policy.stExpiration = {2026, 2, 30, 0, 0, 0, 0};
     EXPECT_EQ(Notes(policy, ProgrammeAt(policy, moment)).back(),
-              "the schedule expires on 2026-02-30, which is no day of the calendar");
+              "the schedule expires on 2026-02-30, which is not a day of the calendar");
 }
 
 TEST(ProgrammeText, JsonHoldsTheWholeProgramme)

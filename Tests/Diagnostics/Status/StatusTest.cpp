@@ -329,7 +329,7 @@ TEST(StatusScreen, SaysWhyASectionCannotBeHadAndShowsTheOthers)
     report.content.constants.problem = "is missing";
     report.content.constants.values.clear();
     report.content.schedule.path = report.content.schedule.directory;
-    EXPECT_EQ(Render(report, {{"a", "first"}, {"b", "second"}}),
+    EXPECT_EQ(Render(report, {{"a", Severity::kError, true, "first"}, {"b", Severity::kError, true, "second"}}),
               "Setting      off; no settings folder\n"
               "Application  unknown: DISPLAY is not set\n"
               "Popups       unknown: no session bus\n"

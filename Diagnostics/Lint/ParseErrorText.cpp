@@ -1,4 +1,4 @@
-#include "Diagnostics/Lint/Rejection.h"
+#include "Diagnostics/Lint/ParseErrorText.h"
 
 #include "Diagnostics/Lint/Lint.h"
 
