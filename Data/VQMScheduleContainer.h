@@ -3,8 +3,11 @@
 #include <string>
 
 #include "Common/VQMDataObject.h"
-#include "Data/VQMScheduleFormat.h"
 #include "Data/VQMScheduleRecords.h"
+
+namespace VQMScheduleFormat {
+enum class Element;
+}
 
 /// Reads a schedule document into a `_VQMPolicy`: the target of one
 /// `CVQMXMLSerialize::Deserialize`. Docs/schedule-format.md describes the document.
