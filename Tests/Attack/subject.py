@@ -120,6 +120,7 @@ class Subject:
     def measure(self):
         """Remembers what it has once it has started up whole."""
         self.launch()
+        self.application.wait_until_idle()
         readings = [0, 1]
         while len(set(readings[-4:])) > 1:
             time.sleep(0.1)

@@ -71,15 +71,15 @@ class Program:
         return self.process.wait(timeout)
 
     def wait_until_idle(self):
-        """Until it has used no processor time for a while: a start is over then, also where it is slow."""
-        def used():
+        """Until it has slept for a while: a start is over then, also where it is slow."""
+        def activity():
             fields = Path(f"/proc/{self.pid}/stat").read_text().rsplit(")", 1)[1].split()
-            return fields[11:13]  # in user mode and in the kernel
+            return fields[0], fields[11:13]  # its state, and its time in user mode and in the kernel
 
         def idle():
-            before = used()
-            time.sleep(0.5)
-            return used() == before
+            before = activity()
+            time.sleep(1)
+            return before[0] == "S" and activity() == before
 
         wait_until(idle, "it is idle")
 

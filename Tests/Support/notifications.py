@@ -2,6 +2,7 @@
 
 import re
 import signal
+import socket
 import subprocess
 
 from home import BUILD, PATIENCE, wait_until
@@ -14,9 +15,15 @@ def start_bus(desktop):
     bus = desktop.run(
         ["dbus-daemon", "--session", "--nofork", "--nopidfile", f"--address={address}"], name="bus"
     )
-    wait_until((desktop.runtime / "bus").exists, "the bus listens")
+    wait_until(lambda: listens(desktop.runtime / "bus"), "the bus listens")
     desktop.environment["DBUS_SESSION_BUS_ADDRESS"] = address
     return bus
+
+
+def listens(path):
+    """A socket has its name a moment before it takes connections."""
+    with socket.socket(socket.AF_UNIX) as probe:
+        return probe.connect_ex(str(path)) == 0
 
 
 def start_dunst(desktop, name="dunst"):

@@ -159,7 +159,8 @@ def test_the_companion_shows_its_window_on_the_stand_in(tv):
 
         def is_shown():
             windows = root.query_tree().children
-            return any(w.get_wm_name() == "Sync demo" and w.get_attributes().map_state == X.IsViewable for w in windows)
+            return any(w.get_wm_class() == ("sync-demo", "VQMCompanion") and
+                       w.get_attributes().map_state == X.IsViewable for w in windows)
 
         wait_until(is_shown, f"the companion's window:\n{program.output()}")
         assert program.stop() == 0
