@@ -65,7 +65,7 @@ Result<pid_t> Start(EntryCache::Entry& entry)
                        entry.path + ": not installed: no program " + content.tryProgram + " (TryExec)");
     }
     if (!entry.program.empty()) {
-        const Result<pid_t> started = Spawn(entry.program, content.arguments, content.workingFolder);
+        Result<pid_t> started = Spawn(entry.program, content.arguments, content.workingFolder);
         if (started) {
             return started;
         }
