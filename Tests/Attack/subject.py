@@ -34,8 +34,10 @@ def facts_of(folder):
 
 
 def private_kib(pid):
+    """What the process has written. A library's clean pages count as private, too, once the other programs
+    that use it have ended."""
     with open(f"/proc/{pid}/smaps_rollup") as lines:
-        return sum(int(line.split()[1]) for line in lines if line.startswith(("Private_Dirty", "Private_Clean")))
+        return sum(int(line.split()[1]) for line in lines if line.startswith(("Private_Dirty", "Swap:")))
 
 
 class Subject:
