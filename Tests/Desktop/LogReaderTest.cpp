@@ -85,6 +85,7 @@ protected:
     void SetUp() override
     {
         if (GetParam().ofAnotherUser && geteuid() != 0) {
+            // The reader of this case must not be able to open what the log opens; only root can start one.
             GTEST_SKIP() << "only root can become another user";
         }
     }

@@ -40,7 +40,7 @@ bool IsValidKey(std::string_view key)
     return IsValidPart(key.substr(begin));
 }
 
-/// A relative path in such a variable is ignored, as the specification of these variables demands.
+/// Ignores a relative path: these variables count only when they are absolute.
 std::string AbsoluteFromEnvironment(const char* name)
 {
     const char* value = std::getenv(name);
