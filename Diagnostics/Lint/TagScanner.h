@@ -15,7 +15,7 @@ struct AttributePlace {
 };
 
 /// Finds the attributes of a start tag that the XML parser has accepted, in their order. Gives none
-/// when the text is no start tag, as where the element comes out of an entity.
+/// when the text is not a start tag, as where the element comes out of an entity.
 std::vector<AttributePlace> ScanAttributes(std::string_view tag);
 
 } // namespace lint

@@ -1,6 +1,6 @@
 """The names that the library's public headers promise: what other programs may link.
 
-Reads the headers as they are formatted here; it is no parser of C++.
+Reads the headers as they are formatted here; it is not a C++ parser.
 """
 
 import re

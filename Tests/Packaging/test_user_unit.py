@@ -26,7 +26,7 @@ pytestmark = [
 SESSION = "[Unit]\nBindsTo=graphical-session.target\n"
 # What the test looks at; the rest of the unit is as it is installed.
 SHOWN = "[Service]\nEnvironment=DLOG_LEVEL=debug\nStandardError=append:{log}\n"
-# As after a boot with systemd, without which there is no user manager, and in a group of its own.
+# As after a boot with systemd, without which there is no user manager, and in its own control group.
 START = """
 echo $$ >"$1/cgroup.procs" && mount -t tmpfs run /run && mkdir -p /run/systemd/system && exec "$2" --user
 """
