@@ -3,7 +3,7 @@
 #include <strings.h>
 
 #include "Diagnostics/Lint/NumberRules.h"
-#include "Diagnostics/Lint/SetReading.h"
+#include "Diagnostics/Lint/TvConversions.h"
 #include "Diagnostics/Text/Words.h"
 
 namespace lint {
@@ -90,7 +90,7 @@ void ItemChecker::Text(std::string_view text, std::uint64_t offset)
     } else if (open_ == Element::kSize) {
         ++sizePieces_;
         lastPiece_ = text;
-        facts_.size = setreading::Unsigned(lastPiece_);
+        facts_.size = tv::Unsigned(lastPiece_);
     }
 }
 

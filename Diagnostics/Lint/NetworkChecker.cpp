@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "Diagnostics/Lint/AddressRules.h"
-#include "Diagnostics/Lint/SetReading.h"
+#include "Diagnostics/Lint/TvConversions.h"
 #include "Diagnostics/Text/Words.h"
 
 namespace lint {
@@ -39,7 +39,7 @@ void CheckMaster(const StartTag& tag, Reporter& reporter)
 {
     const std::optional<std::size_t> master = tag.Find("IPAddrOfMaster");
     const std::optional<std::size_t> own = tag.Find("IPAddr");
-    if (!master || !own || setreading::Integer(ValueOf(tag, "IsMaster")) != 1) {
+    if (!master || !own || tv::Integer(ValueOf(tag, "IsMaster")) != 1) {
         return;
     }
     const std::string masterText = tag.AttributeValue(*master);

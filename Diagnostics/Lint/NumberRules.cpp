@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Diagnostics/Lint/SetReading.h"
+#include "Diagnostics/Lint/TvConversions.h"
 #include "Diagnostics/Text/Words.h"
 
 namespace lint {
@@ -12,8 +12,7 @@ namespace {
 /// What the TV reads, written out.
 std::string Taken(ValueKind kind, const std::string& text)
 {
-    return kind == ValueKind::kUnsigned ? std::to_string(setreading::Unsigned(text))
-                                        : std::to_string(setreading::Integer(text));
+    return kind == ValueKind::kUnsigned ? std::to_string(tv::Unsigned(text)) : std::to_string(tv::Integer(text));
 }
 
 bool HasOnlyDigits(ValueKind kind, std::string_view text)
@@ -65,10 +64,10 @@ std::optional<Problem> JudgeNumber(const std::string& subject, ValueKind kind, c
                                                     : "a number between -2147483648 and 2147483647",
                        effect};
     }
-    if (kind == ValueKind::kCount && setreading::Integer(text) < 0) {
+    if (kind == ValueKind::kCount && tv::Integer(text) < 0) {
         return Problem{Rule::kNegativeNumber, what + " is negative", "0 or more", effect};
     }
-    if (kind == ValueKind::kMaster && setreading::Integer(text) != 0 && setreading::Integer(text) != 1) {
+    if (kind == ValueKind::kMaster && tv::Integer(text) != 0 && tv::Integer(text) != 1) {
         return Problem{Rule::kIsMasterValue, what + " is neither 0 nor 1", "1 for the master, 0 for any other player",
                        "the TV is not the master"};
     }

@@ -1,7 +1,7 @@
 #include "Diagnostics/Lint/PeriodChecker.h"
 
 #include "Diagnostics/Calendar/Clock.h"
-#include "Diagnostics/Lint/SetReading.h"
+#include "Diagnostics/Lint/TvConversions.h"
 #include "Diagnostics/Text/Words.h"
 
 namespace lint {
@@ -73,7 +73,7 @@ void PeriodChecker::BeginItem(const StartTag& item, const std::vector<Judgement>
     const std::optional<std::size_t> order = item.Find("order");
     if (order && values[*order].isReadAsWritten) {
         const std::string text = item.AttributeValue(*order);
-        if (const auto line = orders_.Add(setreading::Integer(text), item.Start().line)) {
+        if (const auto line = orders_.Add(tv::Integer(text), item.Start().line)) {
             reporter_.Report(item.ValuePlace(*order),
                              {Rule::kDuplicateOrder, "order " + QuotedShort(text) + AsOnLine(*line),
                               "a different order for each item of a period", kEffect});

@@ -1,6 +1,6 @@
 #include "Diagnostics/Lint/ProjectChecker.h"
 
-#include "Diagnostics/Lint/SetReading.h"
+#include "Diagnostics/Lint/TvConversions.h"
 #include "Diagnostics/Text/Words.h"
 
 namespace lint {
@@ -18,8 +18,7 @@ void ProjectChecker::Begin(const StartTag& project, const std::vector<Judgement>
         if (!index || !values[*index].isFlawless) {
             return std::nullopt;
         }
-        return Announced{setreading::Unsigned(project.AttributeValue(*index)),
-                         reporter_.Kept(project.ValuePlace(*index))};
+        return Announced{tv::Unsigned(project.AttributeValue(*index)), reporter_.Kept(project.ValuePlace(*index))};
     };
     count_ = announced("item_count");
     size_ = announced("total_size");

@@ -4,7 +4,7 @@
 #include <tuple>
 
 #include "Diagnostics/Calendar/Clock.h"
-#include "Diagnostics/Lint/SetReading.h"
+#include "Diagnostics/Lint/TvConversions.h"
 #include "Diagnostics/Text/Words.h"
 
 namespace lint {
@@ -36,12 +36,12 @@ std::vector<std::string> SplitAtColons(const std::string& text)
 bool Exceeds(std::string digits, int limit)
 {
     digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size()));
-    return digits.size() > 4 || setreading::Integer(digits) > limit;
+    return digits.size() > 4 || tv::Integer(digits) > limit;
 }
 
 std::string SetTakesTime(const std::string& text)
 {
-    return "the TV reads " + setreading::TimeText(setreading::Time(text));
+    return "the TV reads " + tv::TimeText(tv::Time(text));
 }
 
 /// What is wrong with the text as such; it says a time of day where nothing is.
@@ -108,7 +108,7 @@ TimeVerdict JudgeTime(const std::string& attribute, const std::string& text)
         verdict.problems.push_back(*std::move(problem));
         return verdict;
     }
-    const _VQMTime time = setreading::Time(text);
+    const _VQMTime time = tv::Time(text);
     verdict.seconds = (time.nHour * 60 + time.nMinute) * 60 + time.nSecond;
     const bool isStart = attribute == "start_time";
     if (time.nHour == 24 && (isStart || *verdict.seconds > schedule::kDaySeconds)) {
@@ -132,8 +132,8 @@ TimeVerdict JudgeTime(const std::string& attribute, const std::string& text)
 std::vector<Problem> JudgeDate(const std::string& attribute, const std::string& text, const schedule::Day& today)
 {
     std::vector<Problem> problems;
-    const _VQMTime taken = setreading::Date(text);
-    const std::string takes = "the TV reads " + setreading::DateText(taken);
+    const _VQMTime taken = tv::Date(text);
+    const std::string takes = "the TV reads " + tv::DateText(taken);
     const std::string subject = attribute + " " + QuotedShort(text);
     if (HasOtherSeparators(text) && !IsStrictDate(text)) {
         problems.push_back({Rule::kDateStyle, subject + " has other separators than '-'", kDateExpected, takes});

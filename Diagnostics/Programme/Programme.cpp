@@ -101,9 +101,9 @@ std::vector<const _VQMContentInfo*> PlayOrder(const _VQMSchdule& period)
     return files;
 }
 
-std::string NameOf(IdleReason silence)
+std::string NameOf(IdleReason idleReason)
 {
-    switch (silence) {
+    switch (idleReason) {
     case IdleReason::kNoPeriods:
         return "no-periods";
     case IdleReason::kNeverPlays:
@@ -116,9 +116,9 @@ std::string NameOf(IdleReason silence)
     return "";
 }
 
-std::string Describe(IdleReason silence)
+std::string Describe(IdleReason idleReason)
 {
-    switch (silence) {
+    switch (idleReason) {
     case IdleReason::kNoPeriods:
         return "the schedule has no periods";
     case IdleReason::kNeverPlays:
@@ -176,7 +176,7 @@ Programme ProgrammeAt(const _VQMPolicy& policy, const Moment& moment)
             programme.active.push_back({number, &period, PlayOrder(period)});
         }
     }
-    programme.silence = IdleReasonOf(policy, programme.active);
+    programme.idleReason = IdleReasonOf(policy, programme.active);
     programme.next = next.Take();
     programme.stateIsOk = !policy.bError;
     programme.expiry = ExpiryOn(policy, moment.day);

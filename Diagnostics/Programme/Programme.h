@@ -63,10 +63,10 @@ enum class IdleReason {
 };
 
 /// "no-periods" and so on, for programs.
-std::string NameOf(IdleReason silence);
+std::string NameOf(IdleReason idleReason);
 
 /// The same for people: "the schedule has no periods".
-std::string Describe(IdleReason silence);
+std::string Describe(IdleReason idleReason);
 
 /// How a schedule's expiration date stands to a day. The library keeps the date and does not act on
 /// it.
@@ -85,10 +85,10 @@ Expiry ExpiryOn(const _VQMPolicy& policy, const Day& day);
 Day ExpirationOf(const _VQMPolicy& policy);
 
 struct Programme {
-    std::vector<ActivePeriod> active;  ///< in document order; more than one where periods overlap
-    std::optional<IdleReason> silence; ///< set when no file plays
-    std::optional<Change> next;        ///< none when the same plays all day
-    bool stateIsOk = false;            ///< the document says that it is "ok"; the library does not act on it
+    std::vector<ActivePeriod> active;     ///< in document order; more than one where periods overlap
+    std::optional<IdleReason> idleReason; ///< set when no file plays
+    std::optional<Change> next;           ///< none when the same plays all day
+    bool stateIsOk = false;               ///< the document says that it is "ok"; the library does not act on it
     Expiry expiry = Expiry::kNone;
 };
 

@@ -135,7 +135,7 @@ Json ExpirationJson(const _VQMPolicy& policy, const Day& today)
 
 Json ProgrammeJson(const Programme& programme)
 {
-    Json json = {{"plays", Json::array()}, {"silence", nullptr}, {"next", nullptr}};
+    Json json = {{"plays", Json::array()}, {"idle", nullptr}, {"next", nullptr}};
     for (const ActivePeriod& active : programme.active) {
         Json period = {{"period", active.number},
                        {"start", PeriodTime(active.period->stStartTime)},
@@ -146,8 +146,8 @@ Json ProgrammeJson(const Programme& programme)
         }
         json["plays"].push_back(std::move(period));
     }
-    if (programme.silence) {
-        json["silence"] = {{"reason", NameOf(*programme.silence)}, {"text", Describe(*programme.silence)}};
+    if (programme.idleReason) {
+        json["idle"] = {{"reason", NameOf(*programme.idleReason)}, {"text", Describe(*programme.idleReason)}};
     }
     if (programme.next) {
         json["next"] = ChangeJson(*programme.next);

@@ -34,7 +34,7 @@ Json FileJson(const _VQMContentInfo& content);
 /// The expiration date and how it stands to `today`.
 Json ExpirationJson(const _VQMPolicy& policy, const Day& today);
 
-/// What plays, why nothing does, and the next change: the members "plays", "silence" and "next".
+/// What plays, why nothing does, and the next change: the members "plays", "idle" and "next".
 Json ProgrammeJson(const Programme& programme);
 
 /// The clock that was read.

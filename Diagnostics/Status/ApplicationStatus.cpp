@@ -1,12 +1,12 @@
 #include "Diagnostics/Status/ApplicationStatus.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <system_error>
 
 #include "Diagnostics/Status/TimeLimit.h"
 #include "Diagnostics/Text/Json.h"
+#include "Diagnostics/Text/Words.h"
 #include "Platform/desktop/x11/KeyTable.h"
 
 namespace status {
@@ -15,11 +15,6 @@ namespace {
 
 /// A display answers within milliseconds; a loaded machine takes longer.
 constexpr std::chrono::seconds kAnswerTimeout{3};
-
-bool Contains(const std::vector<std::string>& names, const std::string& name)
-{
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
 
 GrabState GrabStateOf(const std::string& key, const DisplayAnswer& answer)
 {

@@ -8,6 +8,7 @@
 #include "Diagnostics/Status/TimeLimit.h"
 #include "Diagnostics/Text/Json.h"
 #include "Platform/desktop/bus/BusAddress.h"
+#include "Platform/desktop/environment/ApplicationId.h"
 
 namespace status {
 
@@ -53,7 +54,7 @@ bool IsAlive(pid_t pid)
 
 std::optional<PopupNote> ReadNote()
 {
-    const std::string file = desktop::PopupRecordFile(PLATFORM_APP_ID);
+    const std::string file = desktop::PopupRecordFile(desktop::kApplicationId);
     const std::optional<desktop::PopupRecord> record = desktop::ReadPopupRecord(file);
     return record ? std::optional(PopupNote{*record, IsAlive(record->pid)}) : std::nullopt;
 }

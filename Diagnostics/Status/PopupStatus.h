@@ -14,7 +14,7 @@ struct PopupStatus {
         kUnknown,
         kShown,    ///< nothing holds them back
         kHeldBack, ///< for the application
-        kLeftOver, ///< for one that was killed; the next one that ends in order gives them back
+        kLeftOver, ///< for an application that was killed; the next one restores them when it exits
         kForeign,  ///< not for the application: somebody else paused the daemon
     };
 

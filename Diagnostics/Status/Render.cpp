@@ -61,7 +61,7 @@ void AddProgramme(const Report& report, Screen& screen)
         screen.Add(index == 0 ? "Now" : "", PeriodText(now.active[index]));
     }
     if (now.active.empty()) {
-        screen.Add("Now", "nothing: " + Describe(*now.silence));
+        screen.Add("Now", "nothing: " + Describe(*now.idleReason));
     } else if (now.active.size() > kPeriodsShown) {
         screen.Add("", std::to_string(now.active.size() - kPeriodsShown) + " more periods at the same time");
     }

@@ -2,12 +2,14 @@
 
 #include <cstdlib>
 
+#include "Platform/desktop/environment/ApplicationId.h"
+
 namespace status {
 
 Report Collect(const std::string& constants)
 {
     Report report;
-    report.applicationId = PLATFORM_APP_ID;
+    report.applicationId = desktop::kApplicationId;
     report.setting = CollectSetting();
     report.application = CollectApplication();
     report.popups = CollectPopups();

@@ -77,8 +77,9 @@ void AddProgramme(const Report& report, Reasons& reasons)
         reasons.push_back(Blocking("expired", "the schedule's expiration was " +
                                                   schedule::DescribeExpiration(schedule.policy, report.clock.now.day)));
     }
-    if (programme.silence) {
-        reasons.push_back(Blocking("nothing-scheduled", "nothing is scheduled now: " + Describe(*programme.silence)));
+    if (programme.idleReason) {
+        reasons.push_back(
+            Blocking("nothing-scheduled", "nothing is scheduled now: " + Describe(*programme.idleReason)));
     }
 }
 

@@ -112,8 +112,8 @@ std::string PopupsText(const PopupStatus& popups)
     case State::kHeldBack:
         return "held back by " + popups.service + " for " + process;
     case State::kLeftOver:
-        return "held back by " + popups.service + ", left so by " + process +
-               ", which was killed; the application gives them back at its next end";
+        return "held back by " + popups.service + ", left over from " + process +
+               ", which was killed; they are restored when the application next exits";
     case State::kForeign:
         break;
     }

@@ -8,7 +8,7 @@ inline constexpr char kStdin[] = "-";
 
 /// A file of the command line, opened for reading; "-" is stdin.
 ///
-/// A named pipe that nobody writes to reads as empty: a tool that waits for a writer looks hung.
+/// A named pipe without a writer reads as empty: a tool that waits for a writer looks hung.
 class InputFile {
 public:
     /// Throws `std::system_error` with the cause.

@@ -1,5 +1,6 @@
 #include "Diagnostics/Text/Words.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 
@@ -13,6 +14,11 @@ bool IsContinuation(char byte)
 }
 
 } // namespace
+
+bool Contains(const std::vector<std::string>& names, const std::string& name)
+{
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
 
 std::string Quoted(std::string_view text)
 {

@@ -13,6 +13,9 @@ std::string Quoted(std::string_view text);
 /// The same, shortened where the text has more than 60 bytes.
 std::string QuotedShort(std::string_view text);
 
+/// Whether one of the names is `name`.
+bool Contains(const std::vector<std::string>& names, const std::string& name);
+
 /// "'A', 'B' and 'C'"
 std::string QuotedList(const std::vector<std::string>& texts);
 

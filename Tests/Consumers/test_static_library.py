@@ -61,7 +61,7 @@ def test_a_program_for_another_minor_version_is_refused(installed, tmp_path):
         "cmake_minimum_required(VERSION 3.25)\nproject(other LANGUAGES CXX)\nfind_package(VQM 0.2 REQUIRED)\n"
     )
     completed = subprocess.run(
-        ["cmake", "-S", tmp_path, "-B", tmp_path / "build", f"-DCMAKE_PREFIX_PATH={installed}"],
+        ["cmake", "-G", "Ninja", "-S", tmp_path, "-B", tmp_path / "build", f"-DCMAKE_PREFIX_PATH={installed}"],
         capture_output=True, text=True,
     )  # fmt: skip
     assert completed.returncode != 0

@@ -177,7 +177,7 @@ def test_keys_says_when_none_is_held(home, holder):
 def test_nobody_holds_a_key_without_the_application(home, screen):
     result = home.vqmctl("remote", "press", "XF86More", "--wait", "100")
     assert (result.returncode, result.stdout) == (1, "")
-    assert result.stderr == (f"vqmctl: nobody holds XF86More: {APP_ID} does not run on display "
+    assert result.stderr == (f"vqmctl: the application does not hold XF86More: {APP_ID} does not run on display "
                              f"'{home.environment['DISPLAY']}'\n")
 
 
@@ -187,7 +187,7 @@ def test_a_key_that_the_application_leaves_alone_is_sent_only_on_request(home, h
     holder.publish(held=["XF86More"])
     result = home.vqmctl("remote", "press", "a", "--wait", "100")
     assert result.returncode == 1
-    assert result.stderr == (f"vqmctl: nobody holds a: {APP_ID} (pid {os.getpid()}) leaves it to other programs; "
+    assert result.stderr == (f"vqmctl: the application does not hold a: {APP_ID} (pid {os.getpid()}) leaves it to other programs; "
                              "--anyway sends it to them\n")
     assert holder.key_events() == []
     pressed = home.vqmctl("remote", "press", "a", "--anyway")

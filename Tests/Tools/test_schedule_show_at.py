@@ -196,15 +196,15 @@ def test_at_as_json(tool):
     assert (told["time"], told["time_from"], told["overlap"]) == ("10:30:00", "argument", True)
     assert [(each["period"], [file["name"] for file in each["files"]]) for each in told["plays"]] == [
         (1, ["intro.mp4", "logo.jpg"]), (3, ["caf\xe9.mp4"])]
-    assert told["silence"] is None
+    assert told["idle"] is None
     assert told["next"] == {"time": "11:00:00", "tomorrow": False, "ending": [3], "starting": []}
     assert told["notes"] == ["periods 1 and 3 overlap at this time; the TV has all of them"]
     night = tool.json("at", "23:00", "schedule.xml")
     assert (night["plays"], night["overlap"], night["notes"]) == ([], False, [])
-    assert night["silence"] == {"reason": "between-periods", "text": "no period includes this time"}
+    assert night["idle"] == {"reason": "between-periods", "text": "no period includes this time"}
     assert night["next"] == {"time": "09:00:00", "tomorrow": True, "ending": [], "starting": [1]}
     nothing = tool.json("at", "23:00", "-", stdin=b"<rsp state='ok'/>")
-    assert (nothing["silence"]["reason"], nothing["next"], nothing["file"]) == ("no-periods", None, "<stdin>")
+    assert (nothing["idle"]["reason"], nothing["next"], nothing["file"]) == ("no-periods", None, "<stdin>")
 
 
 def test_an_expired_schedule_is_said_to_be(tool):

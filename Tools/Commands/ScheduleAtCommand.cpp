@@ -94,8 +94,8 @@ std::string Text(const PolicyFile& file, const Programme& programme, const Asked
     for (const schedule::ActivePeriod& active : programme.active) {
         text += line("plays", Describe(active, asked.moment.second)) + FilesText(active);
     }
-    if (programme.silence) {
-        text += line("plays", "nothing: " + Describe(*programme.silence));
+    if (programme.idleReason) {
+        text += line("plays", "nothing: " + Describe(*programme.idleReason));
     }
     text += line("next", DescribeNext(programme));
     for (const std::string& note : Notes(file.policy, programme)) {

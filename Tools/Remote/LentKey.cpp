@@ -158,7 +158,7 @@ void LentKey::WriteUses(const std::vector<Use>& uses)
     XSync(display_, False);
 }
 
-/// Takes off the keys that nobody uses any more, except the one that is about to be used again.
+/// Removes the keys that no process uses any more, except the one that is about to be used again.
 /// Returns the uses that go on.
 std::vector<LentKey::Use> LentKey::TakeOffWhatIsLeft(const std::vector<Use>& uses)
 {

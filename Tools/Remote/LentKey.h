@@ -24,11 +24,11 @@ public:
 
     KeyCode Code() const { return code_; }
 
-    /// False for a key of the keyboard's own.
+    /// False for a key that the keyboard has itself.
     bool IsLent() const { return user_ != None; }
 
     /// Takes the key off the keyboard again unless another process uses it, and waits a moment for
-    /// the application to notice. Only to be called when nobody has events of the key left to read.
+    /// the application to notice. Call it only when no client has events of the key left to read.
     /// A key that is not given back is taken off by the next process that looks for one to press.
     /// Throws `CommandError` when another process is busy with the keyboard for too long.
     void GiveBack();

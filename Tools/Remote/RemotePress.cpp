@@ -1,6 +1,5 @@
 #include "Tools/Remote/RemotePress.h"
 
-#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <string>
@@ -8,6 +7,7 @@
 #include <X11/Xlib.h>
 
 #include "Diagnostics/Status/DisplayConnection.h"
+#include "Diagnostics/Text/Words.h"
 #include "Platform/desktop/x11/Instance.h"
 #include "Platform/desktop/x11/KeySymbols.h"
 #include "Tools/CommandError.h"
@@ -24,11 +24,6 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kPollInterval{10};
 constexpr milliseconds kReadLimit{2000};
-
-bool Contains(const std::vector<std::string>& names, const std::string& name)
-{
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
 
 std::string NameOf(const desktop::InstanceFacts& instance)
 {
@@ -55,15 +50,16 @@ void RequireHeld(Display* display, const std::string& key, milliseconds limit, E
 {
     const std::optional<desktop::InstanceFacts> instance = WaitUntilHeld(display, key, limit, signals);
     if (!instance) {
-        throw CommandError(ExitCode::kFindings, "nobody holds " + key + ": " + desktop::kApplicationId +
-                                                    " does not run on display '" + DisplayString(display) + "'");
+        throw CommandError(ExitCode::kFindings, "the application does not hold " + key + ": " +
+                                                    desktop::kApplicationId + " does not run on display '" +
+                                                    DisplayString(display) + "'");
     }
     if (Contains(instance->failedKeys, key)) {
         throw CommandError(ExitCode::kFindings,
                            NameOf(*instance) + " does not hold " + key + ": another program has taken it");
     }
     if (!Contains(instance->heldKeys, key)) {
-        throw CommandError(ExitCode::kFindings, "nobody holds " + key + ": " + NameOf(*instance) +
+        throw CommandError(ExitCode::kFindings, "the application does not hold " + key + ": " + NameOf(*instance) +
                                                     " leaves it to other programs; --anyway sends it to them");
     }
 }

@@ -13,5 +13,5 @@ struct PressOptions {
 };
 
 /// Presses and releases a key on the display that DISPLAY names. Throws `CommandError` when there is no
-/// such key, nobody holds it, or it cannot be pressed.
+/// such key, the application does not hold it, or it cannot be pressed.
 ExitCode PressRemoteKey(const PressOptions& options);

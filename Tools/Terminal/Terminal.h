@@ -4,11 +4,11 @@
 
 /// Writes data to stdout and flushes it, so that a reader sees each line at once.
 ///
-/// Returns false when the reader has gone: that is no error, there is just nobody left to write
-/// for. Throws `CommandError` when the data cannot be written for any other reason.
+/// Returns false when the reader has gone, which is not an error. Throws `CommandError` when the data
+/// cannot be written for another reason.
 [[nodiscard]] bool Print(std::string_view data);
 
-/// Writes the line "vqmctl: <text>" to stderr. Control characters and bytes that are no UTF-8 are
+/// Writes the line "vqmctl: <text>" to stderr. Control characters and bytes that are not UTF-8 are
 /// escaped, for `text` quotes what the user typed and what files hold.
 void PrintError(std::string_view text);
 

@@ -31,7 +31,7 @@ public:
     /// Calls `action` whenever `descriptor` can be read. Both last as long as the loop runs.
     void OnReadable(int descriptor, Action action);
 
-    /// Ends the loop as soon as nobody can read stdout any more: its pipe, socket or terminal is closed.
+    /// Ends the loop as soon as stdout has no reader any more: its pipe, socket or terminal is closed.
     void EndWithReader();
 
     /// Runs until `End` or a signal. Returns at once when the loop has ended before.

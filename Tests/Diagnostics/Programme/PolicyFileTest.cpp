@@ -74,7 +74,7 @@ TEST_F(PolicyFile, HasWhatTheLibraryReads)
     CVQMSyncDemoMonitor::DestroyInstance();
 }
 
-TEST_F(PolicyFile, TellsOfTextThatIsNeverRead)
+TEST_F(PolicyFile, ReportsTextAfterNul)
 {
     EXPECT_FALSE(schedule::ReadPolicyFile(Write(kDocument)).textAfterNul);
     EXPECT_FALSE(schedule::ReadPolicyFile(Write(kDocument + "\0\0 \n\0"s)).textAfterNul);
@@ -117,7 +117,7 @@ TEST_F(PolicyFile, AHugeFileIsReadToItsFirstZeroByteOnly)
     EXPECT_FALSE(file.textAfterNul);
 }
 
-TEST_F(PolicyFile, APipeThatNobodyWritesToIsEmpty)
+TEST_F(PolicyFile, PipeWithoutWriterReadsAsEmpty)
 {
     ASSERT_EQ(mkfifo(Path().c_str(), 0600), 0);
     EXPECT_EQ(FailureOf(Path()), "cannot parse 'FILE': line 1, column 1: the document is empty");

@@ -67,8 +67,8 @@ std::string Outline(const _VQMPolicy& policy, const std::string& time)
         active.push_back(period.number);
     }
     std::string text = Numbers("plays", active);
-    if (programme.silence) {
-        text = NameOf(*programme.silence) + (text.empty() ? "" : " ") + text;
+    if (programme.idleReason) {
+        text = NameOf(*programme.idleReason) + (text.empty() ? "" : " ") + text;
     }
     text += " |";
     if (programme.next) {
@@ -258,7 +258,7 @@ TEST(Programme, AnExpiredScheduleStillHasItsPeriods)
                                    "<schedule start_time='00:00:00' end_time='24:00:00'><item/></schedule></rsp>");
     const Programme programme = ProgrammeAt(policy, At("12:00"));
     EXPECT_EQ(programme.active.size(), 1U);
-    EXPECT_FALSE(programme.silence);
+    EXPECT_FALSE(programme.idleReason);
 }
 
 } // namespace

@@ -118,12 +118,12 @@ TEST(ProgrammeText, JsonHoldsTheWholeProgramme)
     EXPECT_EQ(ProgrammeJson(ProgrammeAt(policy, {kToday, 9 * 3600})), Json::parse(R"({
         "plays": [{"period": 1, "start": "09:00:00", "end": "12:00:00", "files": [
             {"order": 1, "id": "id", "name": "caf\\xe9\\x1b.mp4", "format": "mp4", "size": 12}]}],
-        "silence": null,
+        "idle": null,
         "next": {"time": "12:00:00", "tomorrow": false, "ending": [1], "starting": []}})"));
     policy.listSchedule.pop_front();
     EXPECT_EQ(ProgrammeJson(ProgrammeAt(policy, {kToday, 0})), Json::parse(R"({
         "plays": [],
-        "silence": {"reason": "never-plays", "text": "no period of the schedule starts before its end"},
+        "idle": {"reason": "never-plays", "text": "no period of the schedule starts before its end"},
         "next": null})"));
 }
 

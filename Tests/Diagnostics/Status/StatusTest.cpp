@@ -367,7 +367,7 @@ TEST(StatusScreen, CutsWhatIsLongAndEscapesWhatIsOdd)
     EXPECT_THAT(text, HasSubstr("taken by other programs, wholly or in part: XF86AudioPlay, XF86Menu\n"));
 }
 
-TEST(StatusScreen, TellsAScheduleThatNeverChanges)
+TEST(StatusScreen, ReportsAScheduleThatNeverChanges)
 {
     Report report = GoodReport();
     report.content.schedule.policy.listSchedule = {Period(0, 24, "day.mp4")};

@@ -29,7 +29,7 @@ TEST(TimeLimit, AnAnswerOfAnyLengthComesBackWhole)
     }
 }
 
-TEST(TimeLimit, AQuestionThatNeverEndsIsGivenUp)
+TEST(TimeLimit, GivesUpAQuestionThatNeverEnds)
 {
     EXPECT_EQ(AskWithin(kShort, WaitForEver), std::nullopt);
 }

@@ -6,7 +6,7 @@
 #include "Data/VQMScheduleRecords.h"
 
 /// What the TV makes of a text: the library's own conversions, never others.
-namespace lint::setreading {
+namespace lint::tv {
 
 _VQMTime Time(const std::string& text);
 _VQMTime Date(const std::string& text);
@@ -19,4 +19,4 @@ std::string TimeText(const _VQMTime& time);
 /// "2016-12-31"
 std::string DateText(const _VQMTime& date);
 
-} // namespace lint::setreading
+} // namespace lint::tv

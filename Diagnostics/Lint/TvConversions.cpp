@@ -1,9 +1,9 @@
-#include "Diagnostics/Lint/SetReading.h"
+#include "Diagnostics/Lint/TvConversions.h"
 
 #include "Data/VQMScheduleContainer.h"
 #include "Diagnostics/Text/Words.h"
 
-namespace lint::setreading {
+namespace lint::tv {
 
 _VQMTime Time(const std::string& text)
 {
@@ -43,4 +43,4 @@ std::string DateText(const _VQMTime& date)
     return std::to_string(date.nYear) + "-" + TwoDigits(date.nMonth) + "-" + TwoDigits(date.nDay);
 }
 
-} // namespace lint::setreading
+} // namespace lint::tv
