@@ -45,6 +45,29 @@ void AppendEscape(std::string& out, char c)
     }
 }
 
+bool IsPrintableAscii(char c)
+{
+    return c >= 0x20 && c < 0x7f;
+}
+
+/// The number of bytes at the start of the text that may be shown unchanged.
+std::size_t VisiblePrefix(std::string_view text)
+{
+    std::size_t size = 0;
+    while (size < text.size()) {
+        if (IsPrintableAscii(text[size])) { // nearly every character of a log line is
+            ++size;
+            continue;
+        }
+        const FirstCharacter next(text.substr(size));
+        if (!next.visible) {
+            break;
+        }
+        size += next.size;
+    }
+    return size;
+}
+
 } // namespace
 
 FirstCharacter::FirstCharacter(std::string_view text) : size(1), visible(false)
@@ -73,39 +96,26 @@ void AppendEscapedByte(std::string& out, char byte)
 
 bool NeedsEscape(std::string_view text)
 {
-    // Nearly every text is plain ASCII, which a loop without an exit finds fastest.
-    bool suspect = false;
-    for (const char character : text) {
-        const auto c = static_cast<unsigned char>(character);
-        suspect |= c < 0x20 || c >= 0x7f;
-    }
-    while (suspect && !text.empty()) {
-        const FirstCharacter first(text);
-        if (!first.visible) {
-            return true;
-        }
-        text.remove_prefix(first.size);
-    }
-    return false;
+    return VisiblePrefix(text) < text.size();
 }
 
 std::string Escape(std::string_view text)
 {
     std::string out;
     out.reserve(text.size() + 16);
-    while (!text.empty()) {
-        const FirstCharacter first(text);
-        const std::string_view bytes = text.substr(0, first.size);
-        if (first.visible) {
-            out += bytes;
-        } else {
-            for (const char byte : bytes) {
-                AppendEscape(out, byte);
-            }
+    for (;;) {
+        const std::size_t visible = VisiblePrefix(text);
+        out += text.substr(0, visible);
+        text.remove_prefix(visible);
+        if (text.empty()) {
+            return out;
         }
-        text.remove_prefix(first.size);
+        const FirstCharacter invisible(text);
+        for (const char byte : text.substr(0, invisible.size)) {
+            AppendEscape(out, byte);
+        }
+        text.remove_prefix(invisible.size);
     }
-    return out;
 }
 
 } // namespace desktop
