@@ -21,17 +21,17 @@ DocumentFile Examine(const std::string& path)
         if (IsAbsence(error)) {
             return {DocumentState::kMissing, "is missing" + DanglingLink(path)};
         }
-        return {DocumentState::kUnreadable, "cannot be examined: " + std::generic_category().message(error)};
+        return {DocumentState::kUnreadable, "cannot be examined: " + std::generic_category().message(error), true};
     }
     if (!S_ISREG(status.st_mode)) {
         const bool waits = S_ISFIFO(status.st_mode);
         return {DocumentState::kUnreadable,
                 std::string("is ") + KindName(status.st_mode) + (waits ? ", where reading waits for a writer" : ""),
-                waits};
+                false, waits};
     }
     if (status.st_size > INT_MAX) {
         return {DocumentState::kUnreadable,
-                "is larger than the " + std::to_string(INT_MAX) + " bytes that can be parsed", true};
+                "is larger than the " + std::to_string(INT_MAX) + " bytes that can be parsed", false, true};
     }
     try {
         const InputFile file(path);
