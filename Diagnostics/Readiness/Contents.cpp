@@ -12,6 +12,7 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include "Diagnostics/Readiness/Access.h"
 #include "Diagnostics/Readiness/FileKinds.h"
 #include "VQMPipe/VQMFilePipe.h"
 
@@ -163,6 +164,9 @@ Contents ExamineContents(const _VQMPolicy& policy, const FileTree& tree, const s
         }
         ++period;
     }
+    const bool refused = std::any_of(contents.files.begin(), contents.files.end(),
+                                     [](const ContentFile& file) { return file.kind == FileKind::kNotExamined; });
+    contents.closedFolder = refused ? ClosedFolder(located) : "";
     contents.missingBytes = BytesToCopy(contents.files);
     contents.freeBytes = FreeBytes(located);
     contents.otherSpelling = OtherSpellings(contents, located);

@@ -8,10 +8,23 @@
 #include <sys/stat.h>
 
 #include "Diagnostics/Lint/ParseErrorText.h"
+#include "Diagnostics/Readiness/Access.h"
 #include "Diagnostics/Readiness/FileKinds.h"
 #include "Diagnostics/Text/InputFile.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace readiness {
+
+namespace {
+
+/// "; you may not enter '/a/b'"
+std::string Closed(const std::string& path)
+{
+    const std::string folder = ClosedFolder(path);
+    return folder.empty() ? "" : "; you may not enter " + Quoted(folder);
+}
+
+} // namespace
 
 DocumentFile Examine(const std::string& path)
 {
@@ -21,7 +34,8 @@ DocumentFile Examine(const std::string& path)
         if (IsAbsence(error)) {
             return {DocumentState::kMissing, "is missing" + DanglingLink(path)};
         }
-        return {DocumentState::kUnreadable, "cannot be examined: " + std::generic_category().message(error), true};
+        return {DocumentState::kUnreadable,
+                "cannot be examined: " + std::generic_category().message(error) + Closed(path), true};
     }
     if (!S_ISREG(status.st_mode)) {
         const bool waits = S_ISFIFO(status.st_mode);

@@ -58,6 +58,7 @@ private:
     void ExplainContents();
     void ExplainFile(const ContentFile& file);
     void ExplainMatchingFile(const ContentFile& file);
+    void ExplainUser();
     void ExplainChange();
 
     const Report& report_;
@@ -100,6 +101,7 @@ std::vector<Diagnostic> Explanation::Take()
         ExplainContents();
         AddLintErrors();
     }
+    ExplainUser();
     ExplainChange();
     return std::move(diagnostics_);
 }
@@ -252,10 +254,17 @@ void Explanation::ExplainContents()
         AddProblem("media-directory-missing", "the media directory " + Quoted(contents.directory) + " is missing",
                    contents.directory);
     }
+    if (!contents.closedFolder.empty()) {
+        AddProblem("media-directory-closed",
+                   "you may not enter the directory " + Quoted(contents.closedFolder) +
+                       "; whether the application may is not known: ask as the user that it runs as, or as root",
+                   contents.closedFolder);
+    }
     subject_ = Diagnostic::Subject::kContentFile;
     std::set<std::pair<std::string, uVQMINT64>> told; // a file may belong to several items
     for (const ContentFile& file : contents.files) {
-        if (!file.SizeMatches() || !file.readable) {
+        const bool isTold = file.kind == FileKind::kNotExamined && !contents.closedFolder.empty();
+        if (!isTold && (!file.SizeMatches() || !file.readable)) {
             if (told.emplace(file.name, file.announced).second) {
                 ExplainFile(file);
             }
@@ -320,6 +329,16 @@ void Explanation::ExplainMatchingFile(const ContentFile& file)
                 name + " has its size, but cannot be read here: " + file.problem + "; the check does not try to",
                 file.path);
         break;
+    }
+}
+
+void Explanation::ExplainUser()
+{
+    for (const std::string& path : report_.closedToOthers) {
+        AddNote("only-for-root",
+                "this is root's answer: " + Quoted(path) +
+                    " is closed to other users, and the application may be one of them",
+                path);
     }
 }
 

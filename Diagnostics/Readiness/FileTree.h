@@ -15,6 +15,9 @@ public:
     /// that can be entered.
     explicit FileTree(const std::string& root);
 
+    /// The directory below which it lies, without "/" at its end; empty for this machine's.
+    const std::string& Root() const { return root_; }
+
     bool IsThisMachines() const { return root_.empty(); }
 
     /// What the TV calls `path`, an absolute path, as it is called from here.

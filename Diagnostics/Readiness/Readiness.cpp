@@ -1,6 +1,10 @@
 #include "Diagnostics/Readiness/Readiness.h"
 
+#include <algorithm>
+#include <unistd.h>
+
 #include "Common/VQMSyncDemoMonitor.h"
+#include "Diagnostics/Readiness/Access.h"
 #include "Diagnostics/Readiness/Contents.h"
 #include "Diagnostics/Readiness/DocumentFile.h"
 #include "Diagnostics/Readiness/FileKinds.h"
@@ -111,6 +115,25 @@ std::string MediaDirectory(Monitor& monitor, const Places& places, const FileTre
     return places.media.empty() ? tree.Name(directory) : WithSlash(places.media);
 }
 
+/// Root may read what the application may not.
+std::vector<std::string> ClosedToTheApplication(const Places& places, const FileTree& tree, const Report& report)
+{
+    std::vector<std::string> found;
+    if (geteuid() != 0) {
+        return found;
+    }
+    const auto add = [&](bool isRead, const std::string& path) {
+        const std::string closed = isRead ? ClosedToOthers(tree.Root(), tree.Locate(path)) : "";
+        if (!closed.empty() && std::find(found.begin(), found.end(), closed) == found.end()) {
+            found.push_back(closed);
+        }
+    };
+    add(places.constants.empty() && report.constants.state == DocumentState::kLoaded, report.constants.path);
+    add(places.schedule.empty() && report.schedule.state == DocumentState::kLoaded, report.schedule.path);
+    add(places.media.empty() && report.contents.complete > 0, report.contents.directory);
+    return found;
+}
+
 } // namespace
 
 Schedule FindSchedule(const Places& places, const Constants& constants)
@@ -142,6 +165,7 @@ Report Check(const Places& places, const schedule::Day& today, const Progress& p
     report.compiledIn = tree.IsThisMachines() && places.schedule.empty() && places.media.empty();
     (report.compiledIn ? RunAndExamine : CheckStepByStep)(monitor, tree, progress, report);
     report.findings = LintSchedule(report.schedule, today);
+    report.closedToOthers = ClosedToTheApplication(places, tree, report);
     report.schedule.expiry = schedule::ExpiryOn(report.schedule.policy, today);
     return report;
 }

@@ -81,6 +81,7 @@ struct ContentFile {
 struct Contents {
     std::string directory; ///< with "/" at its end
     bool directoryPresent = false;
+    std::string closedFolder{};           ///< on the way to the files, and this user may not enter it; empty: none
     std::vector<ContentFile> files{};     ///< an entry for each item, in the document's order
     std::size_t complete = 0;             ///< how many of them the library takes
     uVQMINT64 announcedBytes = 0;         ///< of all items; the largest number when they add up to more
@@ -105,7 +106,8 @@ struct Report {
     Schedule schedule{};
     Contents contents{};     ///< without files unless the schedule is loaded
     lint::Report findings{}; ///< the linter's, of a schedule that is loaded; only the first errors are kept
-    bool compiledIn = true;  ///< the places are the application's own
+    std::vector<std::string> closedToOthers{}; ///< what the application reads and only root and the owner may
+    bool compiledIn = true;                    ///< the places are the application's own
 };
 
 /// Called with how many files have been examined, and of how many.

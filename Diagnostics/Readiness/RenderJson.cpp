@@ -65,6 +65,7 @@ void WriteContents(const Contents& contents, JsonWriter& json)
     json.BeginObject("contents");
     json.Member("directory", Utf8(contents.directory));
     json.Member("directory_present", contents.directoryPresent);
+    json.Member("closed_directory", TextOrNull(contents.closedFolder));
     json.Member("complete", contents.complete);
     json.Member("bytes_to_copy", contents.missingBytes);
     json.Member("bytes_free", contents.freeBytes ? Json(*contents.freeBytes) : Json());

@@ -69,7 +69,8 @@ def test_a_ready_set_as_json(shop):
         "schedule": {"directory": f"{RECH}/", "path": SCHEDULE, "state": "loaded", "problem": None, "periods": 2,
                      "items": 3, "item_count": 3, "bytes": 1075843072, "total_size": 1075843072, "state_is_ok": True,
                      "expiration": "2030-12-31", "expiry": "valid"},
-        "contents": {"directory": f"{MEDIA}/", "directory_present": True, "complete": 3, "bytes_to_copy": 0},
+        "contents": {"directory": f"{MEDIA}/", "directory_present": True, "closed_directory": None,
+                     "complete": 3, "bytes_to_copy": 0},
         "lint": {"errors": 0, "warnings": 0, "notes": 0},
         "diagnostics": [],
         "outcome": "as-meant",
@@ -180,6 +181,10 @@ FAULTS = {
     "a directory for a file": ("rm $media/intro.mp4; mkdir $media/intro.mp4", 1, lines(
         "problem: 'intro.mp4' is a directory; the schedule announces 1048576 bytes [file-of-another-kind]") +
         not_ready("2 of 3 items complete")),
+    "a media directory that may not be entered": ("chmod 0 /opt/data", 1, lines(
+        "problem: you may not enter the directory '/opt/data'; whether the application may is not known: ask as the user "
+        "that it runs as, or as root [media-directory-closed]") +
+        not_ready("0 of 3 items complete; the TV looks no further than 'intro.mp4'")),
     "a pipe for a file": ("rm $media/intro.mp4; mkfifo $media/intro.mp4", 1, lines(
         "problem: 'intro.mp4' is a pipe; the schedule announces 1048576 bytes [file-of-another-kind]") +
         not_ready("2 of 3 items complete")),
@@ -260,7 +265,7 @@ def test_each_fault_is_explained_and_the_verdict_is_the_librarys(shop, tmp_path,
      f"the schedule '{SCHEDULE}' is a pipe, where reading waits for a writer"),
     ("truncate -s 3G $rech/schedule.xml",
      f"the schedule '{SCHEDULE}' is larger than the 2147483647 bytes that can be parsed"),
-    ("chmod 0 $rech", f"the schedule '{SCHEDULE}' cannot be examined: Permission denied"),
+    ("chmod 0 $rech", f"the schedule '{SCHEDULE}' cannot be examined: Permission denied; you may not enter '{RECH}'"),
 ])
 def test_a_check_that_cannot_run_is_no_verdict(shop, tmp_path, prepare, problem):
     result = shop.run(f"""{prepare}
@@ -280,6 +285,19 @@ def test_constants_in_a_pipe_are_not_waited_for(shop):
     assert result.returncode == 1
     assert (f"problem: {CONSTANTS} is a pipe, where reading waits for a writer{UNNAMED} [constants-unreadable]\n".encode()
             in result.stdout)
+
+
+@pytest.mark.parametrize("mode, closed, path", [
+    ("0", "$media", MEDIA), ("750", "/opt/data", "/opt/data"), ("700", "$res", RES), ("400", "$rech/schedule.xml", SCHEDULE),
+    ("640", "$res/constants.xml", f"{RES}/constants.xml"),
+])
+@pytest.mark.parametrize("option", ["", "--root /proc/self/root"])
+def test_what_holds_for_root_alone_is_said_to(shop, mode, closed, path, option):
+    result = shop.run(f"chmod {mode} {closed}; vqmctl check {option}")
+    root = "/proc/self/root" if option else ""
+    assert result.stdout.decode().partition("media: ")[2].partition("\n")[2] == lines(
+        f"note: this is root's answer: '{root}{path}' is closed to other users, and the application may be one of them "
+        "[only-for-root]") + READY
 
 
 LINTED = {
