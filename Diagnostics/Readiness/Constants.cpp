@@ -8,8 +8,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Common/VQMConfig.h"
 #include "Data/VQMDataConstants.h"
 #include "Diagnostics/Readiness/DocumentFile.h"
+#include "Diagnostics/Readiness/FileKinds.h"
+#include "Diagnostics/Readiness/FileTree.h"
 #include "Diagnostics/Readiness/Readiness.h"
 #include "Diagnostics/Text/InputFile.h"
 #include "Platform/desktop/base/FileDescriptor.h"
@@ -93,17 +96,24 @@ const std::string* Constants::ScheduleFile() const
     return found == values.end() ? nullptr : &found->second;
 }
 
-Constants LoadConstants(const std::string& path)
+Constants LoadConstants(const Places& places)
 {
+    const FileTree tree(places.root);
     OpenConstants::m_DataCache.clear();
     Constants constants;
-    if (path == kStdin) {
+    if (!places.schedule.empty()) {
+        constants.state = DocumentState::kNotNeeded;
+    } else if (places.constants == kStdin) {
         constants.path = "<stdin>";
         const StdinCopy copy;
         LoadFrom(copy.Path(), constants);
     } else {
-        constants.path = path;
-        LoadFrom(path, constants);
+        constants.path = places.constants.empty() ? tree.Name(VQM_CONSTANTS_FILE) : places.constants;
+        const std::string place = tree.Locate(constants.path);
+        LoadFrom(place, constants);
+        if (constants.state == DocumentState::kMissing && place != constants.path) {
+            constants.problem = "is missing" + DanglingLink(constants.path);
+        }
     }
     return constants;
 }

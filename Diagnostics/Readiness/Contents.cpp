@@ -12,6 +12,7 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include "Diagnostics/Readiness/Access.h"
 #include "Diagnostics/Readiness/FileKinds.h"
 #include "VQMPipe/VQMFilePipe.h"
 
@@ -29,9 +30,9 @@ uVQMINT64 AddUpTo(uVQMINT64 left, uVQMINT64 right)
 }
 
 /// Whether the file can be opened and gives its first byte, if it has one. Never waits for one.
-bool TryToRead(ContentFile& file)
+bool TryToRead(const std::string& place, ContentFile& file)
 {
-    const int descriptor = open(file.path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    const int descriptor = open(place.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (descriptor < 0) {
         file.problem = std::generic_category().message(errno);
         return false;
@@ -45,10 +46,11 @@ bool TryToRead(ContentFile& file)
     return count >= 0;
 }
 
-void ExamineFile(ContentFile& file)
+/// `place`: where its path leads.
+void ExamineFile(const std::string& place, ContentFile& file)
 {
     struct stat status = {};
-    if (stat(file.path.c_str(), &status) != 0) {
+    if (stat(place.c_str(), &status) != 0) {
         const int error = errno;
         if (IsAbsence(error)) {
             file.kind = FileKind::kMissing;
@@ -59,7 +61,7 @@ void ExamineFile(ContentFile& file)
         }
     } else if (S_ISREG(status.st_mode)) {
         file.kind = FileKind::kFile;
-        file.readable = TryToRead(file);
+        file.readable = TryToRead(place, file);
     } else {
         file.kind = S_ISDIR(status.st_mode) ? FileKind::kDirectory : FileKind::kOther;
         file.problem = std::string("is ") + KindName(status.st_mode);
@@ -105,7 +107,7 @@ std::string LowerCase(std::string text)
     return text;
 }
 
-std::map<std::string, std::string> OtherSpellings(const Contents& contents)
+std::map<std::string, std::string> OtherSpellings(const Contents& contents, const std::string& directory)
 {
     std::map<std::string, std::string> found;
     std::unordered_map<std::string, std::string> missing;
@@ -118,7 +120,7 @@ std::map<std::string, std::string> OtherSpellings(const Contents& contents)
         return found;
     }
     std::error_code error;
-    std::filesystem::directory_iterator entry(contents.directory, error);
+    std::filesystem::directory_iterator entry(directory, error);
     for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
         const std::string name = entry->path().filename().string();
         const auto match = missing.find(LowerCase(name));
@@ -131,12 +133,14 @@ std::map<std::string, std::string> OtherSpellings(const Contents& contents)
 
 } // namespace
 
-Contents ExamineContents(const _VQMPolicy& policy, const std::string& directory, const Progress& progress)
+Contents ExamineContents(const _VQMPolicy& policy, const FileTree& tree, const std::string& directory,
+                         const Progress& progress)
 {
     Contents contents;
     contents.directory = directory;
+    const std::string located = tree.Locate(directory);
     std::error_code ignored;
-    contents.directoryPresent = std::filesystem::is_directory(directory, ignored);
+    contents.directoryPresent = std::filesystem::is_directory(located, ignored);
     const std::size_t total = schedule::CountItems(policy);
     contents.files.reserve(total);
     CVQMFilePipe pipe;
@@ -148,8 +152,9 @@ Contents ExamineContents(const _VQMPolicy& policy, const std::string& directory,
             file.name = content.strName;
             file.path = directory + content.strName;
             file.announced = content.nSize;
-            file.size = pipe.GetFileSize(file.path.c_str());
-            ExamineFile(file);
+            const std::string place = tree.Locate(file.path);
+            file.size = pipe.GetFileSize(place.c_str());
+            ExamineFile(place, file);
             contents.complete += file.SizeMatches() ? 1 : 0;
             contents.announcedBytes = AddUpTo(contents.announcedBytes, file.announced);
             contents.files.push_back(std::move(file));
@@ -159,9 +164,12 @@ Contents ExamineContents(const _VQMPolicy& policy, const std::string& directory,
         }
         ++period;
     }
+    const bool refused = std::any_of(contents.files.begin(), contents.files.end(),
+                                     [](const ContentFile& file) { return file.kind == FileKind::kNotExamined; });
+    contents.closedFolder = refused ? ClosedFolder(located) : "";
     contents.missingBytes = BytesToCopy(contents.files);
-    contents.freeBytes = FreeBytes(directory);
-    contents.otherSpelling = OtherSpellings(contents);
+    contents.freeBytes = FreeBytes(located);
+    contents.otherSpelling = OtherSpellings(contents, located);
     return contents;
 }
 

@@ -2,11 +2,13 @@
 
 #include <string>
 
+#include "Diagnostics/Readiness/FileTree.h"
 #include "Diagnostics/Readiness/Readiness.h"
 
 namespace readiness {
 
-/// Examines the file of each item of `policy` in `directory`, which has "/" at its end.
-Contents ExamineContents(const _VQMPolicy& policy, const std::string& directory, const Progress& progress);
+/// Examines the file of each item of `policy` in `directory`, a directory of `tree` with "/" at its end.
+Contents ExamineContents(const _VQMPolicy& policy, const FileTree& tree, const std::string& directory,
+                         const Progress& progress);
 
 } // namespace readiness

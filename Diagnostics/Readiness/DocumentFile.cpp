@@ -8,10 +8,23 @@
 #include <sys/stat.h>
 
 #include "Diagnostics/Lint/ParseErrorText.h"
+#include "Diagnostics/Readiness/Access.h"
 #include "Diagnostics/Readiness/FileKinds.h"
 #include "Diagnostics/Text/InputFile.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace readiness {
+
+namespace {
+
+/// "; you may not enter '/a/b'"
+std::string Closed(const std::string& path)
+{
+    const std::string folder = ClosedFolder(path);
+    return folder.empty() ? "" : "; you may not enter " + Quoted(folder);
+}
+
+} // namespace
 
 DocumentFile Examine(const std::string& path)
 {
@@ -21,17 +34,18 @@ DocumentFile Examine(const std::string& path)
         if (IsAbsence(error)) {
             return {DocumentState::kMissing, "is missing" + DanglingLink(path)};
         }
-        return {DocumentState::kUnreadable, "cannot be examined: " + std::generic_category().message(error)};
+        return {DocumentState::kUnreadable,
+                "cannot be examined: " + std::generic_category().message(error) + Closed(path), true};
     }
     if (!S_ISREG(status.st_mode)) {
         const bool waits = S_ISFIFO(status.st_mode);
         return {DocumentState::kUnreadable,
                 std::string("is ") + KindName(status.st_mode) + (waits ? ", where reading waits for a writer" : ""),
-                waits};
+                false, waits};
     }
     if (status.st_size > INT_MAX) {
         return {DocumentState::kUnreadable,
-                "is larger than the " + std::to_string(INT_MAX) + " bytes that can be parsed", true};
+                "is larger than the " + std::to_string(INT_MAX) + " bytes that can be parsed", false, true};
     }
     try {
         const InputFile file(path);

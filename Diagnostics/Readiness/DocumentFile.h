@@ -10,8 +10,9 @@ namespace readiness {
 /// What the file system and the parser have to say of a document.
 struct DocumentFile {
     DocumentState state = DocumentState::kMissing;
-    std::string problem{};   ///< a clause to follow the document's name: "is a directory"
-    bool wouldBlock = false; ///< the library's reading would not come back from it, or not on this machine
+    std::string problem{};    ///< a clause to follow the document's name: "is a directory"
+    bool notExamined = false; ///< the system refuses to say whether it is there
+    bool wouldBlock = false;  ///< the library's reading would not come back from it, or not on this machine
 };
 
 /// Whether there is a file that the library may be let read; its content is not looked at. The

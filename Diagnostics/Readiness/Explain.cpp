@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 
+#include "Diagnostics/Readiness/ScheduleLint.h"
 #include "Diagnostics/Text/Suggestions.h"
 #include "Diagnostics/Text/Words.h"
 
@@ -30,6 +31,11 @@ private:
     {
         Add(id, Severity::kNote, std::move(message), path);
     }
+    /// The TV is ready and plays nothing.
+    void AddFault(const char* id, std::string message, const std::string& path)
+    {
+        Add(id, Severity::kError, std::move(message), path);
+    }
     void Add(const char* id, Severity severity, std::string message, const std::string& path)
     {
         Diagnostic diagnostic;
@@ -46,10 +52,13 @@ private:
     void ExplainScheduleFile();
     void ExplainSchedule();
     void ExplainDocument();
+    void ExplainKind();
+    void AddLintErrors();
     void ExplainTotals();
     void ExplainContents();
     void ExplainFile(const ContentFile& file);
     void ExplainMatchingFile(const ContentFile& file);
+    void ExplainUser();
     void ExplainChange();
 
     const Report& report_;
@@ -90,7 +99,9 @@ std::vector<Diagnostic> Explanation::Take()
         ExplainDocument();
         ExplainTotals();
         ExplainContents();
+        AddLintErrors();
     }
+    ExplainUser();
     ExplainChange();
     return std::move(diagnostics_);
 }
@@ -118,6 +129,7 @@ void Explanation::ExplainConstants()
         break;
     }
     case DocumentState::kLoaded:
+    case DocumentState::kNotNeeded:
         break;
     }
     ExplainScheduleFile();
@@ -176,7 +188,7 @@ void Explanation::ExplainSchedule()
 void Explanation::ExplainDocument()
 {
     const Schedule& schedule = report_.schedule;
-    if (schedule.policy.bError) {
+    if (schedule.policy.bError && WhatItIsInstead(report_.findings).empty()) {
         AddNote("state-not-ok", "the schedule's state is not \"ok\"; the check does not ask for it", schedule.path);
     }
     const std::string day = schedule::DayText(schedule::ExpirationOf(schedule.policy));
@@ -188,8 +200,30 @@ void Explanation::ExplainDocument()
                 "the schedule expires on " + day + ", which is not a day; the check does not look at it",
                 schedule.path);
     }
-    if (report_.contents.files.empty()) {
-        AddNote("no-files", "the schedule names no file: nothing is missing, and nothing plays", schedule.path);
+    ExplainKind();
+}
+
+/// The library takes any XML document, and a schedule of nothing is complete.
+void Explanation::ExplainKind()
+{
+    const Schedule& schedule = report_.schedule;
+    const std::string instead = WhatItIsInstead(report_.findings);
+    if (!instead.empty()) {
+        AddFault("not-a-schedule",
+                 "the file " + Quoted(schedule.path) + " " + instead + "; copy the schedule document in its place",
+                 schedule.path);
+    } else if (report_.contents.files.empty()) {
+        AddFault("no-files", "the schedule names no file: nothing is missing, and nothing plays", schedule.path);
+    }
+}
+
+void Explanation::AddLintErrors()
+{
+    for (Diagnostic finding : report_.findings.findings) {
+        finding.path = report_.schedule.path;
+        finding.message = "line " + std::to_string(finding.line) + ", column " + std::to_string(finding.column) + ": " +
+                          finding.message + "; " + finding.effect;
+        diagnostics_.push_back(std::move(finding));
     }
 }
 
@@ -220,10 +254,17 @@ void Explanation::ExplainContents()
         AddProblem("media-directory-missing", "the media directory " + Quoted(contents.directory) + " is missing",
                    contents.directory);
     }
+    if (!contents.closedFolder.empty()) {
+        AddProblem("media-directory-closed",
+                   "you may not enter the directory " + Quoted(contents.closedFolder) +
+                       "; whether the application may is not known: ask as the user that it runs as, or as root",
+                   contents.closedFolder);
+    }
     subject_ = Diagnostic::Subject::kContentFile;
     std::set<std::pair<std::string, uVQMINT64>> told; // a file may belong to several items
     for (const ContentFile& file : contents.files) {
-        if (!file.SizeMatches() || !file.readable) {
+        const bool isTold = file.kind == FileKind::kNotExamined && !contents.closedFolder.empty();
+        if (!isTold && (!file.SizeMatches() || !file.readable)) {
             if (told.emplace(file.name, file.announced).second) {
                 ExplainFile(file);
             }
@@ -291,6 +332,16 @@ void Explanation::ExplainMatchingFile(const ContentFile& file)
     }
 }
 
+void Explanation::ExplainUser()
+{
+    for (const std::string& path : report_.closedToOthers) {
+        AddNote("only-for-root",
+                "this is root's answer: " + Quoted(path) +
+                    " is closed to other users, and the application may be one of them",
+                path);
+    }
+}
+
 /// The check looked first, the explanation after it.
 void Explanation::ExplainChange()
 {
@@ -307,6 +358,22 @@ void Explanation::ExplainChange()
 std::vector<Diagnostic> Explain(const Report& report)
 {
     return Explanation(report).Take();
+}
+
+Outcome OutcomeOf(const Report& report, const std::vector<Diagnostic>& diagnostics)
+{
+    if (!report.verdict.ran) {
+        return Outcome::kNotChecked;
+    }
+    const bool blocked = std::any_of(diagnostics.begin(), diagnostics.end(),
+                                     [](const Diagnostic& diagnostic) { return diagnostic.blocking; });
+    if (!report.verdict.Ready() || blocked) {
+        return Outcome::kPlaysNothing;
+    }
+    if (report.findings.counts.errors > 0) {
+        return Outcome::kNotAsMeant;
+    }
+    return report.findings.counts.warnings > 0 ? Outcome::kPerhapsNotMeant : Outcome::kAsMeant;
 }
 
 } // namespace readiness

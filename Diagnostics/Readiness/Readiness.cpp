@@ -1,9 +1,17 @@
 #include "Diagnostics/Readiness/Readiness.h"
 
+#include <algorithm>
+#include <unistd.h>
+
 #include "Common/VQMSyncDemoMonitor.h"
+#include "Diagnostics/Readiness/Access.h"
 #include "Diagnostics/Readiness/Contents.h"
 #include "Diagnostics/Readiness/DocumentFile.h"
+#include "Diagnostics/Readiness/FileKinds.h"
+#include "Diagnostics/Readiness/FileTree.h"
 #include "Diagnostics/Readiness/PipeRelease.h"
+#include "Diagnostics/Readiness/ScheduleLint.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace readiness {
 
@@ -52,36 +60,113 @@ Verdict RunContentCheck(Monitor& monitor, const std::string& schedulePath)
 }
 
 /// The policy, whether or not the check let it become the current one.
-void ReadPolicy(Monitor& monitor, const Verdict& verdict, Schedule& schedule)
+void ReadPolicy(Monitor& monitor, Schedule& schedule)
 {
-    if (verdict.Ready()) {
-        monitor->GetCurrentPolicy(schedule.policy);
-        schedule.state = DocumentState::kLoaded;
-        return;
-    }
-    const DocumentFile file = ReadExamined(schedule.path, [&](const std::string& opened) {
+    const DocumentFile file = ReadExamined(schedule.place, [&](const std::string& opened) {
         return monitor->ParseStoredSchedule(opened, &schedule.policy);
     });
     schedule.state = file.state;
     schedule.problem = file.problem;
+    if (file.state == DocumentState::kMissing && schedule.place != schedule.path) {
+        schedule.problem = "is missing" + DanglingLink(schedule.path);
+    }
+}
+
+void RunAndExamine(Monitor& monitor, const FileTree& tree, const Progress& progress, Report& report)
+{
+    Schedule& schedule = report.schedule;
+    report.verdict = RunContentCheck(monitor, schedule.path);
+    if (report.verdict.Ready()) {
+        monitor->GetCurrentPolicy(schedule.policy);
+        schedule.state = DocumentState::kLoaded;
+    } else {
+        ReadPolicy(monitor, schedule);
+    }
+    report.contents = ExamineContents(schedule.policy, tree, report.contents.directory, progress);
+}
+
+/// The check's steps in other places than those that the library has compiled in.
+void CheckStepByStep(Monitor& monitor, const FileTree& tree, const Progress& progress, Report& report)
+{
+    Schedule& schedule = report.schedule;
+    Verdict& verdict = report.verdict;
+    ReadPolicy(monitor, schedule);
+    report.contents = ExamineContents(schedule.policy, tree, report.contents.directory, progress);
+    // Of what cannot be examined the library's check does not say anything either: it throws.
+    const DocumentFile file = Examine(schedule.place);
+    verdict.ran = !file.wouldBlock && !file.notExamined;
+    if (!verdict.ran) {
+        verdict.problem = "the schedule " + Quoted(schedule.path) + " " + file.problem;
+        return;
+    }
+    verdict.haveSchedule = schedule.state == DocumentState::kLoaded;
+    verdict.haveContents = verdict.haveSchedule && report.contents.complete == report.contents.files.size();
+}
+
+std::string WithSlash(std::string directory)
+{
+    return directory.empty() || directory.back() == '/' ? directory : directory + "/";
+}
+
+std::string MediaDirectory(Monitor& monitor, const Places& places, const FileTree& tree)
+{
+    std::string directory;
+    monitor->GetSyncDemoMediaPath(directory);
+    return places.media.empty() ? tree.Name(directory) : WithSlash(places.media);
+}
+
+/// Root may read what the application may not.
+std::vector<std::string> ClosedToTheApplication(const Places& places, const FileTree& tree, const Report& report)
+{
+    std::vector<std::string> found;
+    if (geteuid() != 0) {
+        return found;
+    }
+    const auto add = [&](bool isRead, const std::string& path) {
+        const std::string closed = isRead ? ClosedToOthers(tree.Root(), tree.Locate(path)) : "";
+        if (!closed.empty() && std::find(found.begin(), found.end(), closed) == found.end()) {
+            found.push_back(closed);
+        }
+    };
+    add(places.constants.empty() && report.constants.state == DocumentState::kLoaded, report.constants.path);
+    add(places.schedule.empty() && report.schedule.state == DocumentState::kLoaded, report.schedule.path);
+    add(places.media.empty() && report.contents.complete > 0, report.contents.directory);
+    return found;
 }
 
 } // namespace
 
-Report Check(const std::string& constantsPath, const schedule::Day& today, const Progress& progress)
+Schedule FindSchedule(const Places& places, const Constants& constants)
 {
-    Report report{LoadConstants(constantsPath)};
-    Monitor monitor;
-    Schedule& stored = report.schedule;
-    monitor->GetSyncDemoSchedulePath(stored.directory);
-    const std::string* const fileName = report.constants.ScheduleFile();
-    stored.path = stored.directory + (fileName != nullptr ? *fileName : "");
-    monitor->GetSyncDemoMediaPath(report.contents.directory);
+    const FileTree tree(places.root);
+    Schedule schedule;
+    if (!places.schedule.empty()) {
+        const bool bare = places.schedule.find('/') == std::string::npos;
+        schedule.path = (bare ? "./" : "") + places.schedule;
+        schedule.directory = schedule.path.substr(0, schedule.path.rfind('/') + 1);
+    } else {
+        std::string directory;
+        CVQMSyncDemoMonitor::GetInstance()->GetSyncDemoSchedulePath(directory);
+        const std::string* const fileName = constants.ScheduleFile();
+        schedule.directory = tree.Name(directory);
+        schedule.path = schedule.directory + (fileName != nullptr ? *fileName : "");
+    }
+    schedule.place = tree.Locate(schedule.path);
+    return schedule;
+}
 
-    report.verdict = RunContentCheck(monitor, stored.path);
-    ReadPolicy(monitor, report.verdict, stored);
-    stored.expiry = schedule::ExpiryOn(stored.policy, today);
-    report.contents = ExamineContents(stored.policy, report.contents.directory, progress);
+Report Check(const Places& places, const schedule::Day& today, const Progress& progress)
+{
+    const FileTree tree(places.root);
+    Report report{LoadConstants(places)};
+    Monitor monitor;
+    report.schedule = FindSchedule(places, report.constants);
+    report.contents.directory = MediaDirectory(monitor, places, tree);
+    report.compiledIn = tree.IsThisMachines() && places.schedule.empty() && places.media.empty();
+    (report.compiledIn ? RunAndExamine : CheckStepByStep)(monitor, tree, progress, report);
+    report.findings = LintSchedule(report.schedule, today);
+    report.closedToOthers = ClosedToTheApplication(places, tree, report);
+    report.schedule.expiry = schedule::ExpiryOn(report.schedule.policy, today);
     return report;
 }
 

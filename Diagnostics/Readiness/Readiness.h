@@ -9,7 +9,9 @@
 
 #include "Common/VQMDataObject.h"
 #include "Data/VQMScheduleRecords.h"
+#include "Diagnostics/Lint/Report.h"
 #include "Diagnostics/Programme/Programme.h"
+#include "Diagnostics/Readiness/Places.h"
 #include "Diagnostics/Text/Diagnostic.h"
 
 /// Can this TV play what is on its disk, and if not, why?
@@ -26,13 +28,14 @@ enum class DocumentState {
     kUnreadable,    ///< something is there, but it is not a file, or cannot be read
     kNotWellFormed, ///< read, and no XML document
     kLoaded,
+    kNotNeeded, ///< the schedule was given: nobody asks the constants for its name
 };
 
 /// The constant that names the schedule's file.
 inline constexpr char kScheduleFile[] = "ScheduleFile";
 
 struct Constants {
-    std::string path; ///< as it was given; "<stdin>" for "-"
+    std::string path; ///< as it is called from here; "<stdin>" for "-"
     DocumentState state = DocumentState::kMissing;
     std::string problem{}; ///< for a person, one clause; empty when loaded
     std::map<std::string, std::string>
@@ -45,6 +48,7 @@ struct Constants {
 struct Schedule {
     std::string directory; ///< with "/" at its end
     std::string path;      ///< what the TV looks for; without the constant it is the directory
+    std::string place{};   ///< where that leads: differs where links of another TV's tree were followed
     DocumentState state = DocumentState::kMissing;
     std::string problem{};
     _VQMPolicy policy{}; ///< as the library reads it; whether or not it is the TV's current one
@@ -77,6 +81,7 @@ struct ContentFile {
 struct Contents {
     std::string directory; ///< with "/" at its end
     bool directoryPresent = false;
+    std::string closedFolder{};           ///< on the way to the files, and this user may not enter it; empty: none
     std::vector<ContentFile> files{};     ///< an entry for each item, in the document's order
     std::size_t complete = 0;             ///< how many of them the library takes
     uVQMINT64 announcedBytes = 0;         ///< of all items; the largest number when they add up to more
@@ -99,22 +104,42 @@ struct Report {
     Constants constants;
     Verdict verdict{};
     Schedule schedule{};
-    Contents contents{}; ///< without files unless the schedule is loaded
+    Contents contents{};     ///< without files unless the schedule is loaded
+    lint::Report findings{}; ///< the linter's, of a schedule that is loaded; only the first errors are kept
+    std::vector<std::string> closedToOthers{}; ///< what the application reads and only root and the owner may
+    bool compiledIn = true;                    ///< the places are the application's own
 };
 
 /// Called with how many files have been examined, and of how many.
 using Progress = std::function<void(std::size_t done, std::size_t total)>;
 
-/// Replaces the constants of the process by those of the file at `path`; "-" is stdin. Missing or
-/// broken files are no error here: the result says so.
-Constants LoadConstants(const std::string& path);
+/// Replaces the constants of the process by those of the file in its place. A missing or broken file is
+/// not an error here: the result says so. Throws `std::runtime_error` when the root cannot be entered.
+Constants LoadConstants(const Places& places);
 
-/// Runs the library's content check afresh, with the constants that are loaded, and examines
-/// everything that it looks at.
-Report Check(const std::string& constantsPath, const schedule::Day& today, const Progress& progress = nullptr);
+/// Where the TV's schedule lies: only `directory`, `path` and `place` are filled. `constants` are those of the
+/// same places.
+Schedule FindSchedule(const Places& places, const Constants& constants);
 
-/// What the report means, in the order in which the TV comes across it. What keeps the TV from being ready
-/// is an error and blocks; anything else is a note.
+/// Loads the constants, runs the library's content check afresh, and examines everything that it looks
+/// at. In other places than the application's own, which the library has compiled in, the check's steps
+/// are done one by one, each by the library. Throws `std::runtime_error` when the root cannot be entered.
+Report Check(const Places& places, const schedule::Day& today, const Progress& progress = nullptr);
+
+/// What the report means, in the order in which the TV comes across it. What keeps the TV from playing blocks.
+/// Other errors are the linter's: the TV plays something else than what is written. The rest are notes.
 std::vector<Diagnostic> Explain(const Report& report);
+
+/// What all of it comes to.
+enum class Outcome {
+    kNotChecked,
+    kPlaysNothing,
+    kNotAsMeant,      ///< it plays, but the schedule has errors
+    kPerhapsNotMeant, ///< it plays, and the schedule has warnings
+    kAsMeant,
+};
+
+/// `diagnostics`: the report's own.
+Outcome OutcomeOf(const Report& report, const std::vector<Diagnostic>& diagnostics);
 
 } // namespace readiness

@@ -1,5 +1,6 @@
 #include "Diagnostics/Readiness/Render.h"
 
+#include "Diagnostics/Readiness/ScheduleLint.h"
 #include "Diagnostics/Text/TerminalText.h"
 #include "Diagnostics/Text/Words.h"
 
@@ -9,6 +10,9 @@ namespace {
 
 std::string ConstantsLine(const Constants& constants)
 {
+    if (constants.state == DocumentState::kNotNeeded) {
+        return "constants: not needed: the schedule is given";
+    }
     const std::string* const file = constants.ScheduleFile();
     return "constants: " + constants.path + (file != nullptr ? " (ScheduleFile is " + Quoted(*file) + ")" : "");
 }
@@ -61,27 +65,66 @@ std::string StoppedAt(const Contents& contents)
     return "";
 }
 
-std::string VerdictText(const Report& report)
+std::string LintLine(const Report& report)
 {
-    const Verdict& verdict = report.verdict;
+    const std::string counts = CountsText(report.findings.counts);
+    return counts.empty()
+               ? ""
+               : EscapedForTerminal("lint:      " + counts + " in the schedule; see '" + LintCommand(report) + "'") +
+                     "\n";
+}
+
+const char* OutcomeText(Outcome outcome)
+{
+    switch (outcome) {
+    case Outcome::kNotChecked:
+        return "it is not known whether it will play";
+    case Outcome::kPlaysNothing:
+        return "it will not play";
+    case Outcome::kNotAsMeant:
+        return "it will play, but not what was meant";
+    case Outcome::kPerhapsNotMeant:
+        return "it will play, but perhaps not what was meant";
+    case Outcome::kAsMeant:
+        break;
+    }
+    return "it will play what was meant";
+}
+
+std::string SummaryText(const Report& report, const std::vector<Diagnostic>& diagnostics)
+{
     const Contents& contents = report.contents;
-    if (!verdict.ran) {
-        return "not checked: " + verdict.problem;
+    const std::string text = OutcomeText(OutcomeOf(report, diagnostics));
+    if (!report.verdict.ran) {
+        return text + ": " + report.verdict.problem;
     }
-    if (!verdict.haveSchedule) {
-        return "not ready: there is no readable schedule";
+    if (!report.verdict.haveSchedule) {
+        return text + ": there is no readable schedule";
     }
-    const std::string items = contents.files.empty() ? "it names no file"
-                                                     : std::to_string(contents.complete) + " of " +
-                                                           Counted(contents.files.size(), "item") + " complete";
-    return (verdict.Ready() ? "ready: schedule there, " : "not ready: schedule there, ") + items + StoppedAt(contents);
+    if (contents.files.empty()) {
+        return text + ": no file is named";
+    }
+    return text + "; " + std::to_string(contents.complete) + " of " + Counted(contents.files.size(), "item") +
+           " complete" + StoppedAt(contents);
+}
+
+const char* PrefixOf(const Diagnostic& diagnostic)
+{
+    return diagnostic.blocking ? "problem: " : diagnostic.severity == Severity::kError ? "error: " : "note: ";
 }
 
 } // namespace
 
 std::string VerdictLine(const Report& report)
 {
-    return EscapedForTerminal(VerdictText(report));
+    return std::string("the TV: ") + (!report.verdict.ran      ? "not checked"
+                                      : report.verdict.Ready() ? "ready"
+                                                               : "not ready");
+}
+
+std::string SummaryLine(const Report& report, const std::vector<Diagnostic>& diagnostics)
+{
+    return EscapedForTerminal(SummaryText(report, diagnostics));
 }
 
 std::string Render(const Report& report)
@@ -89,11 +132,12 @@ std::string Render(const Report& report)
     std::string text = EscapedForTerminal(ConstantsLine(report.constants)) + "\n" +
                        EscapedForTerminal(ScheduleLine(report)) + "\n" +
                        EscapedForTerminal(MediaLine(report.contents)) + "\n";
-    for (const Diagnostic& diagnostic : Explain(report)) {
-        text += (diagnostic.blocking ? "problem: " : "note: ") + EscapedForTerminal(diagnostic.message) + " [" +
-                diagnostic.id + "]\n";
+    const std::vector<Diagnostic> diagnostics = Explain(report);
+    for (const Diagnostic& diagnostic : diagnostics) {
+        text += PrefixOf(diagnostic) + EscapedForTerminal(diagnostic.message) + " [" + diagnostic.id + "]\n";
     }
-    return text + VerdictLine(report) + "\n";
+    return text + LintLine(report) + "summary:   " + SummaryLine(report, diagnostics) + "\n" + VerdictLine(report) +
+           "\n";
 }
 
 } // namespace readiness

@@ -23,7 +23,10 @@ Json ConstantsJson(const Constants& constants);
 /// "not-well-formed" and so on, for programs.
 const char* NameOf(DocumentState state);
 
-/// "ready", or "not ready: " and why, or "not checked: " and why.
+/// The library's verdict alone: "the TV: ready", "not ready" or "not checked".
 std::string VerdictLine(const Report& report);
+
+/// Whether it will play what was meant. `diagnostics`: the report's own. Fit for a terminal.
+std::string SummaryLine(const Report& report, const std::vector<Diagnostic>& diagnostics);
 
 } // namespace readiness

@@ -65,6 +65,7 @@ void WriteContents(const Contents& contents, JsonWriter& json)
     json.BeginObject("contents");
     json.Member("directory", Utf8(contents.directory));
     json.Member("directory_present", contents.directoryPresent);
+    json.Member("closed_directory", TextOrNull(contents.closedFolder));
     json.Member("complete", contents.complete);
     json.Member("bytes_to_copy", contents.missingBytes);
     json.Member("bytes_free", contents.freeBytes ? Json(*contents.freeBytes) : Json());
@@ -74,6 +75,33 @@ void WriteContents(const Contents& contents, JsonWriter& json)
     }
     json.End();
     json.End();
+}
+
+const char* NameOf(Outcome outcome)
+{
+    switch (outcome) {
+    case Outcome::kNotChecked:
+        return "not-checked";
+    case Outcome::kPlaysNothing:
+        return "plays-nothing";
+    case Outcome::kNotAsMeant:
+        return "not-as-meant";
+    case Outcome::kPerhapsNotMeant:
+        return "perhaps-not-as-meant";
+    case Outcome::kAsMeant:
+        break;
+    }
+    return "as-meant";
+}
+
+/// Null where there was nothing to lint.
+Json LintJson(const Report& report)
+{
+    if (report.schedule.state != DocumentState::kLoaded) {
+        return nullptr;
+    }
+    const lint::Counts& counts = report.findings.counts;
+    return {{"errors", counts.errors}, {"warnings", counts.warnings}, {"notes", counts.notes}};
 }
 
 void WriteDiagnostics(const std::vector<Diagnostic>& diagnostics, JsonWriter& json)
@@ -100,6 +128,8 @@ const char* NameOf(DocumentState state)
         return "unreadable";
     case DocumentState::kNotWellFormed:
         return "not-well-formed";
+    case DocumentState::kNotNeeded:
+        return "not-needed";
     case DocumentState::kLoaded:
         break;
     }
@@ -122,7 +152,10 @@ bool WriteJson(const Report& report, bool oneLine, const JsonWriter::Sink& sink)
     json.Member("constants", ConstantsJson(report.constants));
     json.Member("schedule", ScheduleJson(report));
     WriteContents(report.contents, json);
-    WriteDiagnostics(Explain(report), json);
+    const std::vector<Diagnostic> diagnostics = Explain(report);
+    json.Member("lint", LintJson(report));
+    WriteDiagnostics(diagnostics, json);
+    json.Member("outcome", NameOf(OutcomeOf(report, diagnostics)));
     return json.Finish();
 }
 

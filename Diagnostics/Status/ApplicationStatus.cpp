@@ -1,11 +1,14 @@
 #include "Diagnostics/Status/ApplicationStatus.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <system_error>
 
 #include "Diagnostics/Status/TimeLimit.h"
 #include "Diagnostics/Text/Json.h"
+#include "Diagnostics/Text/Suggestions.h"
 #include "Diagnostics/Text/Words.h"
 #include "Platform/desktop/x11/KeyTable.h"
 
@@ -14,7 +17,8 @@ namespace status {
 namespace {
 
 /// A display answers within milliseconds; a loaded machine takes longer.
-constexpr std::chrono::seconds kAnswerTimeout{3};
+constexpr std::chrono::seconds kAnswerTimeout{4};
+constexpr std::size_t kMostDisplays = 8;
 
 GrabState GrabStateOf(const std::string& key, const DisplayAnswer& answer)
 {
@@ -28,23 +32,75 @@ GrabState GrabStateOf(const std::string& key, const DisplayAnswer& answer)
     return Contains(answer.toolKeys, key) ? GrabState::kFree : GrabState::kAbsent;
 }
 
+/// The displays of this machine that a person may have meant: their sockets.
+std::vector<std::string> LocalDisplays()
+{
+    std::vector<std::string> displays;
+    std::error_code error;
+    std::filesystem::directory_iterator entry("/tmp/.X11-unix", error);
+    for (; !error && entry != std::filesystem::directory_iterator() && displays.size() < kMostDisplays;
+         entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        if (name.size() > 1 && name.front() == 'X') {
+            displays.push_back(":" + name.substr(1));
+        }
+    }
+    std::sort(displays.begin(), displays.end());
+    return displays;
+}
+
+std::string ListOf(const std::vector<ApplicationProcess>& processes)
+{
+    std::string text;
+    for (const ApplicationProcess& process : processes) {
+        text += (text.empty() ? "process " : ", process ") + std::to_string(process.pid);
+    }
+    return text;
+}
+
+/// What is known without asking a display.
+ApplicationStatus WithoutDisplay(const ApplicationProcesses& running, const std::vector<std::string>& displays)
+{
+    ApplicationStatus application;
+    if (running.processes.empty() && running.complete) {
+        application.state = ApplicationStatus::State::kNotRunning;
+        return application;
+    }
+    const std::vector<std::string> candidates = displays.empty() ? LocalDisplays() : displays;
+    application.problem = running.processes.empty() ? "" : "it runs as " + ListOf(running.processes) + "; ";
+    application.problem += "set DISPLAY" + (candidates.empty() ? std::string(" to the TV's display")
+                                                               : ", for example to " + JoinWithOr(candidates));
+    return application;
+}
+
+/// Asks as the process would: over ssh, neither variable is set.
+void Adopt(const std::string& display, const std::vector<ApplicationProcess>& processes)
+{
+    setenv("DISPLAY", display.c_str(), 1);
+    for (const ApplicationProcess& process : processes) {
+        if (process.display == display && !process.authority.empty()) {
+            setenv("XAUTHORITY", process.authority.c_str(), 0);
+        }
+    }
+}
+
 } // namespace
 
 // The library of JSON finds these two by their names beside the type.
 
 static void to_json(Json& json, const DisplayAnswer& answer)
 {
-    json = {{"connected", answer.connected},
-            {"pid", answer.pid},
-            {"held", answer.heldKeys},
-            {"failed", answer.failedKeys},
+    json = {{"connected", answer.connected}, {"wayland", answer.wayland}, {"pid", answer.pid},
+            {"answers", answer.answers},     {"held", answer.heldKeys},   {"failed", answer.failedKeys},
             {"tool", answer.toolKeys}};
 }
 
 static void from_json(const Json& json, DisplayAnswer& answer)
 {
     json.at("connected").get_to(answer.connected);
+    json.at("wayland").get_to(answer.wayland);
     json.at("pid").get_to(answer.pid);
+    json.at("answers").get_to(answer.answers);
     json.at("held").get_to(answer.heldKeys);
     json.at("failed").get_to(answer.failedKeys);
     json.at("tool").get_to(answer.toolKeys);
@@ -67,7 +123,8 @@ std::string NameOf(GrabState grab)
     return "not-on-keyboard";
 }
 
-ApplicationStatus ApplicationFrom(const std::string& display, const std::optional<DisplayAnswer>& answer)
+ApplicationStatus ApplicationFrom(const std::string& display, const std::optional<DisplayAnswer>& answer,
+                                  const ApplicationProcesses& running)
 {
     using State = ApplicationStatus::State;
     ApplicationStatus application;
@@ -76,11 +133,20 @@ ApplicationStatus ApplicationFrom(const std::string& display, const std::optiona
         application.state = answer ? State::kUnreachable : State::kSilent;
         return application;
     }
+    application.wayland = answer->wayland;
     application.state = answer->pid != 0 ? State::kRunning : State::kNotRunning;
     if (application.state == State::kNotRunning) {
         return application;
     }
     application.pid = answer->pid;
+    application.answers = answer->answers;
+    for (const ApplicationProcess& process : running.processes) {
+        if (process.pid == answer->pid) {
+            application.stopped = process.stopped;
+        } else if (process.display == display) {
+            application.others.push_back(process.pid);
+        }
+    }
     application.heldKeys = answer->heldKeys;
     application.failedKeys = answer->failedKeys;
     for (int keyId = 0; keyId < desktop::kKeyIds; ++keyId) {
@@ -94,19 +160,28 @@ ApplicationStatus ApplicationFrom(const std::string& display, const std::optiona
 
 ApplicationStatus CollectApplication()
 {
-    const char* display = std::getenv("DISPLAY");
-    if (display == nullptr || *display == '\0') {
-        return {};
+    const ApplicationProcesses running = FindApplicationProcesses();
+    const char* variable = std::getenv("DISPLAY");
+    std::string display = variable != nullptr ? variable : "";
+    const bool found = display.empty();
+    if (found) {
+        const std::vector<std::string> displays = DisplaysOf(running.processes);
+        if (displays.size() != 1) {
+            return WithoutDisplay(running, displays);
+        }
+        display = displays.front();
+        Adopt(display, running.processes);
     }
+    ApplicationStatus application;
     try {
-        return ApplicationFrom(display, AskRecordWithin(kAnswerTimeout, AskDisplay));
+        application = ApplicationFrom(display, AskRecordWithin(kAnswerTimeout, AskDisplay), running);
     } catch (const std::system_error& error) {
-        ApplicationStatus application;
         application.state = ApplicationStatus::State::kNotAsked;
         application.display = display;
         application.problem = error.code().message();
-        return application;
     }
+    application.displayFound = found;
+    return application;
 }
 
 } // namespace status

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Diagnostics/Status/DisplayAnswer.h"
+#include "Diagnostics/Status/Processes.h"
 
 namespace status {
 
@@ -25,10 +26,10 @@ struct ToolKey {
     GrabState grab = GrabState::kAbsent;
 };
 
-/// The application on the display that DISPLAY names.
+/// The application on the display that DISPLAY names, or that its own process does.
 struct ApplicationStatus {
     enum class State {
-        kNoDisplay,   ///< DISPLAY is not set
+        kNoDisplay,   ///< DISPLAY is not set, and no process of the application names one
         kUnreachable, ///< there is no such display, or it refuses us
         kSilent,      ///< it does not answer
         kNotAsked,    ///< for lack of means; `problem` says of which
@@ -37,16 +38,22 @@ struct ApplicationStatus {
     };
 
     State state = State::kNoDisplay;
-    std::string display; ///< what DISPLAY holds; not escaped
-    std::string problem;
+    std::string display;       ///< which one was asked; not escaped
+    bool displayFound = false; ///< it is the process's own: DISPLAY is not set here
+    std::string problem;       ///< why it is not known, and what helps
+    bool wayland = false;      ///< the display is a guest in a Wayland session
     pid_t pid = 0;
+    bool answers = true;
+    bool stopped = false;      ///< by a signal
+    std::vector<pid_t> others; ///< further processes of the application on this display
     std::vector<std::string> heldKeys;
     std::vector<std::string> failedKeys;
     std::vector<ToolKey> toolKeys; ///< all there are, while the application runs
 };
 
 /// `answer`: none came in time.
-ApplicationStatus ApplicationFrom(const std::string& display, const std::optional<DisplayAnswer>& answer);
+ApplicationStatus ApplicationFrom(const std::string& display, const std::optional<DisplayAnswer>& answer,
+                                  const ApplicationProcesses& running = {});
 
 /// Waits a few seconds for a display at the most.
 ApplicationStatus CollectApplication();

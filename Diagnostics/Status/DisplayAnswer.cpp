@@ -5,6 +5,7 @@
 #include <X11/Xlib.h>
 
 #include "Diagnostics/Status/DisplayConnection.h"
+#include "Diagnostics/Status/DisplayPing.h"
 #include "Platform/desktop/x11/Instance.h"
 #include "Platform/desktop/x11/KeySymbols.h"
 #include "Platform/desktop/x11/KeyTable.h"
@@ -36,10 +37,12 @@ DisplayAnswer AskDisplay()
     if (!answer.connected) {
         return answer;
     }
+    answer.wayland = IsWaylandGuest(display.get());
     if (const std::optional<desktop::InstanceFacts> instance = desktop::ReadInstance(display.get())) {
         answer.pid = instance->pid;
         answer.heldKeys = instance->heldKeys;
         answer.failedKeys = instance->failedKeys;
+        answer.answers = !instance->keyWindow || Answers(display.get(), *instance->keyWindow);
     }
     answer.toolKeys = ToolKeysOn(display.get());
     return answer;

@@ -9,7 +9,9 @@ namespace status {
 /// What an X display says about the application.
 struct DisplayAnswer {
     bool connected = false;
-    pid_t pid = 0; ///< of the application; 0: it does not run there
+    bool wayland = false; ///< the display is only a guest in a Wayland session
+    pid_t pid = 0;        ///< of the application; 0: it does not run there
+    bool answers = true;  ///< the application does; unless it shows no window that could be asked
     std::vector<std::string> heldKeys;
     std::vector<std::string> failedKeys; ///< held by another program, wholly or in one combination
     std::vector<std::string> toolKeys;   ///< those of the tool keys that this keyboard has

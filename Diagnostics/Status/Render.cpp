@@ -29,9 +29,14 @@ private:
 
 void AddApplication(const Report& report, Screen& screen)
 {
-    screen.Add("Application", ApplicationText(report));
+    screen.Add("Application", ApplicationText(report) +
+                                  (report.application.toolKeys.empty() || !AreInOrder(report.application.toolKeys)
+                                       ? ""
+                                       : ", the tool keys among them"));
     for (const ToolKey& key : report.application.toolKeys) {
-        screen.Add("", ToolKeyText(key));
+        if (key.grab != GrabState::kHeld) {
+            screen.Add("", ToolKeyText(key));
+        }
     }
     const std::string others = OtherFailedKeys(report.application);
     if (!others.empty()) {
@@ -44,10 +49,9 @@ void AddContent(const Report& report, Screen& screen)
     const readiness::Report& content = report.content;
     const bool loaded = content.schedule.state == readiness::DocumentState::kLoaded;
     screen.Add("Constants", ConstantsText(content.constants));
-    screen.Add("Schedules", content.schedule.directory);
     screen.Add("Schedule", ScheduleText(report));
-    screen.Add("Media", content.contents.directory);
-    screen.Add("Contents", loaded ? ContentsText(content.contents) : "unknown without a schedule");
+    screen.Add("Contents", loaded ? content.contents.directory + "; " + ContentsText(content.contents)
+                                  : content.contents.directory + "; unknown without a schedule");
 }
 
 void AddProgramme(const Report& report, Screen& screen)
@@ -68,22 +72,42 @@ void AddProgramme(const Report& report, Screen& screen)
     screen.Add("Next", now.next ? ChangeText(*now.next, ProgrammeAfter(report, *now.next)) : DescribeNext(now));
 }
 
+void AddList(const std::string& title, const std::vector<const std::vector<Diagnostic>*>& lists, Screen& screen)
+{
+    bool titled = false;
+    for (const std::vector<Diagnostic>* list : lists) {
+        for (const Diagnostic& diagnostic : *list) {
+            if (!titled) {
+                screen.AddPlain("");
+                screen.AddPlain(title);
+                titled = true;
+            }
+            screen.AddPlain("- " + diagnostic.message);
+        }
+    }
+}
+
 } // namespace
 
-std::string Render(const Report& report, const std::vector<Diagnostic>& reasons)
+std::string Render(const Report& report, const Verdict& verdict)
 {
     Screen screen;
-    screen.Add("Setting", SettingText(report.setting));
-    AddApplication(report, screen);
-    screen.Add("Popups", PopupsText(report.popups));
+    if (report.root.empty()) {
+        screen.Add("Setting", SettingText(report.setting));
+        AddApplication(report, screen);
+        screen.Add("Companion", LaunchText(report.launch));
+        screen.Add("Popups", PopupsText(report.popups));
+    } else {
+        screen.Add("Root", report.root + "; what runs on that TV is not known here");
+    }
     AddContent(report, screen);
     screen.Add("Clock", ClockText(report));
     AddProgramme(report, screen);
+    AddList("What stands in the way:", {&verdict.launch, &verdict.play}, screen);
+    AddList("What is not as written:", {&verdict.meaning}, screen);
+    AddList("Besides:", {&verdict.unknown, &verdict.remarks}, screen);
     screen.AddPlain("");
-    screen.AddPlain(reasons.empty() ? "Nothing stands in the way." : "What stands in the way:");
-    for (const Diagnostic& reason : reasons) {
-        screen.AddPlain("- " + reason.message);
-    }
+    screen.AddPlain(Sentence(report, verdict));
     return screen.Take();
 }
 

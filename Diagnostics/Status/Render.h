@@ -8,10 +8,10 @@
 
 namespace status {
 
-/// One screen of text, fit for a terminal.
-std::string Render(const Report& report, const std::vector<Diagnostic>& reasons);
+/// One screen of text, fit for a terminal. Its last line is the sentence of the verdict.
+std::string Render(const Report& report, const Verdict& verdict);
 
 /// One document of Docs/schemas/status.schema.json.
-std::string RenderJson(const Report& report, const std::vector<Diagnostic>& reasons);
+std::string RenderJson(const Report& report, const Verdict& verdict);
 
 } // namespace status

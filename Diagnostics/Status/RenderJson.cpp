@@ -43,9 +43,14 @@ Json ApplicationJson(const Report& report)
     Json json = {{"id", report.applicationId},
                  {"state", NameOf(application.state)},
                  {"display", TextOrNull(application.display)},
+                 {"display_found", application.displayFound},
+                 {"wayland", application.wayland},
                  {"problem", TextOrNull(application.problem)}};
     if (application.state == ApplicationStatus::State::kRunning) {
         json["pid"] = application.pid;
+        json["answers"] = application.answers;
+        json["stopped"] = application.stopped;
+        json["others"] = application.others;
         json["tool_keys"] = Json::array();
         for (const ToolKey& key : application.toolKeys) {
             json["tool_keys"].push_back({{"key", key.name}, {"state", NameOf(key.grab)}});
@@ -106,28 +111,67 @@ Json ProgrammeJson(const Report& report)
     return json;
 }
 
-Json VerdictJson(const std::vector<Diagnostic>& reasons)
+Json LaunchJson(const LaunchStatus& launch)
 {
-    Json json = {{"ready", reasons.empty()}, {"reasons", Json::array()}};
-    for (const Diagnostic& reason : reasons) {
-        json["reasons"].push_back({{"id", reason.id}, {"message", Utf8(reason.message)}});
+    return {{"state", NameOf(launch.state)},
+            {"companion", Utf8(launch.companion)},
+            {"entry", TextOrNull(launch.entry)},
+            {"program", TextOrNull(launch.program)},
+            {"problem", TextOrNull(launch.problem)}};
+}
+
+Json ListJson(const std::vector<Diagnostic>& diagnostics)
+{
+    Json json = Json::array();
+    for (const Diagnostic& diagnostic : diagnostics) {
+        json.push_back({{"id", diagnostic.id}, {"message", Utf8(diagnostic.message)}});
     }
     return json;
 }
 
+Json VerdictJson(const Report& report, const Verdict& verdict)
+{
+    std::vector<Diagnostic> reasons = verdict.launch;
+    reasons.insert(reasons.end(), verdict.play.begin(), verdict.play.end());
+    return {{"ready", verdict.NothingStandsInTheWay()}, {"reasons", ListJson(reasons)},
+            {"errors", ListJson(verdict.meaning)},      {"unknown", ListJson(verdict.unknown)},
+            {"remarks", ListJson(verdict.remarks)},     {"sentence", Utf8(Sentence(report, verdict))}};
+}
+
 } // namespace
 
-std::string RenderJson(const Report& report, const std::vector<Diagnostic>& reasons)
+std::string NameOf(LaunchStatus::State state)
 {
-    return RenderJsonDocument({{"setting", SettingJson(report.setting)},
-                               {"application", ApplicationJson(report)},
-                               {"popups", PopupsJson(report.popups)},
+    using State = LaunchStatus::State;
+    switch (state) {
+    case State::kReady:
+        return "ready";
+    case State::kNoEntry:
+        return "no-entry";
+    case State::kBadEntry:
+        return "unusable-entry";
+    case State::kNoProgram:
+        return "no-program";
+    case State::kUnknown:
+        break;
+    }
+    return "unknown";
+}
+
+std::string RenderJson(const Report& report, const Verdict& verdict)
+{
+    const bool here = report.root.empty();
+    return RenderJsonDocument({{"root", TextOrNull(report.root)},
+                               {"setting", here ? SettingJson(report.setting) : Json()},
+                               {"application", here ? ApplicationJson(report) : Json()},
+                               {"launch", here ? LaunchJson(report.launch) : Json()},
+                               {"popups", here ? PopupsJson(report.popups) : Json()},
                                {"constants", ConstantsJson(report.content.constants)},
                                {"schedule", ScheduleJson(report)},
                                {"contents", ContentsJson(report.content)},
                                {"clock", ClockJson(report)},
                                {"programme", ProgrammeJson(report)},
-                               {"verdict", VerdictJson(reasons)}});
+                               {"verdict", VerdictJson(report, verdict)}});
 }
 
 } // namespace status

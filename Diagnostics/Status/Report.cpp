@@ -6,17 +6,21 @@
 
 namespace status {
 
-Report Collect(const std::string& constants)
+Report Collect(const readiness::Places& places)
 {
     Report report;
     report.applicationId = desktop::kApplicationId;
-    report.setting = CollectSetting();
-    report.application = CollectApplication();
-    report.popups = CollectPopups();
+    report.root = places.root;
+    if (report.root.empty()) {
+        report.setting = CollectSetting();
+        report.application = CollectApplication();
+        report.launch = CollectLaunch();
+        report.popups = CollectPopups();
+    }
     report.clock = schedule::ReadClock();
     const char* zone = std::getenv("TZ");
     report.zoneVariable = zone != nullptr ? zone : "";
-    report.content = readiness::Check(constants, report.clock.now.day);
+    report.content = readiness::Check(places, report.clock.now.day);
     return report;
 }
 

@@ -1,6 +1,8 @@
 #include "Diagnostics/Status/Wording.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 #include "Diagnostics/Programme/ProgrammeText.h"
 #include "Diagnostics/Text/Words.h"
@@ -30,6 +32,18 @@ bool IsToolKey(const ApplicationStatus& application, const std::string& name)
                        [&](const ToolKey& key) { return key.name == name; });
 }
 
+/// Whether it is there and refuses, or is not there.
+std::string UnreachableHint(const std::string& display)
+{
+    const std::size_t end = display.find('.');
+    if (display.size() < 2 || display.front() != ':' || display.find('/') != std::string::npos) {
+        return "";
+    }
+    std::error_code error;
+    const bool there = std::filesystem::exists("/tmp/.X11-unix/X" + display.substr(1, end - 1), error);
+    return there ? ", which is there; ask as the user who is logged in there, or set XAUTHORITY" : "";
+}
+
 } // namespace
 
 std::string SettingText(const SettingStatus& setting)
@@ -42,7 +56,7 @@ std::string SettingText(const SettingStatus& setting)
         return state + "; nothing is stored in " + setting.file;
     }
     if (!IsStrange(setting)) {
-        return state + "; stored in " + setting.file;
+        return state; // nothing to look into
     }
     std::string value = setting.stored->substr(0, kLongestValue);
     value += value.size() < setting.stored->size() ? "..." : "";
@@ -56,20 +70,26 @@ std::string ApplicationText(const Report& report)
     const std::string display = "display " + Quoted(application.display);
     switch (application.state) {
     case State::kNoDisplay:
-        return "unknown: DISPLAY is not set";
+        return "unknown: DISPLAY is not set" + (application.problem.empty() ? "" : "; " + application.problem);
     case State::kUnreachable:
-        return "unknown: cannot open " + display;
+        return "unknown: cannot open " + display + UnreachableHint(application.display);
     case State::kSilent:
         return "unknown: " + display + " does not answer";
     case State::kNotAsked:
         return "unknown: cannot ask " + display + ": " + application.problem;
     case State::kNotRunning:
-        return report.applicationId + " does not run on " + display;
+        return report.applicationId + " does not run" + (application.display.empty() ? "" : " on " + display);
     case State::kRunning:
         break;
     }
-    return report.applicationId + " runs on " + display + " as process " + std::to_string(application.pid) +
-           " and holds " + Counted(application.heldKeys.size(), "key");
+    return report.applicationId + " runs on " + display + (application.displayFound ? ", its own," : "") +
+           " as process " + std::to_string(application.pid) + " and holds " +
+           Counted(application.heldKeys.size(), "key");
+}
+
+bool AreInOrder(const std::vector<ToolKey>& keys)
+{
+    return std::all_of(keys.begin(), keys.end(), [](const ToolKey& key) { return key.grab == GrabState::kHeld; });
 }
 
 std::string ToolKeyText(const ToolKey& key)
@@ -87,6 +107,13 @@ std::string ToolKeyText(const ToolKey& key)
         break;
     }
     return key.name + " is not on this keyboard; 'vqmctl remote press " + key.name + "' presses it";
+}
+
+std::string LaunchText(const LaunchStatus& launch)
+{
+    return launch.state == LaunchStatus::State::kReady ? launch.program
+           : launch.problem.empty()                    ? "unknown"
+                                                       : launch.problem;
 }
 
 std::string OtherFailedKeys(const ApplicationStatus& application)
@@ -122,6 +149,9 @@ std::string PopupsText(const PopupStatus& popups)
 
 std::string ConstantsText(const readiness::Constants& constants)
 {
+    if (constants.state == readiness::DocumentState::kNotNeeded) {
+        return "not needed: the schedule is given";
+    }
     const std::string* const name = constants.ScheduleFile();
     const bool loaded = constants.state == readiness::DocumentState::kLoaded;
     std::string text = constants.path + (loaded ? "" : " " + constants.problem);
@@ -137,8 +167,7 @@ std::string ScheduleText(const Report& report)
 {
     const readiness::Schedule& schedule = report.content.schedule;
     if (schedule.state == readiness::DocumentState::kLoaded) {
-        return schedule.path + "; parsed; expiration " +
-               schedule::DescribeExpiration(schedule.policy, report.clock.now.day);
+        return schedule.path + "; expiration " + schedule::DescribeExpiration(schedule.policy, report.clock.now.day);
     }
     return schedule.path == schedule.directory ? "unknown: nothing names it" : schedule.path + " " + schedule.problem;
 }

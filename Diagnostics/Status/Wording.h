@@ -10,10 +10,16 @@ namespace status {
 
 std::string SettingText(const SettingStatus& setting);
 
-/// "unknown: DISPLAY is not set", "org.example runs on display ':0' as process 12 and holds 5 keys".
+/// "unknown: DISPLAY is not set; ...", "org.example runs on display ':0' as process 12 and holds 5 keys".
 std::string ApplicationText(const Report& report);
 
+/// All of them are held: not worth a line each.
+bool AreInOrder(const std::vector<ToolKey>& keys);
+
 std::string ToolKeyText(const ToolKey& key);
+
+/// The program that a tool key starts, or why there is none.
+std::string LaunchText(const LaunchStatus& launch);
 
 /// Those of the failed keys that are no tool keys: "X, Y".
 std::string OtherFailedKeys(const ApplicationStatus& application);
@@ -23,7 +29,7 @@ std::string PopupsText(const PopupStatus& popups);
 /// "/a/constants.xml; names 'schedule.xml'"
 std::string ConstantsText(const readiness::Constants& constants);
 
-/// "/a/schedule.xml; parsed; expiration 2030-12-31"
+/// "/a/schedule.xml; expiration 2030-12-31"
 std::string ScheduleText(const Report& report);
 
 /// "2 of 3 contents there"

@@ -21,7 +21,7 @@ _vqmctl() {
     fi
     for ((i = 1; i < COMP_CWORD; i++)); do
         case ${COMP_WORDS[i]} in
-        --at|--constants|--file|--format|--hold|--ignore|--times|--wait) ((++i)); continue ;;
+        --at|--constants|--file|--format|--hold|--ignore|--media|--root|--schedule|--times|--wait) ((++i)); continue ;;
         esac
         case "${command:+$command }${COMP_WORDS[i]}" in
         'setting'|'setting get'|'setting on'|'setting off'|'setting watch'|'remote'|'remote keys'|'remote press'|'schedule'|'schedule show'|'schedule at'|'schedule lint'|'status'|'check'|'constants'|'constants get'|'constants list') command="${command:+$command }${COMP_WORDS[i]}" ;;
@@ -31,12 +31,26 @@ _vqmctl() {
     'remote press --times') :; return ;;
     'remote press --hold') :; return ;;
     'remote press --wait') :; return ;;
+    'schedule show --root') _vqmctl_files '*'; return ;;
+    'schedule show --constants') _vqmctl_files '!*.xml'; return ;;
+    'schedule at --root') _vqmctl_files '*'; return ;;
+    'schedule at --constants') _vqmctl_files '!*.xml'; return ;;
+    'schedule lint --root') _vqmctl_files '*'; return ;;
+    'schedule lint --constants') _vqmctl_files '!*.xml'; return ;;
     'schedule lint --format') _vqmctl_words "human oneline json"; return ;;
     'schedule lint --ignore') _vqmctl_words "not-well-formed unreadable-encoding text-after-nul too-large doctype state-missing state-not-first state-not-ok no-schedule no-items unknown-element misspelt-element misplaced-element repeated-element unknown-attribute misspelt-attribute missing-attribute attribute-beyond-slots schedule-in-schedule item-outside-schedule item-in-item child-outside-item missing-child repeated-child element-in-text format-before-name stray-text time-malformed time-without-seconds time-not-digits time-out-of-range time-after-midnight hour-24 time-style start-not-before-end overlapping-periods date-not-year-month-day impossible-date date-style expired number-not-digits number-wraps negative-number size-in-pieces size-zero item-count-mismatch total-size-mismatch empty-name empty-format white-space-in-name blank-in-name path-separator-in-name dot-in-format extension-twice duplicate-id duplicate-order duplicate-file not-an-address empty-address not-a-subnet-mask gateway-outside-subnet master-not-own-address is-master-value"; return ;;
     'schedule lint --at') :; return ;;
+    'status --root') _vqmctl_files '*'; return ;;
     'status --constants') _vqmctl_files '!*.xml'; return ;;
+    'status --schedule') _vqmctl_files '!*.xml'; return ;;
+    'status --media') _vqmctl_files '*'; return ;;
+    'check --root') _vqmctl_files '*'; return ;;
     'check --constants') _vqmctl_files '!*.xml'; return ;;
+    'check --schedule') _vqmctl_files '!*.xml'; return ;;
+    'check --media') _vqmctl_files '*'; return ;;
+    'constants get --root') _vqmctl_files '*'; return ;;
     'constants get --file') _vqmctl_files '!*.xml'; return ;;
+    'constants list --root') _vqmctl_files '*'; return ;;
     'constants list --file') _vqmctl_files '!*.xml'; return ;;
     esac
     if [[ $current == -* ]]; then
@@ -51,14 +65,14 @@ _vqmctl() {
         'remote keys') _vqmctl_words "-h --help -v --verbose --keyboard" ;;
         'remote press') _vqmctl_words "-h --help -v --verbose --times --hold --wait --anyway" ;;
         'schedule') _vqmctl_words "-h --help -v --verbose" ;;
-        'schedule show') _vqmctl_words "-h --help -v --verbose --json" ;;
-        'schedule at') _vqmctl_words "-h --help -v --verbose --json" ;;
-        'schedule lint') _vqmctl_words "-h --help -v --verbose --format --strict --ignore --at" ;;
-        'status') _vqmctl_words "-h --help -v --verbose --constants --json" ;;
-        'check') _vqmctl_words "-h --help -v --verbose --constants --json --watch" ;;
+        'schedule show') _vqmctl_words "-h --help -v --verbose --root --constants --json" ;;
+        'schedule at') _vqmctl_words "-h --help -v --verbose --root --constants --json" ;;
+        'schedule lint') _vqmctl_words "-h --help -v --verbose --root --constants --format --strict --ignore --at" ;;
+        'status') _vqmctl_words "-h --help -v --verbose --root --constants --schedule --media --json --quiet" ;;
+        'check') _vqmctl_words "-h --help -v --verbose --root --constants --schedule --media --json --watch" ;;
         'constants') _vqmctl_words "-h --help -v --verbose" ;;
-        'constants get') _vqmctl_words "-h --help -v --verbose --file --json" ;;
-        'constants list') _vqmctl_words "-h --help -v --verbose --file --json" ;;
+        'constants get') _vqmctl_words "-h --help -v --verbose --root --file --json" ;;
+        'constants list') _vqmctl_words "-h --help -v --verbose --root --file --json" ;;
         esac
         return
     fi

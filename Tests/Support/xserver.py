@@ -8,12 +8,12 @@ from pathlib import Path
 class XServer:
     """An Xvfb on a free display; `display` is its name. Stop it when done."""
 
-    def __init__(self, log, width=1920, height=1080, options=()):
+    def __init__(self, log, width=1920, height=1080, options=(), program="Xvfb"):
         self.log = Path(log)
         read_end, write_end = os.pipe()
         with open(self.log, "wb") as output:
             self.process = subprocess.Popen(
-                ["Xvfb", "-displayfd", str(write_end), "-noreset", "-screen", "0", f"{width}x{height}x24", *options],
+                [program, "-displayfd", str(write_end), "-noreset", "-screen", "0", f"{width}x{height}x24", *options],
                 pass_fds=[write_end], stdin=subprocess.DEVNULL, stderr=output, start_new_session=True,
             )
         os.close(write_end)

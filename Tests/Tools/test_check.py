@@ -13,8 +13,22 @@ from home import BUILD, PATIENCE
 from shop import MEDIA, RECH, RES, Shop, validated
 
 SCHEDULE = f"{RECH}/schedule.xml"
-READY = "ready: schedule there, 3 of 3 items complete\n"
-NO_SCHEDULE = "not ready: there is no readable schedule\n"
+
+
+def summary(outcome, rest, verdict):
+    return f"summary:   {outcome}{rest}\nthe TV: {verdict}\n"
+
+
+def ready(items, outcome="it will play what was meant"):
+    return summary(outcome, f"; {items}", "ready")
+
+
+def not_ready(items):
+    return summary("it will not play", f"; {items}", "not ready")
+
+
+READY = ready("3 of 3 items complete")
+NO_SCHEDULE = summary("it will not play", ": there is no readable schedule", "not ready")
 # As the person at the TV, who may not read everything.
 PLAIN_USER = "setpriv --inh-caps=-dac_override,-dac_read_search --bounding-set=-dac_override,-dac_read_search"
 
@@ -55,8 +69,11 @@ def test_a_ready_set_as_json(shop):
         "schedule": {"directory": f"{RECH}/", "path": SCHEDULE, "state": "loaded", "problem": None, "periods": 2,
                      "items": 3, "item_count": 3, "bytes": 1075843072, "total_size": 1075843072, "state_is_ok": True,
                      "expiration": "2030-12-31", "expiry": "valid"},
-        "contents": {"directory": f"{MEDIA}/", "directory_present": True, "complete": 3, "bytes_to_copy": 0},
+        "contents": {"directory": f"{MEDIA}/", "directory_present": True, "closed_directory": None,
+                     "complete": 3, "bytes_to_copy": 0},
+        "lint": {"errors": 0, "warnings": 0, "notes": 0},
         "diagnostics": [],
+        "outcome": "as-meant",
     }
     assert files[2] == {"period": 2, "name": "evening.mp4", "path": f"{MEDIA}/evening.mp4", "kind": "file",
                         "announced": 1073740800, "size": 1073740800, "size_matches": True, "readable": True,
@@ -88,6 +105,7 @@ DIRECTORY = (f"problem: without a name for the schedule the TV looks for the dir
              "schedule [schedule-is-directory]")
 CONSTANTS = f"the constants file '{RES}/constants.xml'"
 UNNAMED = "; without it the TV knows no name of a schedule"
+EMPTY = summary("it will not play", ": no file is named", "ready")
 FIVE = "truncate -s 5 $media/a.mp4; "
 
 FAULTS = {
@@ -143,69 +161,84 @@ FAULTS = {
         "problem: 'intro.mp4' is missing; the schedule announces 1048576 bytes [file-missing]",
         "problem: 'logo.jpg' is missing; the schedule announces 1053696 bytes [file-missing]",
         "problem: 'evening.mp4' is missing; the schedule announces 1073740800 bytes [file-missing]") +
-        "not ready: schedule there, 0 of 3 items complete; the TV looks no further than 'intro.mp4'\n"),
+        not_ready("0 of 3 items complete; the TV looks no further than 'intro.mp4'")),
     "another case, and half a file": ("mv $media/logo.jpg $media/Logo.JPG; truncate -s 536870400 $media/evening.mp4", 1,
         lines("problem: 'logo.jpg' is missing; the schedule announces 1053696 bytes; 'Logo.JPG' is there, but upper and "
               "lower case count [file-missing]",
               "problem: 'evening.mp4' has 536870400 bytes; the schedule announces 1073740800 [file-size]") +
-        "not ready: schedule there, 1 of 3 items complete; the TV looks no further than 'logo.jpg'\n"),
+        not_ready("1 of 3 items complete; the TV looks no further than 'logo.jpg'")),
     "a file that is too long": ("echo >>$media/intro.mp4", 1, lines(
         "problem: 'intro.mp4' has 1048577 bytes; the schedule announces 1048576 [file-size]") +
-        "not ready: schedule there, 2 of 3 items complete\n"),
+        not_ready("2 of 3 items complete")),
     "a dangling link": ("ln -sf /mnt/gone $media/intro.mp4", 1, lines(
         "problem: 'intro.mp4' is missing: it is a link to '/mnt/gone', which is not there; the schedule announces "
         "1048576 bytes [file-missing]") +
-        "not ready: schedule there, 2 of 3 items complete\n"),
+        not_ready("2 of 3 items complete")),
     "a link that goes in circles": ("ln -sf intro.mp4 $media/intro.mp4", 1, lines(
         "problem: 'intro.mp4' cannot be examined: Too many levels of symbolic links; it counts as 0 bytes, the schedule "
         "announces 1048576 [file-not-examined]") +
-        "not ready: schedule there, 2 of 3 items complete\n"),
+        not_ready("2 of 3 items complete")),
     "a directory for a file": ("rm $media/intro.mp4; mkdir $media/intro.mp4", 1, lines(
         "problem: 'intro.mp4' is a directory; the schedule announces 1048576 bytes [file-of-another-kind]") +
-        "not ready: schedule there, 2 of 3 items complete\n"),
+        not_ready("2 of 3 items complete")),
+    "a media directory that may not be entered": ("chmod 0 /opt/data", 1, lines(
+        "problem: you may not enter the directory '/opt/data'; whether the application may is not known: ask as the user "
+        "that it runs as, or as root [media-directory-closed]") +
+        not_ready("0 of 3 items complete; the TV looks no further than 'intro.mp4'")),
     "a pipe for a file": ("rm $media/intro.mp4; mkfifo $media/intro.mp4", 1, lines(
         "problem: 'intro.mp4' is a pipe; the schedule announces 1048576 bytes [file-of-another-kind]") +
-        "not ready: schedule there, 2 of 3 items complete\n"),
+        not_ready("2 of 3 items complete")),
     "a name that is too long": (store(schedule(item("n" * 300))), 1, lines(
         f"problem: '{'n' * 300}.mp4' cannot be examined: File name too long; it counts as 0 bytes, the schedule "
-        "announces 5 [file-not-examined]") + "not ready: schedule there, 0 of 1 item complete\n"),
+        "announces 5 [file-not-examined]") + not_ready("0 of 1 item complete")),
     "a name with a line break": (store(schedule(item("in\ntro"))), 1, lines(
         "problem: 'in\\x0atro.mp4' is missing; the schedule announces 5 bytes [file-missing]") +
-        "not ready: schedule there, 0 of 1 item complete\n"),
+        not_ready("0 of 1 item complete")),
     "the same file twice": (store(schedule(item("a") + item("a"))), 1, lines(
         "problem: 'a.mp4' is missing; the schedule announces 5 bytes [file-missing]") +
-        "not ready: schedule there, 0 of 2 items complete; the TV looks no further than 'a.mp4'\n"),
+        not_ready("0 of 2 items complete; the TV looks no further than 'a.mp4'")),
     "more than the disk has room for": (store(schedule(item("a", 2**63) + item("b", 2**63))), 1, lines(
         "problem: 'a.mp4' is missing; the schedule announces 9223372036854775808 bytes [file-missing]",
         "problem: 'b.mp4' is missing; the schedule announces 9223372036854775808 bytes [file-missing]",
         "note: 18.4 EB are to be copied, and the disk has room for ROOM [disk-full]") +
-        "not ready: schedule there, 0 of 2 items complete; the TV looks no further than 'a.mp4'\n"),
+        not_ready("0 of 2 items complete; the TV looks no further than 'a.mp4'")),
     "an absent file of no bytes": (store(schedule(item("a", 0))), 0, lines(
         "note: 'a.mp4' is announced with 0 bytes: it counts as present, although it is missing [size-0]") +
-        "ready: schedule there, 1 of 1 item complete\n"),
+        ready("1 of 1 item complete")),
     "a pipe for a file of no bytes": ("mkfifo $media/a.mp4; " + store(schedule(item("a", 0))), 0, lines(
         "note: 'a.mp4' is a pipe; it counts, for its size is the announced one [file-of-another-kind]") +
-        "ready: schedule there, 1 of 1 item complete\n"),
+        ready("1 of 1 item complete")),
     "a file that cannot be read": ("chmod 0 $media/intro.mp4", 0, lines(
         "note: 'intro.mp4' has its size, but cannot be read here: Permission denied; the check does not try to "
         "[file-unreadable]") + READY),
     "expired": (FIVE + store(schedule(item("a"), "<project expiration='2020-12-31'/>")), 0, lines(
         "note: the schedule has expired on 2020-12-31; the check does not look at the date [expired]") +
-        "ready: schedule there, 1 of 1 item complete\n"),
-    "an expiration that is no day": (FIVE + store(schedule(item("a"), "<project expiration='2020-13-31'/>")), 0, lines(
+        ready("1 of 1 item complete")),
+    "an expiration that is no day": (FIVE + store(schedule(item("a"), "<project expiration='2020-13-31'/>")), 1, lines(
         "note: the schedule expires on 2020-13-31, which is not a day; the check does not look at it [expiration-no-day]") +
-        "ready: schedule there, 1 of 1 item complete\n"),
-    "a state that is not ok": (FIVE + store(schedule(item("a"), state="fail")), 0, lines(
+        ready("1 of 1 item complete")),
+    "a state that is not ok": (FIVE + store(schedule(item("a"), state="fail")), 1, lines(
         "note: the schedule's state is not \"ok\"; the check does not ask for it [state-not-ok]") +
-        "ready: schedule there, 1 of 1 item complete\n"),
+        ready("1 of 1 item complete")),
     "other totals": (FIVE + store(schedule(item("a"), "<project item_count='2' total_size='6'/>")), 0, lines(
         "note: item_count is 2, but there is 1 item; the check goes by the items [item-count]",
         "note: total_size is 6, but the items' sizes add up to 5; the check goes by the items [total-size]") +
-        "ready: schedule there, 1 of 1 item complete\n"),
-    "no items": (store(schedule("")), 0, lines(
-        "note: the schedule names no file: nothing is missing, and nothing plays [no-files]") +
-        "ready: schedule there, it names no file\n"),
+        ready("1 of 1 item complete")),
+    "no items": (store(schedule("")), 1, lines(
+        "problem: the schedule names no file: nothing is missing, and nothing plays [no-files]") + EMPTY),
+    "an HTML page": (store("<html><body>404 Not Found</body></html>"), 1, lines(
+        f"problem: the file '{SCHEDULE}' is an HTML page; copy the schedule document in its place [not-a-schedule]") +
+        EMPTY),
+    "a document without rsp": (FIVE + store(schedule(item("a")).replace("rsp", "policy")), 1, lines(
+        f"problem: the file '{SCHEDULE}' has no element rsp; copy the schedule document in its place [not-a-schedule]") +
+        summary("it will not play", "; 1 of 1 item complete", "ready")),
 }
+
+
+def without_lint(text):
+    """What the check itself says. Most of these documents are too short for the linter."""
+    text = re.sub(r"^(error|lint): .*\n", "", text, flags=re.MULTILINE)
+    return re.sub("it will play, but (perhaps )?not what was meant", "it will play what was meant", text)
 
 
 @pytest.mark.parametrize("fault", FAULTS)
@@ -217,9 +250,12 @@ def test_each_fault_is_explained_and_the_verdict_is_the_librarys(shop, tmp_path,
         DLOG_LEVEL=silent {PLAIN_USER} {BUILD}/bin/example_content_check >$out/library; echo code $?""")
     shown = re.sub(r"room for [0-9.]+ [kMGTPE]?B", "room for ROOM", result.stdout.decode())
     assert result.stderr == b""
-    assert shown.partition("media: ")[2].partition("\n")[2] == expected + 3 * f"code {code}\n"
+    library = 0 if "the TV: ready" in expected else 1
+    assert without_lint(shown.partition("media: ")[2].partition("\n")[2]) == (
+        expected + 2 * f"code {code}\n" + f"code {library}\n")
     diagnostics = check_json((tmp_path / "json").read_bytes())["diagnostics"]
-    assert [(diagnostic["id"], diagnostic["blocking"]) for diagnostic in diagnostics] == [
+    assert [(diagnostic["id"], diagnostic["blocking"]) for diagnostic in diagnostics
+            if diagnostic["blocking"] or diagnostic["severity"] == "note"] == [
         (line.rpartition("[")[2][:-1], line.startswith("problem"))
         for line in expected.splitlines() if line.endswith("]")]
 
@@ -229,7 +265,7 @@ def test_each_fault_is_explained_and_the_verdict_is_the_librarys(shop, tmp_path,
      f"the schedule '{SCHEDULE}' is a pipe, where reading waits for a writer"),
     ("truncate -s 3G $rech/schedule.xml",
      f"the schedule '{SCHEDULE}' is larger than the 2147483647 bytes that can be parsed"),
-    ("chmod 0 $rech", f"the schedule '{SCHEDULE}' cannot be examined: Permission denied"),
+    ("chmod 0 $rech", f"the schedule '{SCHEDULE}' cannot be examined: Permission denied; you may not enter '{RECH}'"),
 ])
 def test_a_check_that_cannot_run_is_no_verdict(shop, tmp_path, prepare, problem):
     result = shop.run(f"""{prepare}
@@ -238,7 +274,8 @@ def test_a_check_that_cannot_run_is_no_verdict(shop, tmp_path, prepare, problem)
         {PLAIN_USER} {BUILD}/bin/vqmctl check --json >$out/json; echo code $?""")
     assert result.stderr == b""
     assert result.stdout.decode().partition("media: ")[2].partition("\n")[2] == (
-        f"problem: the check did not run: {problem} [not-checked]\nnot checked: {problem}\ncode 3\ncode 3\n")
+        f"problem: the check did not run: {problem} [not-checked]\n" +
+        summary("it is not known whether it will play", f": {problem}", "not checked") + "code 3\ncode 3\n")
     verdict = check_json((tmp_path / "json").read_bytes())["verdict"]
     assert verdict == {"ready": False, "ran": False, "problem": problem, "schedule": False, "contents": False}
 
@@ -248,6 +285,113 @@ def test_constants_in_a_pipe_are_not_waited_for(shop):
     assert result.returncode == 1
     assert (f"problem: {CONSTANTS} is a pipe, where reading waits for a writer{UNNAMED} [constants-unreadable]\n".encode()
             in result.stdout)
+
+
+@pytest.mark.parametrize("mode, closed, path", [
+    ("0", "$media", MEDIA), ("750", "/opt/data", "/opt/data"), ("700", "$res", RES), ("400", "$rech/schedule.xml", SCHEDULE),
+    ("640", "$res/constants.xml", f"{RES}/constants.xml"),
+])
+@pytest.mark.parametrize("option", ["", "--root /proc/self/root"])
+def test_what_holds_for_root_alone_is_said_to(shop, mode, closed, path, option):
+    result = shop.run(f"chmod {mode} {closed}; vqmctl check {option}")
+    root = "/proc/self/root" if option else ""
+    assert result.stdout.decode().partition("media: ")[2].partition("\n")[2] == lines(
+        f"note: this is root's answer: '{root}{path}' is closed to other users, and the application may be one of them "
+        "[only-for-root]") + READY
+
+
+LINTED = {
+    "an error": ("start_time=.18:30:00/start_time=\"18:30", 1, "it will play, but not what was meant", lines(
+        "error: line 9, column 25: start_time '18:30' has no seconds; the TV reads 18:03:00 [time-without-seconds]",
+        "lint:      1 error in the schedule; see 'vqmctl schedule lint'"), "not-as-meant"),
+    "a warning": ("2030-12-31/2020-12-31", 0, "it will play, but perhaps not what was meant", lines(
+        "note: the schedule has expired on 2020-12-31; the check does not look at the date [expired]",
+        "lint:      1 warning in the schedule; see 'vqmctl schedule lint'"), "perhaps-not-as-meant"),
+}
+
+
+@pytest.mark.parametrize("fault", LINTED)
+def test_what_the_linter_finds_is_part_of_the_answer_and_not_of_the_librarys_verdict(shop, fault):
+    change, code, outcome, expected, name = LINTED[fault]
+    result = shop.run(f"sed -i 's/{change}/' $rech/schedule.xml; "
+                      "vqmctl check; echo code $?; vqmctl check --json; echo code $?")
+    assert result.stderr == b""
+    shown, _, rest = result.stdout.decode().partition("code ")
+    assert shown.partition("media: ")[2].partition("\n")[2] == expected + ready("3 of 3 items complete", outcome)
+    document = check_json(rest[rest.index("{"):rest.rindex("}") + 1])
+    assert document["verdict"]["ready"]
+    assert document["outcome"] == name
+    assert rest.startswith(f"{code}\n") and f"}}\ncode {code}\n" in rest
+
+
+def test_the_librarys_verdict_stands_alone_in_the_last_line(shop):
+    for prepare, verdict in (("true", "ready"), ("rm $media/intro.mp4", "not ready"), ("chmod 0 $rech", "not checked")):
+        shown = shop.run(f"{prepare}; {PLAIN_USER} {BUILD}/bin/vqmctl check").stdout.decode()
+        assert shown.splitlines()[-1] == f"the TV: {verdict}"
+
+
+TREES = {
+    "a copy": "cp -a /opt $out/tv/opt",
+    "absolute links, which lead inside": "cp -a /opt $out/tv/opt; mv $out/tv$media $out/tv/films; "
+                                         "ln -s /films $out/tv$media; mv $out/tv$rech/schedule.xml $out/tv/plan; "
+                                         "ln -s /opt/../../plan $out/tv$rech/schedule.xml",
+}
+
+
+@pytest.mark.parametrize("tree", TREES)
+def test_a_tree_below_a_root_is_checked_as_the_tv_would(shop, tree):
+    result = shop.run(f"""mkdir $out/tv; {TREES[tree]}; vqmctl check >$out/own; rm -r /opt/usr /opt/data
+        vqmctl check --root $out/tv/ | sed "s|$out/tv/|/|g" >$out/below
+        sed -i "s/[0-9.]* .B free/SPACE/" $out/own $out/below; diff $out/own $out/below && echo same
+        vqmctl schedule lint --root $out/tv && vqmctl schedule at 10:00 --root $out/tv | grep -c intro.mp4
+        vqmctl schedule show --root $out/tv | grep -c period; vqmctl constants get ScheduleFile --root $out/tv""")
+    assert (result.stdout, result.stderr) == (b"same\n1\n3\nschedule.xml\n", b"")
+
+
+@pytest.mark.parametrize("prepare", [
+    ":", "rm $media/intro.mp4", "rm $res/constants.xml", "chmod 0 $rech", "chmod 0 $rech/schedule.xml",
+    "rm $rech/schedule.xml; mkfifo $rech/schedule.xml", "rm $rech/schedule.xml; mkdir $rech/schedule.xml",
+    "truncate -s 100 $rech/schedule.xml", "chmod 0 $media", store("<rsp/>"),
+])
+def test_below_a_root_the_verdict_is_the_librarys_too(shop, prepare):
+    """The root is the machine's own by another name, so that both look at the same files."""
+    result = shop.run(f"""{prepare}
+        {PLAIN_USER} {BUILD}/bin/vqmctl check --json >$out/own; echo $? >$out/code
+        {PLAIN_USER} {BUILD}/bin/vqmctl check --json --root /proc/self/root | sed 's|/proc/self/root/|/|g' >$out/below
+        diff $out/own $out/below && echo same""")
+    assert result.stdout == b"same\n"
+
+
+def test_a_stick_is_checked_before_it_is_plugged_in(shop):
+    result = shop.run("""mkdir $out/stick; mv $media/* $rech/schedule.xml $out/stick; rm -r $res; cd $out/stick
+        vqmctl check --schedule schedule.xml --media .; echo code $?; rm logo.jpg
+        vqmctl check --schedule $out/stick/schedule.xml --media $out/stick/; echo code $?""")
+    first, second = re.findall(r"(.*?)code (\d)\n", result.stdout.decode(), re.DOTALL)
+    assert first[1] == "0" and first[0].startswith("constants: not needed: the schedule is given\nschedule:  ./schedule.xml (")
+    assert first[0].endswith(READY)
+    assert second[1] == "1" and second[0].endswith(not_ready("2 of 3 items complete"))
+
+
+@pytest.mark.parametrize("arguments, code, complaint", [
+    ("check --root /nowhere", 3, "cannot look below '/nowhere': No such file or directory"),
+    ("check --root /etc/passwd", 3, "cannot look below '/etc/passwd': it is not a directory"),
+    ("check --schedule a --constants b", 2,
+     "--constants only names the schedule, and --schedule does already; expected one of the two"),
+    ("schedule lint --root / $rech/schedule.xml", 2, f"--root and --constants say where the TV's own schedule is, but "
+     f"'{SCHEDULE}' was named; expected one of the two"),
+])
+def test_places_that_make_no_sense_are_refused(shop, arguments, code, complaint):
+    result = shop.run(f"vqmctl {arguments}")
+    assert (result.returncode, result.stdout, result.stderr.decode()) == (code, b"", f"vqmctl: {complaint}\n")
+
+
+def test_without_a_name_the_tvs_own_schedule_is_meant(shop):
+    result = shop.run("""vqmctl schedule lint && vqmctl schedule show | grep -c period; vqmctl schedule at 18:45 | grep evening
+        vqmctl schedule at | grep -c ^time; rm $res/constants.xml; vqmctl schedule lint""")
+    assert result.returncode == 3
+    assert result.stdout == b"3\n         1  evening.mp4\n1\n"
+    assert result.stderr.decode() == (
+        f"vqmctl: the TV's own schedule is not known: {CONSTANTS} is missing; name a document\n")
 
 
 def test_the_constants_may_lie_elsewhere(shop):
@@ -284,9 +428,9 @@ with open('{SCHEDULE}', 'w') as file:
 END
         exec vqmctl check""")
     assert result.returncode == 1
-    assert result.stdout.endswith(
-        b"problem: '99999.mp4' is missing; the schedule announces 5 bytes [file-missing]\n"
-        b"not ready: schedule there, 99999 of 100000 items complete\n")
+    assert without_lint(result.stdout.decode()).endswith(
+        "problem: '99999.mp4' is missing; the schedule announces 5 bytes [file-missing]\n"
+        + not_ready("99999 of 100000 items complete"))
 
 
 @pytest.mark.parametrize("options", ["", "--json"])
@@ -368,13 +512,13 @@ def test_watch_prints_each_changed_verdict(shop):
 
 def test_watch_shows_whole_reports_to_people(shop):
     watched = Watched(shop, "")
-    first = [watched.shell.stdout.readline() for _ in range(4)]
-    assert first[3] == READY
+    first = [watched.shell.stdout.readline() for _ in range(5)]
+    assert first[3] + first[4] == READY
     watched.do("rm $media/logo.jpg")
-    second = [watched.shell.stdout.readline() for _ in range(6)]
+    second = [watched.shell.stdout.readline() for _ in range(7)]
     assert second[0] == "\n"
     assert second[4].startswith("problem: 'logo.jpg' is missing")
-    assert second[5] == "not ready: schedule there, 2 of 3 items complete\n"
+    assert second[5] + second[6] == not_ready("2 of 3 items complete")
     assert watched.end("INT") == ""
 
 

@@ -98,7 +98,6 @@ def test_the_day_can_be_given(lint):
         (["--format", "jsno", "good.xml"], "format 'jsno' is unknown; did you mean json?"),
         (["--format", "x", "good.xml"], "format 'x' is unknown; expected human, oneline or json"),
         (["--at", "2026-02-30", "good.xml"], "--at '2026-02-30' is no day; expected year-month-day"),
-        ([], "file is missing; see 'vqmctl schedule lint --help'"),
     ],
 )
 def test_what_is_not_understood_is_usage(lint, arguments, complaint):

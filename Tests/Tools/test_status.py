@@ -4,7 +4,9 @@ import contextlib
 import datetime
 import json
 import os
+import re
 import shlex
+import shutil
 import signal
 import socket
 import subprocess
@@ -17,6 +19,7 @@ from desktop import APP_ID, BUILD, PATIENCE, SETTING_KEY, TOOL_KEYS, Keyboard, n
 from home import ROOT
 from notifications import Service, set_paused, start_dunst
 from sandbox import sandboxed
+from xserver import XServer
 
 VQMCTL = BUILD / "bin/vqmctl"
 SCHEMA = json.loads((ROOT / "Docs/schemas/status.schema.json").read_text())
@@ -50,8 +53,13 @@ def status(desktop, *arguments, **options):
     assert completed.stderr == ""
     document = json.loads(completed.stdout)
     jsonschema.Draft202012Validator(SCHEMA).validate(document)
-    assert completed.returncode == (0 if document["verdict"]["ready"] else 1)
+    verdict = document["verdict"]
+    assert completed.returncode == (0 if verdict["ready"] and not verdict["errors"] else 1)
     return document
+
+
+def ids(document, name):
+    return [reason["id"] for reason in document["verdict"][name]]
 
 
 def reasons(document):
@@ -63,10 +71,17 @@ def running():
     """A desktop on which all is well: the setting is on, the application holds the tool keys."""
     desktop = new_desktop()
     Keyboard(desktop).add(*TOOL_KEYS.values())
+    desktop.install_companion("exit 0")
     desktop.switch_on()
     desktop.application = desktop.start_application()
     yield desktop
     desktop.close()
+
+
+@pytest.fixture
+def desktop(desktop):
+    desktop.install_companion("exit 0")
+    return desktop
 
 
 def test_the_schema_is_one():
@@ -75,7 +90,8 @@ def test_the_schema_is_one():
 
 def test_a_set_in_order(running):
     document = status(running)
-    assert document["verdict"] == {"ready": True, "reasons": []}
+    assert document["verdict"] == {"ready": True, "reasons": [], "errors": [], "unknown": [], "remarks": [],
+                                   "sentence": "It will launch and play."}
     assert document["setting"] == {
         "enabled": True, "file": str(running.settings / SETTING_KEY), "stored": "1", "valid": True, "problem": None}
     application = document["application"]
@@ -99,21 +115,18 @@ def test_the_screen_of_a_set_in_order(running):
     keys = len(status(running)["application"]["held_keys"])
     clock = [line for line in lines if line.startswith("Clock")]
     assert [line for line in lines if line not in clock] == [
-        f"Setting      on; stored in {running.settings / SETTING_KEY}",
+        "Setting      on",
         f"Application  {APP_ID} runs on display '{running.display_name}' as process {running.application.pid}"
-        f" and holds {keys} keys",
-        "             XF86SimpleMenu is held",
-        "             XF86More is held",
+        f" and holds {keys} keys, the tool keys among them",
+        f"Companion    {status(running)['launch']['program']}",
         "Popups       unknown: no session bus",
         f"Constants    {CONSTANTS}; names 'schedule.xml'",
-        f"Schedules    {RECH}/",
-        f"Schedule     {RECH}/schedule.xml; parsed; expiration 2030-12-31",
-        f"Media        {MEDIA}/",
-        "Contents     3 of 3 contents there",
+        f"Schedule     {RECH}/schedule.xml; expiration 2030-12-31",
+        f"Contents     {MEDIA}/; 3 of 3 contents there",
         "Now          09:00:00 to 18:30:00: intro.mp4, logo.jpg",
         "Next         18:30:00: evening.mp4",
         "",
-        "Nothing stands in the way.",
+        "It will launch and play.",
     ]
     assert len(clock) == 1
 
@@ -127,9 +140,9 @@ def test_the_screen_of_a_set_in_order(running):
     (f"rm {RECH}/schedule.xml; mkdir {RECH}/schedule.xml", ["schedule-unreadable"], "is a directory"),
     (f"rm {RECH}/schedule.xml; mkfifo {RECH}/schedule.xml", ["not-checked"], "is a pipe"),
     (f"rm {CONSTANTS}", ["constants-missing", "schedule-is-directory"], f"'{CONSTANTS}' is missing"),
-    (f"sed -i s/2030/2020/ {RECH}/schedule.xml", ["expired"], "2020-12-31"),
     (f"sed -i s/09:00:00/13:30:00/ {RECH}/schedule.xml", ["nothing-scheduled"], "nothing is scheduled now"),
-    (f"printf '<rsp/>' >{RECH}/schedule.xml", ["nothing-scheduled"], "the schedule has no periods"),
+    (f"printf '<rsp/>' >{RECH}/schedule.xml", ["no-files", "nothing-scheduled"], "the schedule names no file"),
+    (f"printf '<html/>' >{RECH}/schedule.xml", ["not-a-schedule", "nothing-scheduled"], "is an HTML page"),
 ])
 def test_what_is_wrong_with_the_content_stands_in_the_way(running, prepare, expected, text):
     document = status(running, prepare=prepare)
@@ -137,8 +150,33 @@ def test_what_is_wrong_with_the_content_stands_in_the_way(running, prepare, expe
     assert text in document["verdict"]["reasons"][0]["message"]
     screen = run(running, prepare=prepare)
     assert screen.returncode == 1
-    shown = "- " + document["verdict"]["reasons"][0]["message"]
-    assert shown in screen.stdout.splitlines()
+    first = document["verdict"]["reasons"][0]["message"]
+    assert f"- {first}" in screen.stdout.splitlines()
+    assert screen.stdout.splitlines()[-1] == f"It will launch, but not play: {first}."
+
+
+@pytest.mark.parametrize("prepare, code, errors, remarks, sentence", [
+    ("s/2030/2020/", 0, [], ["expired", "lint"],
+     "It will launch and play, but perhaps not what was meant: the schedule has 1 warning; see 'vqmctl schedule lint'."),
+    ('s/start_time="18:30:00/start_time="18:30/', 1, ["time-without-seconds"], ["lint"],
+     "It will launch and play, but not what was meant: line 9, column 25: start_time '18:30' has no seconds; the TV "
+     "reads 18:03:00."),
+])
+def test_what_the_linter_finds_is_part_of_the_answer(running, prepare, code, errors, remarks, sentence):
+    prepare = f"sed -i '{prepare}' {RECH}/schedule.xml"
+    document = status(running, prepare=prepare)
+    assert (reasons(document), ids(document, "errors"), ids(document, "remarks")) == ([], errors, remarks)
+    quiet = run(running, "--quiet", prepare=prepare)
+    assert (quiet.returncode, quiet.stdout, quiet.stderr) == (code, sentence + "\n", "")
+
+
+def test_below_a_root_only_the_files_are_known(running):
+    document = status(running, "--root", "/opt/tv", prepare="mkdir /opt/tv; cp -a /opt/usr /opt/data /opt/tv/ 2>/dev/null;"
+                      "mkdir /opt/tv/opt; mv /opt/tv/usr /opt/tv/data /opt/tv/opt/; rm -r /opt/usr /opt/data", DISPLAY="")
+    assert document["verdict"]["ready"]
+    assert ids(document, "unknown") == ["another-machine"]
+    assert (document["application"], document["setting"], document["launch"]) == (None, None, None)
+    assert document["schedule"]["path"] == f"/opt/tv{RECH}/schedule.xml"
 
 
 def test_the_constants_file_can_be_given(running):
@@ -152,7 +190,7 @@ def test_the_constants_file_can_be_given(running):
 
 
 @pytest.mark.parametrize("stored, expected, shown", [
-    ("0", ["setting-off"], "off; stored in {}"),
+    ("0", ["setting-off"], "off"),
     ("7", ["setting-off"], "off; {} holds '7', expected 0 or 1"),
     (" 1", [], "on; {} holds ' 1', expected 0 or 1"),
     (bytes(range(256)), ["setting-off"], "off; {} holds '\\x00\\x01\\x02"),
@@ -187,27 +225,125 @@ def test_without_a_home_the_setting_has_no_place(running):
     assert document["setting"]["problem"] == "no settings folder: neither XDG_CONFIG_HOME nor HOME holds an absolute path"
 
 
-@pytest.mark.parametrize("display, state, text", [
-    (None, "no-display", "unknown: DISPLAY is not set"),
-    ("", "no-display", "unknown: DISPLAY is not set"),
-    (":4711", "display-unreachable", "unknown: cannot open display ':4711'"),
-    ("\udcff\n", "display-unreachable", "unknown: cannot open display '\\xff\\x0a'"),
+@pytest.mark.parametrize("display, text", [
+    (":4711", "unknown: cannot open display ':4711'"),
+    ("\udcff\n", "unknown: cannot open display '\\xff\\x0a'"),
 ])
-def test_without_a_display_only_the_application_is_unknown(running, display, state, text):
+def test_an_unknown_display_does_not_stand_in_the_way(running, display, text):
     document = status(running, DISPLAY=display)
-    assert document["application"]["state"] == state
-    assert reasons(document) == ["application-unknown"]
-    screen = run(running, DISPLAY=display).stdout
-    assert f"Application  {text}\n" in screen
-    assert f"- whether the application runs is {text}\n" in screen
+    assert document["application"]["state"] == "display-unreachable"
+    assert (reasons(document), ids(document, "unknown")) == ([], ["application-unknown"])
+    screen = run(running, DISPLAY=display)
+    assert screen.returncode == 0
+    assert f"Application  {text}\n" in screen.stdout
+    assert f"- whether the application runs is {text}\n" in screen.stdout
+    assert screen.stdout.splitlines()[-1] == f"It will play; whether the application runs is {text}."
+
+
+# Over ssh neither DISPLAY nor XAUTHORITY is set. Other tests' applications are not to be found.
+ALONE = "exec unshare --pid --fork --kill-child --mount-proc"
+
+
+def over_ssh(desktop, script):
+    """Runs a shell's words among no other processes, with `status` for the command."""
+    variables = {**desktop.environment, "VQM_APP_ID": APP_ID, "TZ": noon(), "display": desktop.display_name,
+                 "status": f"{VQMCTL} status", "store": str(desktop.settings.parent),
+                 "application": str(BUILD / "bin/VQMKeygrab")}
+    del variables["DISPLAY"]
+    script = f'export XDG_CONFIG_HOME="$store"\n{script}'
+    return subprocess.run(sandboxed("sh", "-c", f"{ALONE} sh -c {shlex.quote(script)}"), env=variables,
+                          stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=2 * PATIENCE)
+
+
+STARTED = """DISPLAY=$display $application >/dev/null 2>&1 & pid=$!
+    until DISPLAY=$display $status --json | grep -q '"state": "held"'; do sleep 0.1; done
+"""
+
+
+def test_over_ssh_the_display_is_that_of_the_application(desktop, keyboard):
+    desktop.switch_on()
+    completed = over_ssh(desktop, f"{STARTED}$status --json; kill $pid; wait $pid")
+    assert completed.stderr == ""
+    document = json.loads(completed.stdout)
+    application = document["application"]
+    assert (application["state"], application["display"], application["display_found"]) == (
+        "running", desktop.display_name, True)
+    assert document["verdict"]["ready"]
+
+
+def test_over_ssh_an_application_that_does_not_run_is_said_not_to(desktop):
+    desktop.switch_on()
+    completed = over_ssh(desktop, "$status --quiet")
+    assert (completed.returncode, completed.stdout, completed.stderr) == (
+        1, f"It will not launch: {APP_ID} does not run.\n", "")
+
+
+def test_over_ssh_what_to_set_is_named(desktop):
+    """An application whose environment names no display, as one of another user would look."""
+    desktop.switch_on()
+    completed = over_ssh(desktop, "cp /usr/bin/sleep /opt/VQMKeygrab; "
+                         "/opt/VQMKeygrab 600 & pid=$!\n$status; kill $pid")
+    assert completed.stderr == ""
+    assert re.search(r"^Application  unknown: DISPLAY is not set; it runs as process [0-9]+; set DISPLAY(, for example to :|"
+                     " to the TV's display)", completed.stdout, re.MULTILINE)
+
+
+def test_a_wayland_session_is_named(running, tmp_path):
+    """Its X server is known by its name."""
+    program = shutil.copy(shutil.which("Xvfb"), tmp_path / "Xwayland")
+    server = XServer(tmp_path / "log", program=program)
+    try:
+        document = status(running, DISPLAY=server.display)
+    finally:
+        server.stop()
+    assert document["application"]["wayland"]
+    assert reasons(document) == ["application-not-running", "wayland"]
+    assert not status(running, WAYLAND_DISPLAY="wayland-0")["application"]["wayland"]
+
+
+def test_a_stopped_application_is_not_called_running_well(desktop, keyboard):
+    desktop.switch_on()
+    application = desktop.start_application()
+    assert status(desktop)["application"]["answers"]
+    os.kill(application.pid, signal.SIGSTOP)
+    try:
+        document = status(desktop)
+    finally:
+        os.kill(application.pid, signal.SIGCONT)
+    assert reasons(document) == ["application-stopped"]
+    assert f"'kill -CONT {application.pid}'" in document["verdict"]["reasons"][0]["message"]
+    assert not document["application"]["answers"]
+
+
+@pytest.mark.parametrize("content, reason, text", [
+    (None, "companion-missing", "there is no '"),
+    ("[Desktop Entry]\nType=Application\nHidden=true\n", "companion-missing", "hides it"),
+    ("[Desktop Entry]\nType=Application\nName=x\n", "companion-entry-unusable", "no command line (Exec)"),
+    ("[Desktop Entry]\nType=Application\nName=x\nExec=/none/gui\n", "companion-program-missing", "'/none/gui'"),
+    ("[Desktop Entry]\nType=Application\nName=x\nExec=/bin/true\nTryExec=none\n", "companion-program-missing", "'none'"),
+    ("[Desktop Entry]\nType=Application\nName=x\nExec=true %u\n", None, None),
+])
+def test_what_would_be_launched_is_examined(running, tmp_path, content, reason, text):
+    folder = tmp_path / "applications"
+    folder.mkdir()
+    if content is not None:
+        (folder / f"{APP_ID}.gui.desktop").write_text(content)
+    document = status(running, XDG_DATA_HOME=str(tmp_path), XDG_DATA_DIRS=str(tmp_path / "none"))
+    if reason is None:
+        assert (reasons(document), document["launch"]["state"]) == ([], "ready")
+        assert document["launch"]["program"].endswith("/true")
+    else:
+        assert reasons(document) == [reason]
+        assert text in document["launch"]["problem"]
 
 
 def test_a_display_that_never_answers_is_given_up(running):
     with socket.create_server(("127.0.0.1", 0)) as server:
         display = f"127.0.0.1:{server.getsockname()[1] - 6000}"
         document = status(running, DISPLAY=display)
-    assert document["application"] == {"id": APP_ID, "state": "display-silent", "display": display, "problem": None}
-    assert reasons(document) == ["application-unknown"]
+    assert document["application"] == {"id": APP_ID, "state": "display-silent", "display": display, "problem": None,
+                                       "display_found": False, "wayland": False}
+    assert ids(document, "unknown") == ["application-unknown"]
 
 
 def test_a_parent_that_ignores_its_children_changes_nothing(running):
@@ -221,7 +357,8 @@ def test_a_parent_that_ignores_its_children_changes_nothing(running):
 def test_a_display_without_the_application(desktop):
     desktop.switch_on()
     document = status(desktop)
-    assert document["application"] == {"id": APP_ID, "state": "not-running", "display": desktop.display_name, "problem": None}
+    assert document["application"] == {"id": APP_ID, "state": "not-running", "display": desktop.display_name,
+                                       "problem": None, "display_found": False, "wayland": False}
     assert reasons(document) == ["application-not-running"]
 
 
@@ -307,14 +444,14 @@ def test_without_means_to_ask_servers_the_rest_is_told(running, tmp_path):
     assert document["application"]["state"] == "display-not-asked"
     assert document["application"]["problem"] == "Too many open files"
     assert document["popups"]["problem"] == "cannot ask the session bus: Too many open files"
-    assert document["verdict"]["reasons"][0]["message"] == (
+    assert document["verdict"]["unknown"][0]["message"] == (
         f"whether the application runs is unknown: cannot ask display '{running.display_name}': Too many open files")
 
 
 def test_two_descriptors_are_enough_to_read_the_files(running, tmp_path):
     with silent_bus(tmp_path) as address:
         document = status(running, prepare="ulimit -n 5", DBUS_SESSION_BUS_ADDRESS=address)
-    assert reasons(document) == ["application-unknown"]
+    assert ids(document, "unknown") == ["application-unknown"]
 
 
 def test_no_bus_is_started(running):

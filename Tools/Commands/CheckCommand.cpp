@@ -3,12 +3,12 @@
 #include <optional>
 #include <string>
 
-#include "Common/VQMConfig.h"
 #include "Diagnostics/Readiness/Render.h"
 #include "Diagnostics/Text/InputFile.h"
 #include "Tools/CommandError.h"
 #include "Tools/CommandLine.h"
 #include "Tools/Commands/Commands.h"
+#include "Tools/Commands/PlaceOptions.h"
 #include "Tools/Terminal/ProgressBar.h"
 #include "Tools/Terminal/Terminal.h"
 #include "Tools/Watch/ReadinessWatch.h"
@@ -16,7 +16,7 @@
 namespace {
 
 struct Arguments {
-    std::string constants = VQM_CONSTANTS_FILE;
+    readiness::Places places;
     bool json = false;
     bool watch = false;
 };
@@ -30,27 +30,34 @@ readiness::Report Check(const Arguments& arguments)
         bar.emplace([](const std::string& text) { std::fwrite(text.data(), 1, text.size(), stderr); }, columns);
         progress = [&bar](std::size_t done, std::size_t total) { bar->Show(done, total, "files examined"); };
     }
-    return readiness::Check(arguments.constants, schedule::ReadClock().now.day, progress);
+    return readiness::Check(arguments.places, schedule::ReadClock().now.day, progress);
 }
 
-ExitCode CodeOf(const readiness::Verdict& verdict)
+ExitCode CodeOf(readiness::Outcome outcome)
 {
-    if (!verdict.ran) {
+    switch (outcome) {
+    case readiness::Outcome::kNotChecked:
         return ExitCode::kCouldNotRun;
+    case readiness::Outcome::kPlaysNothing:
+    case readiness::Outcome::kNotAsMeant:
+        return ExitCode::kFindings;
+    case readiness::Outcome::kPerhapsNotMeant:
+    case readiness::Outcome::kAsMeant:
+        break;
     }
-    return verdict.Ready() ? ExitCode::kOk : ExitCode::kFindings;
+    return ExitCode::kOk;
 }
 
 ExitCode CheckOnce(const Arguments& arguments)
 {
     const readiness::Report report = Check(arguments);
     static_cast<void>(arguments.json ? WriteJson(report, false, Print) : Print(Render(report)));
-    return CodeOf(report.verdict);
+    return CodeOf(OutcomeOf(report, Explain(report)));
 }
 
 ExitCode CheckAgainAndAgain(const Arguments& arguments)
 {
-    if (arguments.constants == kStdin) {
+    if (arguments.places.constants == kStdin) {
         throw CommandError(ExitCode::kUsage, "--watch needs a file to watch; expected --constants FILE instead of '-'");
     }
     bool first = true;
@@ -72,11 +79,10 @@ void AddCheckCommand(CommandLine& line)
 {
     const auto arguments = std::make_shared<Arguments>();
     CLI::App& command = line.AddCommand("check", "Is all there that this TV is to play? If not, why?", [arguments] {
+        RequirePlausible(arguments->places);
         return arguments->watch ? CheckAgainAndAgain(*arguments) : CheckOnce(*arguments);
     });
-    command.add_option("--constants", arguments->constants, "The constants file; '-' is stdin")
-        ->capture_default_str()
-        ->type_name("FILE");
+    AddPlaceOptions(command, arguments->places);
     command.add_flag("--json", arguments->json, "Print one JSON document; with --watch one on each line");
     command.add_flag("--watch", arguments->watch, "Check again after each change, until Ctrl-C");
 }

@@ -10,6 +10,7 @@
 #include "Diagnostics/Text/TerminalText.h"
 #include "Tools/CommandLine.h"
 #include "Tools/Commands/Commands.h"
+#include "Tools/Commands/PlaceOptions.h"
 #include "Tools/Terminal/Terminal.h"
 
 namespace {
@@ -18,7 +19,7 @@ using readiness::Constants;
 using readiness::DocumentState;
 
 struct Arguments {
-    std::string file = VQM_CONSTANTS_FILE;
+    readiness::Places places;
     std::string key;
     bool json = false;
 };
@@ -29,6 +30,7 @@ ExitCode Judge(const Constants& constants)
 {
     switch (constants.state) {
     case DocumentState::kLoaded:
+    case DocumentState::kNotNeeded:
         return ExitCode::kOk;
     case DocumentState::kNotWellFormed:
         PrintError("the constants file '" + constants.path + "' " + constants.problem +
@@ -55,7 +57,7 @@ void ComplainOfMissing(const Constants& constants, const std::string& key)
 
 ExitCode Get(const Arguments& arguments)
 {
-    Constants constants = readiness::LoadConstants(arguments.file);
+    Constants constants = readiness::LoadConstants(arguments.places);
     ExitCode code = Judge(constants);
     const auto found = constants.values.find(arguments.key);
     if (found == constants.values.end()) {
@@ -77,7 +79,7 @@ ExitCode Get(const Arguments& arguments)
 
 ExitCode List(const Arguments& arguments)
 {
-    const Constants constants = readiness::LoadConstants(arguments.file);
+    const Constants constants = readiness::LoadConstants(arguments.places);
     const ExitCode code = Judge(constants);
     if (arguments.json) {
         static_cast<void>(Print(RenderJson(constants)));
@@ -93,8 +95,9 @@ ExitCode List(const Arguments& arguments)
 
 void AddOptions(CLI::App& command, Arguments& arguments)
 {
-    command.add_option("--file", arguments.file, "The constants file; '-' is stdin")
-        ->capture_default_str()
+    AddRootOption(command, arguments.places);
+    command.add_option("--file", arguments.places.constants, "The constants file; '-' is stdin")
+        ->default_str(VQM_CONSTANTS_FILE)
         ->type_name("FILE");
     command.add_flag("--json", arguments.json, "Print one JSON document");
 }

@@ -1,9 +1,8 @@
 #pragma once
 
 #include <functional>
-#include <string>
 
-#include "Common/VQMConfig.h"
+#include "Diagnostics/Readiness/Places.h"
 #include "Tools/ExitCode.h"
 #include "Tools/Remote/RemoteKeys.h"
 #include "Tools/Remote/RemotePress.h"
@@ -17,7 +16,8 @@ struct RemoteActions {
 };
 
 struct StatusOptions {
-    std::string constants = VQM_CONSTANTS_FILE;
+    readiness::Places places;
     bool json = false;
+    bool quiet = false;
 };
 using StatusAction = std::function<ExitCode(const StatusOptions& options)>;

@@ -9,6 +9,7 @@
 #include "Diagnostics/Text/TerminalText.h"
 #include "Tools/CommandError.h"
 #include "Tools/Commands/ScheduleCommands.h"
+#include "Tools/Commands/TvSchedule.h"
 #include "Tools/Terminal/Terminal.h"
 
 namespace {
@@ -22,15 +23,16 @@ constexpr char kTimeExpected[] = "hours:minutes:seconds or hours:minutes, such a
 struct Arguments {
     std::string first;
     std::string second;
+    readiness::Places places;
     bool json = false;
 };
 
 struct Question {
-    std::string file;
+    std::string file;          ///< empty: the TV's own schedule
     std::optional<int> second; ///< none asks about now
 };
 
-/// One argument is the document, two are the time and the document.
+/// One argument is the time or the document, two are both.
 Question QuestionFrom(const Arguments& arguments)
 {
     const std::optional<int> second = schedule::ParseTimeOfDay(arguments.first);
@@ -42,11 +44,8 @@ Question QuestionFrom(const Arguments& arguments)
         throw CommandError(ExitCode::kUsage, "'" + arguments.first + "' is not a time of day; expected " +
                                                  (swapped ? "the time first, then the document" : kTimeExpected));
     }
-    if (arguments.first.empty()) {
-        throw CommandError(ExitCode::kUsage, "file is required; see 'vqmctl schedule at --help'");
-    }
     if (second && access(arguments.first.c_str(), F_OK) != 0) {
-        throw CommandError(ExitCode::kUsage, "a document is missing after the time '" + arguments.first + "'");
+        return {"", second};
     }
     return {arguments.first, std::nullopt};
 }
@@ -122,7 +121,7 @@ Json DocumentJson(const PolicyFile& file, const Programme& programme, const Aske
 ExitCode At(const Arguments& arguments)
 {
     const Question question = QuestionFrom(arguments);
-    const PolicyFile file = schedule::ReadPolicyFile(question.file);
+    const PolicyFile file = schedule::ReadPolicyFile(GivenOrTvSchedule(question.file, arguments.places));
     const Asked asked = AskedAt(question.second);
     const Programme programme = ProgrammeAt(file.policy, asked.moment);
     if (arguments.json) {
@@ -143,6 +142,8 @@ void AddScheduleAtCommand(CommandLine& line, CLI::App& group)
                                         [arguments] { return At(*arguments); });
     command.add_option("time", arguments->first, "The time of day, such as 09:30:00 or 09:30; now by default")
         ->type_name("TIME");
-    command.add_option("file", arguments->second, "The document; '-' is stdin")->type_name("FILE");
+    command.add_option("file", arguments->second, "The document; '-' is stdin; the TV's own by default")
+        ->type_name("FILE");
+    AddTvScheduleOptions(command, arguments->places);
     command.add_flag("--json", arguments->json, "Print Docs/schemas/schedule-at.schema.json");
 }

@@ -11,12 +11,14 @@
 #include "Diagnostics/Text/Words.h"
 #include "Tools/CommandError.h"
 #include "Tools/Commands/ScheduleCommands.h"
+#include "Tools/Commands/TvSchedule.h"
 #include "Tools/Terminal/Terminal.h"
 
 namespace {
 
 struct Arguments {
     std::vector<std::string> files;
+    readiness::Places places;
     std::string format = "human";
     bool strict = false;
     std::vector<std::string> ignored;
@@ -84,6 +86,15 @@ private:
     bool closed_ = false;
 };
 
+std::vector<std::string> NamesIn(const Arguments& arguments)
+{
+    if (arguments.files.empty()) {
+        return {GivenOrTvSchedule("", arguments.places)};
+    }
+    static_cast<void>(GivenOrTvSchedule(arguments.files.front(), arguments.places));
+    return arguments.files;
+}
+
 ExitCode Lint(const Arguments& arguments)
 {
     const lint::Options options = OptionsFrom(arguments);
@@ -93,7 +104,7 @@ ExitCode Lint(const Arguments& arguments)
     Output output;
     lint::Counts counts;
     bool failed = false;
-    for (const std::string& name : arguments.files) {
+    for (const std::string& name : NamesIn(arguments)) {
         lint::FileResult result = LintFile(name, options);
         const lint::Counts& found = result.report.counts;
         counts.errors += found.errors;
@@ -143,7 +154,9 @@ void AddScheduleLintCommand(CommandLine& line, CLI::App& group)
     const auto arguments = std::make_shared<Arguments>();
     CLI::App& command = line.AddCommand(group, "lint", "Find what is wrong with schedule documents, and where",
                                         [arguments] { return Lint(*arguments); });
-    command.add_option("file", arguments->files, "The documents; '-' is stdin")->required()->type_name("FILE");
+    command.add_option("file", arguments->files, "The documents; '-' is stdin; the TV's own by default")
+        ->type_name("FILE");
+    AddTvScheduleOptions(command, arguments->places);
     command.add_option("--format", arguments->format, "human, oneline or json")
         ->type_name("FORMAT")
         ->check(CheckFormat, "");

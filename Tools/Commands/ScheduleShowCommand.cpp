@@ -5,6 +5,7 @@
 #include "Diagnostics/Programme/ProgrammeText.h"
 #include "Diagnostics/Text/Table.h"
 #include "Tools/Commands/ScheduleCommands.h"
+#include "Tools/Commands/TvSchedule.h"
 #include "Tools/Terminal/Terminal.h"
 
 namespace {
@@ -13,6 +14,7 @@ using schedule::PolicyFile;
 
 struct Arguments {
     std::string file;
+    readiness::Places places;
     bool json = false;
 };
 
@@ -119,7 +121,7 @@ Json DocumentJson(const PolicyFile& file, const schedule::Day& today)
 
 ExitCode Show(const Arguments& arguments)
 {
-    const PolicyFile file = schedule::ReadPolicyFile(arguments.file);
+    const PolicyFile file = schedule::ReadPolicyFile(GivenOrTvSchedule(arguments.file, arguments.places));
     const schedule::Day today = schedule::ReadClock().now.day;
     if (arguments.json) {
         static_cast<void>(Print(RenderJsonDocument(DocumentJson(file, today))));
@@ -137,6 +139,8 @@ void AddScheduleShowCommand(CommandLine& line, CLI::App& group)
     const auto arguments = std::make_shared<Arguments>();
     CLI::App& command = line.AddCommand(group, "show", "Print a schedule document as the TV reads it",
                                         [arguments] { return Show(*arguments); });
-    command.add_option("file", arguments->file, "The document; '-' is stdin")->required()->type_name("FILE");
+    command.add_option("file", arguments->file, "The document; '-' is stdin; the TV's own by default")
+        ->type_name("FILE");
+    AddTvScheduleOptions(command, arguments->places);
     command.add_flag("--json", arguments->json, "Print Docs/schemas/schedule-show.schema.json");
 }

@@ -3,14 +3,17 @@
 
 #include "Tools/CommandLine.h"
 #include "Tools/Commands/Commands.h"
+#include "Tools/Commands/PlaceOptions.h"
 
 void AddStatusCommand(CommandLine& line, StatusAction show)
 {
     const auto options = std::make_shared<StatusOptions>();
     CLI::App& command = line.AddCommand("status", "Why does this TV launch or play nothing? All on one screen",
-                                        [options, show = std::move(show)] { return show(*options); });
-    command.add_option("--constants", options->constants, "The constants file; '-' is stdin")
-        ->capture_default_str()
-        ->type_name("FILE");
+                                        [options, show = std::move(show)] {
+                                            RequirePlausible(options->places);
+                                            return show(*options);
+                                        });
+    AddPlaceOptions(command, options->places);
     command.add_flag("--json", options->json, "Print one JSON document");
+    command.add_flag("--quiet", options->quiet, "Print only the answer: the last line");
 }

@@ -1,16 +1,29 @@
 #include "Tools/Desktop/ShowStatus.h"
 
-#include <vector>
+#include <string>
 
 #include "Diagnostics/Status/Render.h"
 #include "Diagnostics/Status/Report.h"
 #include "Diagnostics/Status/Verdict.h"
+#include "Diagnostics/Text/TerminalText.h"
 #include "Tools/Terminal/Terminal.h"
+
+namespace {
+
+std::string Text(const StatusOptions& options, const status::Report& report, const status::Verdict& verdict)
+{
+    if (options.json) {
+        return RenderJson(report, verdict);
+    }
+    return options.quiet ? EscapedForTerminal(Sentence(report, verdict)) + "\n" : Render(report, verdict);
+}
+
+} // namespace
 
 ExitCode ShowStatus(const StatusOptions& options)
 {
-    const status::Report report = status::Collect(options.constants);
-    const std::vector<Diagnostic> reasons = ReasonsAgainst(report);
-    static_cast<void>(Print(options.json ? RenderJson(report, reasons) : Render(report, reasons)));
-    return reasons.empty() ? ExitCode::kOk : ExitCode::kFindings;
+    const status::Report report = status::Collect(options.places);
+    const status::Verdict verdict = Judge(report);
+    static_cast<void>(Print(Text(options, report, verdict)));
+    return verdict.HasErrors() ? ExitCode::kFindings : ExitCode::kOk;
 }

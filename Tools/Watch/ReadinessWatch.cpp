@@ -16,10 +16,10 @@ constexpr std::chrono::seconds kLongestSettling{1};
 constexpr std::chrono::minutes kMinute{1};
 
 /// While a file is copied its size changes all the time; what is said about it does not.
-std::string Gist(const readiness::Report& report)
+std::string Gist(const readiness::Report& report, const std::vector<Diagnostic>& diagnostics)
 {
-    std::string gist = readiness::VerdictLine(report);
-    for (const Diagnostic& diagnostic : readiness::Explain(report)) {
+    std::string gist = readiness::VerdictLine(report) + SummaryLine(report, diagnostics);
+    for (const Diagnostic& diagnostic : diagnostics) {
         gist += "\n" + diagnostic.id + " " + diagnostic.path;
     }
     return gist;
@@ -41,12 +41,12 @@ ReadinessWatch::ReadinessWatch(Checker check, Printer print)
 {
 }
 
-readiness::Verdict ReadinessWatch::Run()
+readiness::Outcome ReadinessWatch::Run()
 {
     loop_.EndWithReader();
     OnMinute();
     loop_.Run();
-    return verdict_;
+    return outcome_;
 }
 
 void ReadinessWatch::OnChange()
@@ -70,8 +70,9 @@ void ReadinessWatch::CheckAndPrint()
     if (WatchWhatDecides(report)) {
         report = check_();
     }
-    verdict_ = report.verdict;
-    std::string gist = Gist(report);
+    const std::vector<Diagnostic> diagnostics = Explain(report);
+    outcome_ = OutcomeOf(report, diagnostics);
+    std::string gist = Gist(report, diagnostics);
     if (gist != last_) {
         last_ = std::move(gist);
         if (!print_(report)) {

@@ -23,8 +23,8 @@ public:
     ReadinessWatch& operator=(const ReadinessWatch&) = delete;
 
     /// Prints the first report and each that says something else than the one before it. Returns the
-    /// last verdict. What a check throws passes through.
-    readiness::Verdict Run();
+    /// last outcome. What a check throws passes through.
+    readiness::Outcome Run();
 
 private:
     void OnChange();
@@ -40,5 +40,5 @@ private:
     LoopTimer minute_;
     MainLoop::Clock::time_point firstChange_; ///< of those that were not checked yet
     std::string last_;                        ///< what the report printed last came to
-    readiness::Verdict verdict_;
+    readiness::Outcome outcome_ = readiness::Outcome::kNotChecked;
 };

@@ -3,17 +3,15 @@
 #include <aul.h>
 #include <cerrno>
 #include <cstring>
-#include <glib.h>
 #include <new>
 #include <optional>
 #include <string>
 #include <sys/stat.h>
 #include <system_error>
-#include <unistd.h>
 #include <utility>
 
 #include "Platform/desktop/app/EntryFile.h"
-#include "Platform/desktop/app/ProgramFolder.h"
+#include "Platform/desktop/app/FindProgram.h"
 #include "Platform/desktop/app/Spawn.h"
 #include "Platform/desktop/base/PlatformLog.h"
 
@@ -24,21 +22,6 @@ namespace {
 bool IsValidId(const char* id)
 {
     return id != nullptr && id[0] != '\0' && id[0] != '.' && std::strchr(id, '/') == nullptr;
-}
-
-/// A bare name is looked for beside this program first: what was installed with it belongs to it.
-std::string FindProgram(const std::string& name)
-{
-    if (name.find('/') == std::string::npos && !ProgramFolder().empty()) {
-        std::string beside = ProgramFolder() + "/" + name;
-        if (access(beside.c_str(), X_OK) == 0) {
-            return beside;
-        }
-    }
-    char* path = g_find_program_in_path(name.c_str());
-    std::string found = path != nullptr ? path : "";
-    g_free(path);
-    return found;
 }
 
 Error Failure(LaunchError reason, std::string text)

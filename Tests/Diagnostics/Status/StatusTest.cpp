@@ -82,6 +82,7 @@ Report GoodReport()
     report.applicationId = "org.example";
     report.setting = {true, "/store", "1", ""};
     report.application = ApplicationFrom(":0", GoodAnswer());
+    report.launch = {LaunchStatus::State::kReady, "org.example.gui", "/e.desktop", "/bin/gui", ""};
     report.popups = {PopupStatus::State::kHeldBack, "dunst", 12, ""};
     report.content = GoodContent();
     report.clock = {{{2026, 11, 21}, 34200}, "CET", 3600};
@@ -108,9 +109,12 @@ TEST_P(StatusVerdict, NamesWhatStandsInTheWay)
     GetParam().change(report);
     std::vector<std::string> ids;
     std::string last;
-    for (const Diagnostic& reason : ReasonsAgainst(report)) {
-        ids.push_back(reason.id);
-        last = reason.message;
+    const Verdict verdict = Judge(report);
+    for (const std::vector<Diagnostic>* reasons : {&verdict.launch, &verdict.play}) {
+        for (const Diagnostic& reason : *reasons) {
+            ids.push_back(reason.id);
+            last = reason.message;
+        }
     }
     EXPECT_EQ(ids, GetParam().ids);
     EXPECT_THAT(last, HasSubstr(GetParam().text));
@@ -151,14 +155,43 @@ const Case kCases[] = {
      {"setting-unreadable"},
      "the setting counts as off: /store: Permission denied"},
     {"SettingOddButOn", [](Report& report) { report.setting.stored = " 1"; }, {}, ""},
-    {"NoDisplay",
-     [](Report& report) { report.application = {}; },
-     {"application-unknown"},
-     "whether the application runs is unknown: DISPLAY is not set"},
-    {"DisplaySilent",
-     [](Report& report) { report.application = ApplicationFrom(":0", std::nullopt); },
-     {"application-unknown"},
-     "unknown: display ':0' does not answer"},
+    {"NoDisplay", [](Report& report) { report.application = {}; }, {}, ""},
+    {"DisplaySilent", [](Report& report) { report.application = ApplicationFrom(":0", std::nullopt); }, {}, ""},
+    {"Stopped",
+     [](Report& report) {
+         DisplayAnswer answer = GoodAnswer();
+         answer.answers = false;
+         report.application = ApplicationFrom(":0", answer, {true, {{12, 0, true, ":0", ""}}});
+     },
+     {"application-stopped"},
+     "'kill -CONT 12' lets it go on"},
+    {"Hung",
+     [](Report& report) {
+         DisplayAnswer answer = GoodAnswer();
+         answer.answers = false;
+         report.application = ApplicationFrom(":0", answer, {true, {{12, 0, false, ":0", ""}}});
+     },
+     {"application-hung"},
+     "process 12, does not answer"},
+    {"Wayland", [](Report& report) { report.application.wayland = true; }, {"wayland"}, "log in to an X11 session"},
+    {"NoEntry",
+     [](Report& report) {
+         report.launch = {LaunchStatus::State::kNoEntry, "org.example.gui", "", "", "there is none"};
+     },
+     {"companion-missing"},
+     "the companion cannot be launched: there is none"},
+    {"UnusableEntry",
+     [](Report& report) {
+         report.launch = {LaunchStatus::State::kBadEntry, "org.example.gui", "/e", "", "no Exec"};
+     },
+     {"companion-entry-unusable"},
+     "no Exec"},
+    {"NoProgram",
+     [](Report& report) {
+         report.launch = {LaunchStatus::State::kNoProgram, "org.example.gui", "/e", "p", "'p' is missing"};
+     },
+     {"companion-program-missing"},
+     "'p' is missing"},
     {"NotRunning",
      [](Report& report) {
          DisplayAnswer answer = GoodAnswer();
@@ -207,8 +240,8 @@ const Case kCases[] = {
          report.content.schedule.policy.stExpiration.nYear = 2020;
          report.content.schedule.expiry = schedule::Expiry::kExpired;
      },
-     {"expired"},
-     "2020-12-31"},
+     {},
+     ""},
     {"LastDay",
      [](Report& report) {
          report.clock.now.day = {2030, 12, 31};
@@ -226,7 +259,7 @@ const Case kCases[] = {
          report.application = {};
          LoseSchedule(report);
      },
-     {"setting-off", "application-unknown", "schedule-missing"},
+     {"setting-off", "schedule-missing"},
      ""},
 };
 
@@ -296,25 +329,22 @@ TEST(StatusPopups, WhoDoesNotAnswerIsNamed)
     EXPECT_EQ(PopupsFrom({}, answer).state, PopupStatus::State::kShown);
 }
 
-TEST(StatusScreen, ShowsEverySectionAndTheVerdict)
+TEST(StatusScreen, ShowsEverySectionAndEndsWithTheAnswer)
 {
     Report report = GoodReport();
-    EXPECT_EQ(Render(report, ReasonsAgainst(report)),
-              "Setting      on; stored in /store\n"
-              "Application  org.example runs on display ':0' as process 12 and holds 3 keys\n"
-              "             XF86SimpleMenu is held\n"
-              "             XF86More is held\n"
+    EXPECT_EQ(Render(report, Judge(report)),
+              "Setting      on\n"
+              "Application  org.example runs on display ':0' as process 12 and holds 3 keys, the tool keys among them\n"
+              "Companion    /bin/gui\n"
               "Popups       held back by dunst for process 12\n"
               "Constants    /c.xml; names 's.xml'\n"
-              "Schedules    /rech/\n"
-              "Schedule     /rech/s.xml; parsed; expiration 2030-12-31\n"
-              "Media        /media/\n"
-              "Contents     2 of 2 contents there\n"
+              "Schedule     /rech/s.xml; expiration 2030-12-31\n"
+              "Contents     /media/; 2 of 2 contents there\n"
               "Clock        2026-11-21 09:30:00 CET (UTC+01:00)\n"
               "Now          09:00:00 to 18:00:00: day.mp4\n"
               "Next         18:00:00: evening.mp4\n"
               "\n"
-              "Nothing stands in the way.\n");
+              "It will launch and play.\n");
 }
 
 TEST(StatusScreen, SaysWhyASectionCannotBeHadAndShowsTheOthers)
@@ -322,6 +352,7 @@ TEST(StatusScreen, SaysWhyASectionCannotBeHadAndShowsTheOthers)
     Report report = GoodReport();
     report.setting = {false, "", {}, "no settings folder"};
     report.application = {};
+    report.launch = {LaunchStatus::State::kNoEntry, "org.example.gui", "", "", "there is none"};
     report.popups = {PopupStatus::State::kUnknown, "", 0, "no session bus"};
     report.zoneVariable = "Europe/Berlin";
     LoseSchedule(report);
@@ -329,21 +360,72 @@ TEST(StatusScreen, SaysWhyASectionCannotBeHadAndShowsTheOthers)
     report.content.constants.problem = "is missing";
     report.content.constants.values.clear();
     report.content.schedule.path = report.content.schedule.directory;
-    EXPECT_EQ(Render(report, {{"a", Severity::kError, true, "first"}, {"b", Severity::kError, true, "second"}}),
-              "Setting      off; no settings folder\n"
-              "Application  unknown: DISPLAY is not set\n"
-              "Popups       unknown: no session bus\n"
-              "Constants    /c.xml is missing\n"
-              "Schedules    /rech/\n"
-              "Schedule     unknown: nothing names it\n"
-              "Media        /media/\n"
-              "Contents     unknown without a schedule\n"
-              "Clock        2026-11-21 09:30:00 CET (UTC+01:00), as TZ=Europe/Berlin says\n"
-              "Now          unknown without a schedule\n"
-              "\n"
-              "What stands in the way:\n"
-              "- first\n"
-              "- second\n");
+    Verdict verdict;
+    verdict.launch = {{"a", Severity::kError, true, "first"}};
+    verdict.play = {{"b", Severity::kError, true, "second"}};
+    verdict.meaning = {{"c", Severity::kError, false, "third"}};
+    verdict.unknown = {{"d", Severity::kNote, false, "fourth"}};
+    EXPECT_EQ(Render(report, verdict), "Setting      off; no settings folder\n"
+                                       "Application  unknown: DISPLAY is not set\n"
+                                       "Companion    there is none\n"
+                                       "Popups       unknown: no session bus\n"
+                                       "Constants    /c.xml is missing\n"
+                                       "Schedule     unknown: nothing names it\n"
+                                       "Contents     /media/; unknown without a schedule\n"
+                                       "Clock        2026-11-21 09:30:00 CET (UTC+01:00), as TZ=Europe/Berlin says\n"
+                                       "Now          unknown without a schedule\n"
+                                       "\n"
+                                       "What stands in the way:\n"
+                                       "- first\n"
+                                       "- second\n"
+                                       "\n"
+                                       "What is not as written:\n"
+                                       "- third\n"
+                                       "\n"
+                                       "Besides:\n"
+                                       "- fourth\n"
+                                       "\n"
+                                       "It will not launch: first.\n");
+}
+
+TEST(StatusSentence, NamesTheGravestReason)
+{
+    const struct {
+        std::function<void(Report&)> change;
+        std::string sentence;
+    } cases[] = {
+        {[](Report&) {}, "It will launch and play."},
+        {[](Report& report) {
+             report.setting.enabled = false;
+             LoseContents(report, 1);
+         },
+         "It will not launch: the setting is off; 'vqmctl setting on' switches it on."},
+        {[](Report& report) { LoseContents(report, 1); },
+         "It will launch, but not play: 'day.mp4' has 3 bytes; the schedule announces 5."},
+        {[](Report& report) {
+             report.application = {};
+             LoseContents(report, 1);
+         },
+         "It will not play: 'day.mp4' has 3 bytes; the schedule announces 5."},
+        {[](Report& report) { report.application = {}; },
+         "It will play; whether the application runs is unknown: DISPLAY is not set."},
+        {[](Report& report) { report.root = "/mnt"; },
+         "It will play; whether it will launch is not known from its files alone."},
+        {[](Report& report) {
+             report.content.findings.counts.errors = 1;
+             report.content.findings.findings = {{"r", Severity::kError, false, "odd"}};
+             report.content.findings.findings.front().effect = "none";
+         },
+         "It will launch and play, but not what was meant: line 0, column 0: odd; none."},
+        {[](Report& report) { report.content.findings.counts.warnings = 2; },
+         "It will launch and play, but perhaps not what was meant: the schedule has 2 warnings; see 'vqmctl schedule "
+         "lint'."},
+    };
+    for (const auto& [change, sentence] : cases) {
+        Report report = GoodReport();
+        change(report);
+        EXPECT_EQ(Sentence(report, Judge(report)), sentence);
+    }
 }
 
 TEST(StatusScreen, CutsWhatIsLongAndEscapesWhatIsOdd)
@@ -382,7 +464,7 @@ TEST(StatusJson, HoldsWhatTheScreenCutsAndNullForWhatIsNotKnown)
 {
     Report report = GoodReport();
     report.setting.stored = "\xff" + std::string(100, 'x');
-    const Json json = Json::parse(RenderJson(report, ReasonsAgainst(report)));
+    const Json json = Json::parse(RenderJson(report, Judge(report)));
     EXPECT_EQ(json["setting"]["stored"], "\\xff" + std::string(100, 'x'));
     EXPECT_EQ(json["setting"]["valid"], false);
     EXPECT_EQ(json["programme"]["plays"][0]["files"][0]["name"], "day.mp4");
@@ -392,12 +474,13 @@ TEST(StatusJson, HoldsWhatTheScreenCutsAndNullForWhatIsNotKnown)
     LoseSchedule(report);
     report.application = {};
     report.popups = {};
-    const Json bare = Json::parse(RenderJson(report, ReasonsAgainst(report)));
+    const Json bare = Json::parse(RenderJson(report, Judge(report)));
     EXPECT_TRUE(bare["programme"].is_null());
     EXPECT_FALSE(bare["contents"].contains("total"));
     EXPECT_FALSE(bare["application"].contains("pid"));
     EXPECT_TRUE(bare["popups"]["service"].is_null());
-    EXPECT_EQ(bare["verdict"]["reasons"][0]["id"], "application-unknown");
+    EXPECT_EQ(bare["verdict"]["reasons"][0]["id"], "schedule-missing");
+    EXPECT_EQ(bare["verdict"]["unknown"][0]["id"], "application-unknown");
 }
 
 } // namespace
