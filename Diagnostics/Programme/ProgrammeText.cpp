@@ -6,25 +6,10 @@ namespace schedule {
 
 namespace {
 
-/// Of more periods than this only the number is told.
-constexpr std::size_t kMostNumbers = 8;
-
 /// "period 2 ends", "periods 1, 2 and 3 overlap".
 std::string Sentence(const std::vector<std::size_t>& numbers, const std::string& one, const std::string& several)
 {
-    if (numbers.size() == 1) {
-        return "period " + std::to_string(numbers.front()) + " " + one;
-    }
-    const std::size_t shown = numbers.size() <= kMostNumbers ? numbers.size() : kMostNumbers - 1;
-    std::string text = "periods ";
-    for (std::size_t index = 0; index < shown; ++index) {
-        text += index == 0 ? "" : index + 1 == numbers.size() ? " and " : ", ";
-        text += std::to_string(numbers[index]);
-    }
-    if (shown < numbers.size()) {
-        text += " and " + std::to_string(numbers.size() - shown) + " more";
-    }
-    return text + " " + several;
+    return PeriodsText(numbers, numbers.size()) + " " + (numbers.size() == 1 ? one : several);
 }
 
 std::string PeriodTime(const _VQMTime& time)
@@ -41,6 +26,20 @@ Json ChangeJson(const Change& change)
 }
 
 } // namespace
+
+std::string PeriodsText(const std::vector<std::size_t>& numbers, std::size_t count)
+{
+    if (count == 1) {
+        return "period " + std::to_string(numbers.front());
+    }
+    const std::size_t shown = count <= kMostNumbers ? count : kMostNumbers - 1;
+    std::string text = "periods ";
+    for (std::size_t index = 0; index < shown; ++index) {
+        text += index == 0 ? "" : index + 1 == count ? " and " : ", ";
+        text += std::to_string(numbers[index]);
+    }
+    return shown == count ? text : text + " and " + std::to_string(count - shown) + " more";
+}
 
 std::string Describe(const ActivePeriod& active, int second)
 {

@@ -9,6 +9,13 @@
 /// A programme in words and as JSON. Texts are not escaped for a terminal; those in JSON are UTF-8.
 namespace schedule {
 
+/// A text names at most so many periods.
+constexpr std::size_t kMostNumbers = 8;
+
+/// "period 2", "periods 1, 2 and 3". Of more than `kMostNumbers` the last are only counted: `count` is the
+/// number of all, of which `numbers` has at least the first `kMostNumbers`.
+std::string PeriodsText(const std::vector<std::size_t>& numbers, std::size_t count);
+
 /// "period 2, because 10:00:00 <= 10:30:00 < 12:00:00"
 std::string Describe(const ActivePeriod& active, int second);
 

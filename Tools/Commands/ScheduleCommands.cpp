@@ -7,5 +7,6 @@ void AddScheduleCommands(CommandLine& line)
     CLI::App& group = line.AddGroup("schedule", "Look into schedule documents");
     AddScheduleShowCommand(line, group);
     AddScheduleAtCommand(line, group);
+    AddScheduleTimelineCommand(line, group);
     AddScheduleLintCommand(line, group);
 }

@@ -7,3 +7,4 @@
 void AddScheduleAtCommand(CommandLine& line, CLI::App& group);
 void AddScheduleLintCommand(CommandLine& line, CLI::App& group);
 void AddScheduleShowCommand(CommandLine& line, CLI::App& group);
+void AddScheduleTimelineCommand(CommandLine& line, CLI::App& group);

@@ -4,23 +4,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <langinfo.h>
+#include <locale.h>
 #include <string>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include "Diagnostics/Text/TerminalText.h"
 #include "Tools/CommandError.h"
-
-namespace {
-
-bool WantsColour(int descriptor)
-{
-    const char* noColour = std::getenv("NO_COLOR");
-    const char* terminal = std::getenv("TERM");
-    return (noColour == nullptr || *noColour == '\0') && isatty(descriptor) == 1 && terminal != nullptr &&
-           std::strcmp(terminal, "dumb") != 0;
-}
-
-} // namespace
 
 bool Print(std::string_view data)
 {
@@ -48,4 +39,30 @@ void PrintNote(std::string_view note)
     if (!note.empty()) {
         PrintError(note);
     }
+}
+
+bool WantsColour(int descriptor)
+{
+    const char* noColour = std::getenv("NO_COLOR");
+    const char* terminal = std::getenv("TERM");
+    return (noColour == nullptr || *noColour == '\0') && isatty(descriptor) == 1 && terminal != nullptr &&
+           std::strcmp(terminal, "dumb") != 0;
+}
+
+std::size_t OutputColumns()
+{
+    constexpr std::size_t kUsual = 80;
+    winsize size = {};
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsual;
+}
+
+bool ShowsUnicode()
+{
+    const locale_t locale = newlocale(LC_CTYPE_MASK, "", nullptr);
+    if (locale == nullptr) {
+        return false;
+    }
+    const bool utf8 = std::strcmp(nl_langinfo_l(CODESET, locale), "UTF-8") == 0;
+    freelocale(locale);
+    return utf8;
 }

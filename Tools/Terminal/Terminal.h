@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 /// Writes data to stdout and flushes it, so that a reader sees each line at once.
@@ -14,3 +15,13 @@ void PrintError(std::string_view text);
 
 /// The same for a note that may be empty: an empty one is not printed.
 void PrintNote(std::string_view note);
+
+/// Whether what is written to the descriptor may be coloured: it is a terminal that can, and the user has not
+/// set NO_COLOR.
+bool WantsColour(int descriptor);
+
+/// The columns of the terminal that stdout is; 80 when it is something else or does not say.
+std::size_t OutputColumns();
+
+/// Whether the user's locale has characters beyond ASCII in UTF-8.
+bool ShowsUnicode();
