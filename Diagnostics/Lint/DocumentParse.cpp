@@ -7,6 +7,8 @@
 #include <strings.h>
 #include <utility>
 
+#include "Diagnostics/Lint/ForeignDocument.h"
+#include "Diagnostics/Lint/ParseFailure.h"
 #include "Diagnostics/Lint/ParserPlace.h"
 
 namespace lint {
@@ -22,13 +24,6 @@ constexpr std::size_t kMaxPiece = 67108864;
 constexpr std::uint64_t kMaxKept = 1048576;
 
 constexpr std::string_view kDoctype = "<!DOCTYPE";
-
-/// The parser's own text for the commonest error says the same again.
-std::string NotWellFormed(XML_Error error)
-{
-    return error == XML_ERROR_INVALID_TOKEN ? "not well-formed: invalid token"
-                                            : std::string("not well-formed: ") + XML_ErrorString(error);
-}
 
 constexpr char kRejects[] = "the TV rejects the whole document and has no schedule";
 
@@ -145,6 +140,7 @@ void DocumentParse::OnStart(void* self, const char* name, const char** attribute
     parse.Guarded([&] {
         const auto size = static_cast<std::uint64_t>(ByteCount(parse.parser_.get()));
         const Position position = parse.window_.Advance(parse.Offset());
+        parse.rootSeen_ = true;
         parse.checker_.Start(StartTag(parse.window_, name, attributes, position, size));
     });
 }
@@ -180,24 +176,36 @@ void DocumentParse::OnDoctype(void* self, const char* name, const char* /*system
 void DocumentParse::OnDeclaration(void* self, const char* /*version*/, const char* encoding, int /*standalone*/)
 {
     auto& parse = *static_cast<DocumentParse*>(self);
-    if (encoding != nullptr && strcasecmp(encoding, "UTF-8") != 0) {
+    if (encoding == nullptr) {
+        return;
+    }
+    parse.Guarded([&] { parse.encoding_ = encoding; });
+    if (strcasecmp(encoding, "UTF-8") != 0) {
         parse.window_.SetSingleByteCharacters();
     }
 }
 
 void DocumentParse::ReportNotWellFormed()
 {
-    const XML_Error error = XML_GetErrorCode(parser_.get());
-    const auto offset = Offset();
-    Problem problem = {Rule::kNotWellFormed, NotWellFormed(error), "well-formed XML", kRejects};
-    const ScheduleChecker::Open* open = checker_.Innermost();
-    if (open != nullptr) {
-        const std::string name = open->element == Element::kUnknown ? open->name : NameOf(open->element);
-        problem.message += "; " + QuotedShort(name) + " of line " + std::to_string(open->line) + " is open";
-    } else if (window_.End() == 0) {
-        problem.message = "the document is empty";
+    if (const ForeignDocument foreign = FindForeignDocument(reader_.Head()); foreign.kind != nullptr) {
+        ReportAtStart({Rule::kNotWellFormed, std::string("the file holds ") + foreign.kind + "; " + foreign.advice, "",
+                       kRejects});
+        return;
     }
-    reporter_.Report({window_.Advance(std::min(offset, window_.End())), 0}, std::move(problem));
+    const std::uint64_t offset = std::min(Offset(), window_.End());
+    ParseFailure failure;
+    failure.error = XML_GetErrorCode(parser_.get());
+    failure.before = window_.View(window_.Begin(), offset - window_.Begin());
+    failure.after = window_.View(offset, window_.End() - offset);
+    failure.encoding = encoding_;
+    const ScheduleChecker::Open* const open = checker_.Innermost();
+    if (open != nullptr) {
+        failure.openElement = open->element == Element::kUnknown ? open->name : NameOf(open->element);
+        failure.openLine = open->line;
+    }
+    failure.rootClosed = rootSeen_ && open == nullptr;
+    failure.endedAtNul = reader_.EndedAtNul();
+    reporter_.Report({window_.Advance(offset), 0}, {Rule::kNotWellFormed, DescribeParseFailure(failure), "", kRejects});
 }
 
 void DocumentParse::ReportTooLarge()

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <string>
 #include <type_traits>
 
 #include <expat.h>
@@ -67,8 +68,10 @@ private:
     ScheduleChecker checker_;
     std::unique_ptr<std::remove_pointer_t<XML_Parser>, Free> parser_;
     std::exception_ptr thrown_; ///< by a handler; kept over the parser's C code
-    std::uint64_t parsed_ = 0;  ///< bytes given to the parser
-    std::size_t piece_;         ///< bytes to read before the next step
+    std::string encoding_{};    ///< as declared; empty without a declaration
+    bool rootSeen_ = false;
+    std::uint64_t parsed_ = 0; ///< bytes given to the parser
+    std::size_t piece_;        ///< bytes to read before the next step
 };
 
 } // namespace lint

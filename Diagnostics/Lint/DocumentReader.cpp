@@ -8,7 +8,7 @@ namespace lint {
 
 namespace {
 
-constexpr std::size_t kHeadSize = 4;
+constexpr std::size_t kHeadSize = 512;
 constexpr std::size_t kReadUnit = 65536;
 
 /// What has this much nothing in it may have no end, as devices do.

@@ -20,7 +20,7 @@ public:
 
     bool AtEnd() const { return atEnd_; }
 
-    /// The document's first bytes, zero bytes included, at most four.
+    /// The document's first bytes, zero bytes included, at most 512.
     const std::string& Head() const { return head_; }
 
     /// Whether a zero byte ended the document. Known at the end.

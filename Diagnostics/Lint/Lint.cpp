@@ -2,27 +2,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string>
 #include <utility>
 
 #include "Diagnostics/Lint/DocumentParse.h"
 #include "Diagnostics/Lint/FindingList.h"
+#include "Diagnostics/Lint/ForeignDocument.h"
 
 namespace lint {
-
-namespace {
-
-/// A document in the encodings of wider units begins with one of these, or its "<" has a zero byte
-/// beside it.
-bool IsWideEncoding(std::string_view head)
-{
-    using namespace std::string_view_literals;
-    static constexpr std::string_view kHeads[] = {"\xFF\xFE"sv, "\xFE\xFF"sv, "<\0"sv,
-                                                  "\0<"sv,      "\0\0\0<"sv,  "\0\0\xFE\xFF"sv};
-    return std::any_of(std::begin(kHeads), std::end(kHeads),
-                       [head](std::string_view known) { return head.substr(0, known.size()) == known; });
-}
-
-} // namespace
 
 Report Lint(const ByteSource& source, const Options& options)
 {
@@ -30,9 +17,11 @@ Report Lint(const ByteSource& source, const Options& options)
     DocumentReader reader(source);
     DocumentParse parse(reader, findings, options);
     parse.Begin();
-    if (reader.EndedAtNul() && IsWideEncoding(reader.Head())) {
-        parse.ReportAtStart({Rule::kUnreadableEncoding, "the document is encoded in units wider than a byte", "UTF-8",
-                             "the TV reads up to the first zero byte and rejects the document"});
+    if (const char* const encoding = WideEncoding(reader.Head()); encoding != nullptr && reader.EndedAtNul()) {
+        parse.ReportAtStart({Rule::kUnreadableEncoding,
+                             std::string("the document is encoded in ") + encoding +
+                                 ", which editors also call \"Unicode\"; save it as UTF-8",
+                             "", "the TV reads up to the first zero byte and rejects the document"});
         return findings.Take();
     }
     parse.Run();

@@ -120,12 +120,12 @@ FAULTS = {
         f"problem: {CONSTANTS} cannot be read: Permission denied{UNNAMED} [constants-unreadable]",
         DIRECTORY) + NO_SCHEDULE),
     "constants are empty": (": >$res/constants.xml", 1, lines(
-        f"problem: {CONSTANTS} cannot be parsed: line 1, column 1: the document is empty; only what stands before that "
+        f"problem: {CONSTANTS} cannot be parsed: line 1, column 1: the document is empty; copy it again; only what stands before that "
         "place counts [constants-not-well-formed]",
         f"problem: {CONSTANTS} has no constant ScheduleFile {KEYLESS}", DIRECTORY) + NO_SCHEDULE),
     "constants broken behind the name": ("echo '<' >>$res/constants.xml", 0, lines(
-        f"note: {CONSTANTS} cannot be parsed: line 5, column 2: not well-formed: invalid token; only "
-        "what stands before that place counts [constants-not-well-formed]") + READY),
+        f"note: {CONSTANTS} cannot be parsed: line 5, column 2: '<' begins no tag here; write &lt; for "
+        "the character itself; only what stands before that place counts [constants-not-well-formed]") + READY),
     "a misspelt constant": ("sed -i s/ScheduleFile/SchedulFile/ $res/constants.xml", 1, lines(
         f"problem: {CONSTANTS} has no constant ScheduleFile; 'SchedulFile' is there {KEYLESS}",
         DIRECTORY) + NO_SCHEDULE),
@@ -145,17 +145,17 @@ FAULTS = {
     "the schedule is unreadable": ("chmod 0 $rech/schedule.xml", 1, lines(
         f"problem: the schedule '{SCHEDULE}' cannot be read: Permission denied [schedule-unreadable]") + NO_SCHEDULE),
     "the schedule is empty": (": >$rech/schedule.xml", 1, lines(
-        f"problem: the schedule '{SCHEDULE}' cannot be parsed: line 1, column 1: the document is empty "
+        f"problem: the schedule '{SCHEDULE}' cannot be parsed: line 1, column 1: the document is empty; copy it again "
         "[schedule-not-well-formed]") + NO_SCHEDULE),
     "the schedule is cut short": ("truncate -s 200 $rech/schedule.xml", 1, lines(
-        f"problem: the schedule '{SCHEDULE}' cannot be parsed: line 5, column 3: not well-formed: unclosed token; 'rsp' "
-        "of line 2 is open [schedule-not-well-formed]") + NO_SCHEDULE),
+        f"problem: the schedule '{SCHEDULE}' cannot be parsed: line 5, column 3: the document ends in the middle, inside what "
+        "begins here; copy it again [schedule-not-well-formed]") + NO_SCHEDULE),
     "the schedule is noise": ("printf '\\377\\001\\002' >$rech/schedule.xml", 1, lines(
-        f"problem: the schedule '{SCHEDULE}' cannot be parsed: line 1, column 1: not well-formed: "
-        "invalid token [schedule-not-well-formed]") + NO_SCHEDULE),
+        f"problem: the schedule '{SCHEDULE}' cannot be parsed: line 1, column 1: the file holds no text; "
+        "copy the right file [schedule-not-well-formed]") + NO_SCHEDULE),
     "the schedule is UTF-16": ("iconv -t UTF-16 $rech/schedule.xml >$res/u; mv $res/u $rech/schedule.xml", 1, lines(
-        f"problem: the schedule '{SCHEDULE}' cannot be parsed: line 1, column 1: the document is encoded in units wider "
-        "than a byte [schedule-not-well-formed]") + NO_SCHEDULE),
+        f"problem: the schedule '{SCHEDULE}' cannot be parsed: line 1, column 1: the document is encoded in UTF-16, "
+        "which editors also call \"Unicode\"; save it as UTF-8 [schedule-not-well-formed]") + NO_SCHEDULE),
     "no media directory": ("rm -r $media", 1, lines(
         f"problem: the media directory '{MEDIA}/' is missing [media-directory-missing]",
         "problem: 'intro.mp4' is missing; the schedule announces 1048576 bytes [file-missing]",

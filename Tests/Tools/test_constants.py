@@ -75,8 +75,8 @@ def test_a_missing_key_is_said_to_be_missing(constants, key, hint):
 
 
 def test_what_stands_before_an_error_counts_and_the_error_is_told(constants):
-    complaint = ("vqmctl: the constants file 'broken.xml' cannot be parsed: line 3, column 33: not well-formed: "
-                 "mismatched tag; 'Data' of line 3 is open; only what stands before that place counts\n")
+    complaint = ("vqmctl: the constants file 'broken.xml' cannot be parsed: line 3, column 33: '</c>' stands here, "
+                 "but 'Data' of line 3 is not closed yet; write </Data> before it; only what stands before that place counts\n")
     result = constants("list", "--file", "broken.xml")
     assert (result.returncode, result.stderr.decode()) == (1, complaint)
     assert result.stdout == b'"Retries" = "3"\n"ScheduleFile" = "schedule.xml"\n'
@@ -96,9 +96,10 @@ def test_stdin_is_read_as_a_file(constants):
 
 @pytest.mark.parametrize("content, problem", [
     (b"", "cannot be parsed: line 1, column 1: the document is empty"),
-    (b"\0\1\2\377" * 1000, "cannot be parsed: line 1, column 1: the document is empty"),
-    (b"\377\1\2\3" * 1000, "cannot be parsed: line 1, column 1: not well-formed: invalid token"),
-    (GOOD.encode("utf-16"), "cannot be parsed: line 1, column 1: the document is encoded in units wider than a byte"),
+    (b"\0\1\2\377" * 1000, "cannot be parsed: line 1, column 1: the file holds no text; copy the right file"),
+    (b"\377\1\2\3" * 1000, "cannot be parsed: line 1, column 1: the file holds no text; copy the right file"),
+    (GOOD.encode("utf-16"), "cannot be parsed: line 1, column 1: the document is encoded in UTF-16, which editors also "
+                            'call "Unicode"; save it as UTF-8'),
     (b"<c>" + b" " * 20_000_000, "cannot be parsed: line 1, column 20000004: "),
 ], ids=["empty", "zeros", "noise", "UTF-16", "huge"])
 def test_what_is_no_document_is_told(constants, content, problem):

@@ -244,17 +244,18 @@ def test_a_document_may_be_called_like_a_time(tool):
     assert tool.json("at", "11:30", "10:30")["time"] == "11:30:00"
 
 
-WIDE = b"line 1, column 1: the document is encoded in units wider than a byte"
+WIDE = b'line 1, column 1: the document is encoded in UTF-16, which editors also call "Unicode"; save it as UTF-8'
 BROKEN = [
-    (b"", b"line 1, column 1: the document is empty"),
-    (DOCUMENT.encode()[:300], b"line 5, column 87: not well-formed: unclosed token; 'item' of line 5 is open"),
-    (bytes(range(256)), b"line 1, column 1: the document is empty"),
-    (b"\x89PNG\r\n\x1a\n\0\0\0\rIHDR", b"line 1, column 1: not well-formed: invalid token"),
+    (b"", b"line 1, column 1: the document is empty; copy it again"),
+    (DOCUMENT.encode()[:300], b"line 5, column 87: the document ends in the middle, inside what begins here; copy it again"),
+    (bytes(range(256)), b"line 1, column 1: the file holds no text; copy the right file"),
+    (b"\x89PNG\r\n\x1a\n\0\0\0\rIHDR", b"line 1, column 1: the file holds a PNG picture; copy the right file"),
     (DOCUMENT.encode("utf-16"), WIDE),
     (DOCUMENT.encode("utf-16-le"), WIDE),
     (DOCUMENT.encode("utf-16-be"), WIDE),
     (DOCUMENT.encode().replace(b"intro", b"in\0tro"),
-     b"line 6, column 37: not well-formed: no element found; 'name' of line 6 is open"),
+     b"line 6, column 37: a zero byte ends the document in the middle: 'name' of line 6 is not closed; copy it again, or "
+     b"write what is missing"),
 ]
 
 
@@ -347,7 +348,7 @@ def test_what_is_huge_or_endless_ends_soon(tool, command):
     tool.write(DOCUMENT)
     os.truncate(tool.folder / "schedule.xml", 2**30)
     assert tool(command, "schedule.xml").returncode == 0
-    assert tool(command, "/dev/zero").stderr == b"vqmctl: cannot parse '/dev/zero': line 1, column 1: the document is empty\n"
+    assert tool(command, "/dev/zero").stderr == b"vqmctl: cannot parse '/dev/zero': line 1, column 1: the file begins with a zero byte, where a text ends for the TV; copy it again\n"
     endless = subprocess.Popen(["yes", "<item/>"], stdout=subprocess.PIPE)
     result = subprocess.run([VQMCTL, "schedule", command, "-"], stdin=endless.stdout, env=tool.environment,
                             capture_output=True, timeout=2 * PATIENCE)
@@ -360,13 +361,13 @@ def test_what_is_huge_or_endless_ends_soon(tool, command):
 def test_lint_of_what_has_no_end_ends_too(tool):
     result = tool("lint", "--format", "oneline", "/dev/zero")
     assert result.returncode == 1
-    assert result.stdout.startswith(b"/dev/zero:1:1: error: the document is empty; ")
+    assert result.stdout.startswith(b"/dev/zero:1:1: error: the file begins with a zero byte, where a text ends for the TV; copy it again; ")
 
 
 @pytest.mark.parametrize("command", COMMANDS)
 def test_a_pipe_waits_for_its_writer_only_if_there_is_one(tool, command):
     os.mkfifo(tool.folder / "pipe")
-    assert outcome(tool(command, "pipe")) == (3, "", "vqmctl: cannot parse 'pipe': line 1, column 1: the document is empty\n")
+    assert outcome(tool(command, "pipe")) == (3, "", "vqmctl: cannot parse 'pipe': line 1, column 1: the document is empty; copy it again\n")
     read, write = os.pipe()
     process = subprocess.Popen([VQMCTL, "schedule", command, f"/dev/fd/{read}"], pass_fds=[read], env=tool.environment,
                                stdout=subprocess.PIPE, stderr=subprocess.PIPE)

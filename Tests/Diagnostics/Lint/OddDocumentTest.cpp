@@ -19,7 +19,6 @@ TEST(LintOddDocument, EmptyAndBlankDocuments)
     EXPECT_THAT(PlacesIn(""), ElementsAre("1:1-1 not-well-formed"));
     EXPECT_THAT(PlacesIn("\n\n  "), ElementsAre("3:3-3 not-well-formed"));
     EXPECT_THAT(PlacesIn("\0\0\0"s), ElementsAre("1:1-1 not-well-formed"));
-    EXPECT_EQ(lint::Lint("", TestOptions()).findings.at(0).message, "the document is empty");
 }
 
 TEST(LintOddDocument, OneCutAnywhereIsNotWellFormed)
@@ -36,7 +35,7 @@ TEST(LintOddDocument, OneCutAnywhereIsNotWellFormed)
 TEST(LintOddDocument, NamesTheElementThatIsOpenAtTheEnd)
 {
     const lint::Report report = lint::Lint("<rsp state='ok'>\n <item>\n", TestOptions());
-    EXPECT_THAT(report.findings.back().message, HasSubstr("'item' of line 2 is open"));
+    EXPECT_THAT(report.findings.back().message, HasSubstr("'item' of line 2 is not closed"));
 }
 
 TEST(LintOddDocument, WideEncodingsAreOneFinding)
@@ -113,7 +112,7 @@ TEST(LintOddDocument, PassesOnWhatTheSourceThrows)
 TEST(LintOddDocument, EscapesWhatATerminalWouldObey)
 {
     const std::string broken = lint::Render({"a\x1b[31m\xff.xml", "", lint::Lint("<rsp>\x1b", TestOptions())});
-    EXPECT_THAT(broken, HasSubstr("a\\x1b[31m\\xff.xml:1:6: error: not well-formed"));
+    EXPECT_THAT(broken, HasSubstr("a\\x1b[31m\\xff.xml:1:6: error: the control character 1B"));
     EXPECT_THAT(broken, HasSubstr("    <rsp>\\x1b\n         ^\n"));
 }
 

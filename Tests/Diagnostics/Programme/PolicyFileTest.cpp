@@ -94,15 +94,22 @@ TEST_F(PolicyFile, SaysWhyAFileCannotBeRead)
 TEST_F(PolicyFile, SaysWhyTheLibraryRejectsADocumentAndWhere)
 {
     const std::pair<std::string, const char*> cases[] = {
-        {"", "line 1, column 1: the document is empty"},
-        {"\0\0\0\0\0"s, "line 1, column 1: the document is empty"},
-        {"\n\n", "line 3, column 1: not well-formed: no element found"},
-        {"<rsp>\n <a></rsp>", "line 2, column 7: not well-formed: mismatched tag; 'a' of line 2 is open"},
-        {"<rsp>\n<schedule>\n", "line 3, column 1: not well-formed: no element found; 'schedule' of line 2 is open"},
-        {"<rsp/>\n<rsp/>", "line 2, column 1: not well-formed: junk after document element"},
-        {"\xFF\xFE<\0r\0/\0>\0"s, "line 1, column 1: the document is encoded in units wider than a byte"},
-        {"\0<\0r\0/\0>"s, "line 1, column 1: the document is encoded in units wider than a byte"},
-        {"<rsp>\0</rsp>"s, "line 1, column 6: not well-formed: no element found; 'rsp' of line 1 is open"},
+        {"", "line 1, column 1: the document is empty; copy it again"},
+        {"\0\0\0\0\0"s,
+         "line 1, column 1: the file begins with a zero byte, where a text ends for the TV; copy it again"},
+        {"\n\n", "line 3, column 1: the document ends before its first element; copy it again"},
+        {"<rsp>\n <a></rsp>",
+         "line 2, column 7: '</rsp>' stands here, but 'a' of line 2 is not closed yet; write </a> before it"},
+        {"<rsp>\n<schedule>\n", "line 3, column 1: the document ends in the middle: 'schedule' of line 2 is not "
+                                "closed; copy it again, or write what is missing"},
+        {"<rsp/>\n<rsp/>",
+         "line 2, column 1: a second document begins here, after the end of the first; keep one of them"},
+        {"\xFF\xFE<\0r\0/\0>\0"s,
+         "line 1, column 1: the document is encoded in UTF-16, which editors also call \"Unicode\"; save it as UTF-8"},
+        {"\0<\0r\0/\0>"s,
+         "line 1, column 1: the document is encoded in UTF-16, which editors also call \"Unicode\"; save it as UTF-8"},
+        {"<rsp>\0</rsp>"s, "line 1, column 6: a zero byte ends the document in the middle: 'rsp' of line 1 is not "
+                           "closed; copy it again, or write what is missing"},
     };
     for (const auto& [document, why] : cases) {
         EXPECT_EQ(FailureOf(Write(document)), "cannot parse 'FILE': "s + why) << document;
@@ -120,7 +127,7 @@ TEST_F(PolicyFile, AHugeFileIsReadToItsFirstZeroByteOnly)
 TEST_F(PolicyFile, PipeWithoutWriterReadsAsEmpty)
 {
     ASSERT_EQ(mkfifo(Path().c_str(), 0600), 0);
-    EXPECT_EQ(FailureOf(Path()), "cannot parse 'FILE': line 1, column 1: the document is empty");
+    EXPECT_EQ(FailureOf(Path()), "cannot parse 'FILE': line 1, column 1: the document is empty; copy it again");
 }
 
 /// A document of exactly the largest size is read, one byte more is not.
