@@ -4,6 +4,7 @@
 
 #include "Diagnostics/Lint/NumberRules.h"
 #include "Diagnostics/Lint/TvConversions.h"
+#include "Diagnostics/Text/Normalization.h"
 #include "Diagnostics/Text/Words.h"
 
 namespace lint {
@@ -148,6 +149,7 @@ const ItemFacts& ItemChecker::End()
                              {Rule::kEmptyName, "the name is empty", "the file's name without extension", Looks()});
         } else {
             CheckWhiteSpace("name", name_);
+            CheckNormalization();
         }
         if (name_.text.find_first_of("/\\") != std::string::npos) {
             reporter_.Report(name_.Place(),
@@ -197,6 +199,17 @@ void ItemChecker::CheckFormat()
         reporter_.Report(format_.Place(),
                          {Rule::kPathSeparatorInName, "format " + QuotedShort(format_.text) + " has a path separator",
                           "the file's extension", Looks()});
+    }
+}
+
+void ItemChecker::CheckNormalization()
+{
+    if (const std::optional<MixedForms> mixed = FindMixedForms(name_.text)) {
+        reporter_.Report(name_.Place(),
+                         {Rule::kMixedNormalization,
+                          "name " + QuotedShort(name_.text) + " writes " + Quoted(mixed->composed) +
+                              " as one character, but " + Quoted(mixed->separate) + " as a letter and an accent",
+                          "one way for all letters, that of the file's own name", Looks()});
     }
 }
 

@@ -52,6 +52,7 @@ private:
     void CheckSize();
     void CheckChildren();
     void CheckFormat();
+    void CheckNormalization();
     void CheckWhiteSpace(const char* what, const Child& child);
 
     Reporter& reporter_;

@@ -62,6 +62,7 @@ constexpr Entry kRules[] = {
     {"empty-format", Severity::kWarning},
     {"white-space-in-name", Severity::kWarning},
     {"blank-in-name", Severity::kNote},
+    {"mixed-normalization", Severity::kWarning},
     {"path-separator-in-name", Severity::kWarning},
     {"dot-in-format", Severity::kWarning},
     {"extension-twice", Severity::kWarning},

@@ -67,6 +67,7 @@ enum class Rule {
     kEmptyFormat,
     kWhiteSpaceInName,
     kBlankInName,
+    kMixedNormalization,
     kPathSeparatorInName,
     kDotInFormat,
     kExtensionTwice,

@@ -11,8 +11,8 @@
 #include "Common/VQMConfig.h"
 #include "Data/VQMDataConstants.h"
 #include "Diagnostics/Readiness/DocumentFile.h"
-#include "Diagnostics/Readiness/FileKinds.h"
 #include "Diagnostics/Readiness/FileTree.h"
+#include "Diagnostics/Readiness/MissingFile.h"
 #include "Diagnostics/Readiness/Readiness.h"
 #include "Diagnostics/Text/InputFile.h"
 #include "Platform/desktop/base/FileDescriptor.h"
@@ -111,8 +111,8 @@ Constants LoadConstants(const Places& places)
         constants.path = places.constants.empty() ? tree.Name(VQM_CONSTANTS_FILE) : places.constants;
         const std::string place = tree.Locate(constants.path);
         LoadFrom(place, constants);
-        if (constants.state == DocumentState::kMissing && place != constants.path) {
-            constants.problem = "is missing" + DanglingLink(constants.path);
+        if (constants.state == DocumentState::kMissing) {
+            constants.problem = "is missing" + WhyMissing(constants.path, tree) + LookAlikeOf(constants.path, tree);
         }
     }
     return constants;

@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <filesystem>
 #include <limits>
+#include <map>
+#include <set>
 #include <system_error>
 #include <unordered_map>
 
@@ -14,6 +16,7 @@
 
 #include "Diagnostics/Readiness/Access.h"
 #include "Diagnostics/Readiness/FileKinds.h"
+#include "Diagnostics/Readiness/MissingFile.h"
 #include "VQMPipe/VQMFilePipe.h"
 
 namespace readiness {
@@ -47,14 +50,14 @@ bool TryToRead(const std::string& place, ContentFile& file)
 }
 
 /// `place`: where its path leads.
-void ExamineFile(const std::string& place, ContentFile& file)
+void ExamineFile(const FileTree& tree, const std::string& place, ContentFile& file)
 {
     struct stat status = {};
     if (stat(place.c_str(), &status) != 0) {
         const int error = errno;
         if (IsAbsence(error)) {
             file.kind = FileKind::kMissing;
-            file.problem = "is missing" + DanglingLink(file.path);
+            file.problem = "is missing" + WhyMissing(file.path, tree);
         } else {
             file.kind = FileKind::kNotExamined;
             file.problem = std::generic_category().message(error);
@@ -99,36 +102,15 @@ std::optional<uVQMINT64> FreeBytes(const std::string& directory)
     }
 }
 
-std::string LowerCase(std::string text)
+std::map<std::string, std::string> LookAlikesOf(const Contents& contents, const std::string& directory)
 {
-    std::transform(text.begin(), text.end(), text.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-    });
-    return text;
-}
-
-std::map<std::string, std::string> OtherSpellings(const Contents& contents, const std::string& directory)
-{
-    std::map<std::string, std::string> found;
-    std::unordered_map<std::string, std::string> missing;
+    std::set<std::string> missing;
     for (const ContentFile& file : contents.files) {
         if (file.kind == FileKind::kMissing) {
-            missing.emplace(LowerCase(file.name), file.name);
+            missing.insert(file.name);
         }
     }
-    if (missing.empty()) {
-        return found;
-    }
-    std::error_code error;
-    std::filesystem::directory_iterator entry(directory, error);
-    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-        const std::string name = entry->path().filename().string();
-        const auto match = missing.find(LowerCase(name));
-        if (match != missing.end() && match->second != name) {
-            found[match->second] = name;
-        }
-    }
-    return found;
+    return missing.empty() ? std::map<std::string, std::string>() : FindLookAlikes(directory, missing);
 }
 
 } // namespace
@@ -154,7 +136,7 @@ Contents ExamineContents(const _VQMPolicy& policy, const FileTree& tree, const s
             file.announced = content.nSize;
             const std::string place = tree.Locate(file.path);
             file.size = pipe.GetFileSize(place.c_str());
-            ExamineFile(place, file);
+            ExamineFile(tree, place, file);
             contents.complete += file.SizeMatches() ? 1 : 0;
             contents.announcedBytes = AddUpTo(contents.announcedBytes, file.announced);
             contents.files.push_back(std::move(file));
@@ -169,7 +151,10 @@ Contents ExamineContents(const _VQMPolicy& policy, const FileTree& tree, const s
     contents.closedFolder = refused ? ClosedFolder(located) : "";
     contents.missingBytes = BytesToCopy(contents.files);
     contents.freeBytes = FreeBytes(located);
-    contents.otherSpelling = OtherSpellings(contents, located);
+    contents.lookAlikes = LookAlikesOf(contents, located);
+    if (!contents.directoryPresent) {
+        contents.directoryProblem = "is missing" + WhyMissing(directory, tree) + LookAlikeOf(directory, tree);
+    }
     return contents;
 }
 

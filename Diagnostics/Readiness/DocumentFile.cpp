@@ -10,6 +10,7 @@
 #include "Diagnostics/Lint/ParseErrorText.h"
 #include "Diagnostics/Readiness/Access.h"
 #include "Diagnostics/Readiness/FileKinds.h"
+#include "Diagnostics/Readiness/MissingFile.h"
 #include "Diagnostics/Text/InputFile.h"
 #include "Diagnostics/Text/Words.h"
 
@@ -32,7 +33,7 @@ DocumentFile Examine(const std::string& path)
     if (stat(path.c_str(), &status) != 0) {
         const int error = errno;
         if (IsAbsence(error)) {
-            return {DocumentState::kMissing, "is missing" + DanglingLink(path)};
+            return {DocumentState::kMissing, "is missing" + WhyMissing(path)};
         }
         return {DocumentState::kUnreadable,
                 "cannot be examined: " + std::generic_category().message(error) + Closed(path), true};

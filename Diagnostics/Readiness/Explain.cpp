@@ -1,9 +1,6 @@
 #include "Diagnostics/Readiness/Readiness.h"
 
-#include <algorithm>
-#include <filesystem>
 #include <set>
-#include <system_error>
 #include <utility>
 
 #include "Diagnostics/Readiness/ScheduleLint.h"
@@ -67,22 +64,8 @@ private:
     std::vector<Diagnostic> diagnostics_;
 };
 
-std::vector<std::string> NamesIn(const std::string& directory)
+std::string PerhapsMeant(const std::string& name, const std::vector<std::string>& there)
 {
-    constexpr std::size_t kMost = 1000;
-    std::vector<std::string> names;
-    std::error_code error;
-    std::filesystem::directory_iterator entry(directory, error);
-    for (; !error && entry != std::filesystem::directory_iterator() && names.size() < kMost; entry.increment(error)) {
-        names.push_back(entry->path().filename().string());
-    }
-    return names;
-}
-
-std::string PerhapsMeant(const std::string& name, std::vector<std::string> there)
-{
-    // A link that leads nowhere is there under the very name.
-    there.erase(std::remove(there.begin(), there.end(), name), there.end());
     const std::vector<std::string> close = Suggest(name, there);
     return close.empty() ? "" : "; " + QuotedList(close) + (close.size() == 1 ? " is there" : " are there");
 }
@@ -176,7 +159,7 @@ void Explanation::ExplainSchedule()
     }
     std::string message = "the schedule " + Quoted(schedule.path) + " " + schedule.problem;
     if (schedule.state == DocumentState::kMissing) {
-        message += PerhapsMeant(schedule.path.substr(schedule.directory.size()), NamesIn(schedule.directory));
+        message += schedule.lookAlike.empty() ? "" : "; " + schedule.lookAlike;
         AddProblem("schedule-missing", message, schedule.path);
     } else if (schedule.state == DocumentState::kUnreadable) {
         AddProblem("schedule-unreadable", message, schedule.path);
@@ -251,7 +234,9 @@ void Explanation::ExplainContents()
 {
     const Contents& contents = report_.contents;
     if (!contents.directoryPresent && !contents.files.empty()) {
-        AddProblem("media-directory-missing", "the media directory " + Quoted(contents.directory) + " is missing",
+        AddProblem("media-directory-missing",
+                   "the media directory " + Quoted(contents.directory) + " " + contents.directoryProblem +
+                       "; none of " + Counted(contents.files.size(), "item") + " can be there",
                    contents.directory);
     }
     if (!contents.closedFolder.empty()) {
@@ -264,7 +249,8 @@ void Explanation::ExplainContents()
     std::set<std::pair<std::string, uVQMINT64>> told; // a file may belong to several items
     for (const ContentFile& file : contents.files) {
         const bool isTold = file.kind == FileKind::kNotExamined && !contents.closedFolder.empty();
-        if (!isTold && (!file.SizeMatches() || !file.readable)) {
+        const bool lacksDirectory = !contents.directoryPresent && file.kind == FileKind::kMissing;
+        if (!isTold && !lacksDirectory && (!file.SizeMatches() || !file.readable)) {
             if (told.emplace(file.name, file.announced).second) {
                 ExplainFile(file);
             }
@@ -290,9 +276,9 @@ void Explanation::ExplainFile(const ContentFile& file)
     switch (file.kind) {
     case FileKind::kMissing: {
         std::string message = name + " " + file.problem + "; " + announced + " bytes";
-        const auto other = report_.contents.otherSpelling.find(file.name);
-        if (other != report_.contents.otherSpelling.end()) {
-            message += "; " + Quoted(other->second) + " is there, but upper and lower case count";
+        const auto other = report_.contents.lookAlikes.find(file.name);
+        if (other != report_.contents.lookAlikes.end()) {
+            message += "; " + other->second;
         }
         AddProblem("file-missing", message, file.path);
         break;

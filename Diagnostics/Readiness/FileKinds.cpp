@@ -1,8 +1,6 @@
 #include "Diagnostics/Readiness/FileKinds.h"
 
 #include <cerrno>
-#include <filesystem>
-#include <system_error>
 
 #include <sys/stat.h>
 
@@ -28,13 +26,6 @@ const char* KindName(mode_t mode)
     default:
         return "a file";
     }
-}
-
-std::string DanglingLink(const std::string& path)
-{
-    std::error_code error;
-    const std::filesystem::path target = std::filesystem::read_symlink(path, error);
-    return error ? "" : ": it is a link to '" + target.string() + "', which is not there";
 }
 
 } // namespace readiness

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include <sys/types.h>
 
 namespace readiness {
@@ -11,8 +9,5 @@ bool IsAbsence(int error);
 
 /// "a directory", "a pipe"
 const char* KindName(mode_t mode);
-
-/// What to add to "is missing" where a link stands that leads nowhere; otherwise nothing.
-std::string DanglingLink(const std::string& path);
 
 } // namespace readiness

@@ -9,6 +9,7 @@
 #include "Diagnostics/Readiness/DocumentFile.h"
 #include "Diagnostics/Readiness/FileKinds.h"
 #include "Diagnostics/Readiness/FileTree.h"
+#include "Diagnostics/Readiness/MissingFile.h"
 #include "Diagnostics/Readiness/PipeRelease.h"
 #include "Diagnostics/Readiness/ScheduleLint.h"
 #include "Diagnostics/Text/Words.h"
@@ -67,9 +68,6 @@ void ReadPolicy(Monitor& monitor, Schedule& schedule)
     });
     schedule.state = file.state;
     schedule.problem = file.problem;
-    if (file.state == DocumentState::kMissing && schedule.place != schedule.path) {
-        schedule.problem = "is missing" + DanglingLink(schedule.path);
-    }
 }
 
 void RunAndExamine(Monitor& monitor, const FileTree& tree, const Progress& progress, Report& report)
@@ -164,6 +162,12 @@ Report Check(const Places& places, const schedule::Day& today, const Progress& p
     report.contents.directory = MediaDirectory(monitor, places, tree);
     report.compiledIn = tree.IsThisMachines() && places.schedule.empty() && places.media.empty();
     (report.compiledIn ? RunAndExamine : CheckStepByStep)(monitor, tree, progress, report);
+    if (report.schedule.state == DocumentState::kMissing) {
+        Schedule& missing = report.schedule;
+        missing.problem = "is missing" + WhyMissing(missing.path, tree);
+        missing.lookAlike =
+            FindOtherSchedule(tree.Locate(missing.directory), missing.path.substr(missing.directory.size()));
+    }
     report.findings = LintSchedule(report.schedule, today);
     report.closedToOthers = ClosedToTheApplication(places, tree, report);
     report.schedule.expiry = schedule::ExpiryOn(report.schedule.policy, today);

@@ -51,7 +51,8 @@ struct Schedule {
     std::string place{};   ///< where that leads: differs where links of another TV's tree were followed
     DocumentState state = DocumentState::kMissing;
     std::string problem{};
-    _VQMPolicy policy{}; ///< as the library reads it; whether or not it is the TV's current one
+    _VQMPolicy policy{};     ///< as the library reads it; whether or not it is the TV's current one
+    std::string lookAlike{}; ///< where it is missing: what is there instead, as a clause
     schedule::Expiry expiry = schedule::Expiry::kNone;
 };
 
@@ -82,12 +83,13 @@ struct Contents {
     std::string directory; ///< with "/" at its end
     bool directoryPresent = false;
     std::string closedFolder{};           ///< on the way to the files, and this user may not enter it; empty: none
+    std::string directoryProblem{};       ///< a clause to follow its name when it is missing
     std::vector<ContentFile> files{};     ///< an entry for each item, in the document's order
     std::size_t complete = 0;             ///< how many of them the library takes
     uVQMINT64 announcedBytes = 0;         ///< of all items; the largest number when they add up to more
     uVQMINT64 missingBytes = 0;           ///< to be copied still; a file that several items name counts once
     std::optional<uVQMINT64> freeBytes{}; ///< of the disk the directory is, or would be, on; null when not known
-    std::map<std::string, std::string> otherSpelling{}; ///< a missing name, and a file there that differs in case only
+    std::map<std::string, std::string> lookAlikes{}; ///< by missing name: what is there instead, as a clause
 };
 
 /// What the library's content check said.
