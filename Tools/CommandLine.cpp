@@ -2,12 +2,14 @@
 
 #include <charconv>
 #include <cstdlib>
+#include <memory>
 #include <new>
 #include <system_error>
 #include <utility>
 
 #include "Diagnostics/Text/Suggestions.h"
 #include "Tools/CommandError.h"
+#include "Tools/Terminal/HelpText.h"
 #include "Tools/Terminal/Terminal.h"
 
 namespace {
@@ -17,6 +19,13 @@ constexpr char kFooter[] = "Exit codes: 0 fine, 1 not ready or findings, 2 usage
 bool TakesCommands(const CLI::App& app)
 {
     return !app.get_subcommands([](const CLI::App* command) { return !command->get_name().empty(); }).empty();
+}
+
+/// Null when there is none.
+CLI::App* FindCommand(CLI::App& group, const std::string& name)
+{
+    const auto found = group.get_subcommands([&name](const CLI::App* command) { return command->get_name() == name; });
+    return found.empty() ? nullptr : found.front();
 }
 
 std::vector<std::string> CommandNames(const CLI::App& group)
@@ -54,6 +63,33 @@ std::string DescribeMissingCommand(const CLI::App& group, const std::vector<std:
     std::string text = "unknown command '" + leftOver.front() + "' after '" + FullName(group) + "'; ";
     const std::vector<std::string> close = Suggest(leftOver.front(), names);
     return text + (close.empty() ? "expected " + JoinWithOr(names) : "did you mean " + JoinWithOr(close) + "?");
+}
+
+/// The command's options and those that hold everywhere.
+std::vector<std::string> OptionNames(const CLI::App* command)
+{
+    std::vector<std::string> names;
+    for (; command != nullptr; command = command->get_parent()) {
+        for (const CLI::Option* option : command->get_options()) {
+            for (const std::string& name : option->get_lnames()) {
+                names.push_back("--" + name);
+            }
+        }
+    }
+    return names;
+}
+
+std::string DescribeUnknownOption(const CLI::App& command, const std::string& argument)
+{
+    const std::string name = argument.substr(0, argument.find('='));
+    const std::vector<std::string> close = Suggest(name, OptionNames(&command));
+    return "unknown option '" + name + "' of '" + FullName(command) + "'; " +
+           (close.empty() ? "" : "did you mean " + JoinWithOr(close) + "? ") + "see '" + FullName(command) + " --help'";
+}
+
+bool IsOption(const std::string& argument)
+{
+    return argument.size() > 1 && argument.front() == '-';
 }
 
 /// The required argument that the line lacks, or nothing.
@@ -96,12 +132,35 @@ std::string Describe(CLI::App& app, const CLI::ParseError& error)
 {
     CLI::App& command = LastCommand(app);
     const std::vector<std::string> leftOver = app.remaining(true);
+    if (!leftOver.empty() && IsOption(leftOver.front())) {
+        return DescribeUnknownOption(command, leftOver.front());
+    }
     if (TakesCommands(command)) {
         return DescribeMissingCommand(command, leftOver);
     }
     std::string text =
         leftOver.empty() ? DescribeArgument(command, error) : "unexpected argument '" + leftOver.front() + "'";
     return text + "; see '" + FullName(command) + " --help'";
+}
+
+void PrintHelp(const CLI::App& command)
+{
+    const std::string name = FullName(command);
+    const std::string example = ExampleFor(name);
+    const std::string help = command.get_formatter()->make_help(&command, name, CLI::AppFormatMode::Normal);
+    static_cast<void>(
+        Print(WrappedHelp(help + (example.empty() ? "" : "\nExample:\n  " + example + "\n"), HelpColumns())));
+}
+
+ColourMode ParseColour(const std::string& when)
+{
+    if (when == "auto") {
+        return ColourMode::kAuto;
+    }
+    if (when == "always" || when == "never") {
+        return when == "always" ? ColourMode::kAlways : ColourMode::kNever;
+    }
+    throw CommandError(ExitCode::kUsage, "--color is '" + when + "'; expected auto, always or never");
 }
 
 /// The library reports each call to the log, for an application's sake. Here its errors are enough,
@@ -118,9 +177,15 @@ CommandLine::CommandLine() : app_("The command-line tool of VQMKeygrab.", "vqmct
     app_.set_help_flag("-h,--help", "Print this help and exit");
     app_.set_version_flag("--version", "vqmctl " VQM_VERSION, "Print the version and exit");
     app_.add_flag("-v,--verbose", verbose_, "Show the library's log on stderr");
+    app_.add_option("--color", "Colours: auto, always or never; auto colours what a terminal shows")
+        ->type_name("WHEN")
+        ->each([](const std::string& when) { SetColour(ParseColour(when)); });
     app_.footer(kFooter);
     app_.require_subcommand(1);
     app_.fallthrough();
+    const auto words = std::make_shared<std::vector<std::string>>();
+    CLI::App& help = AddCommand("help", "Print the help of a command", [this, words] { return Help(*words); });
+    help.add_option("command", *words, "The command's words, such as: schedule lint")->type_name("COMMAND");
 }
 
 CLI::App& CommandLine::AddGroup(const std::string& name, const std::string& description)
@@ -158,6 +223,22 @@ std::function<std::string(const std::string&)> WholeNumber(const std::string& op
     };
 }
 
+ExitCode CommandLine::Help(const std::vector<std::string>& words)
+{
+    CLI::App* command = &app_;
+    for (const std::string& word : words) {
+        CLI::App* const next = FindCommand(*command, word);
+        if (next == nullptr) {
+            throw CommandError(ExitCode::kUsage, TakesCommands(*command)
+                                                     ? DescribeMissingCommand(*command, {word})
+                                                     : "'" + FullName(*command) + "' has no command '" + word + "'");
+        }
+        command = next;
+    }
+    PrintHelp(*command);
+    return ExitCode::kOk;
+}
+
 int CommandLine::Run(int argc, char** argv)
 {
     try {
@@ -182,7 +263,7 @@ ExitCode CommandLine::ParseAndAct(int argc, char** argv)
         static_cast<void>(Print(std::string(version.what()) + "\n"));
         return ExitCode::kOk;
     } catch (const CLI::CallForHelp&) {
-        static_cast<void>(Print(app_.help()));
+        PrintHelp(LastCommand(app_));
         return ExitCode::kOk;
     } catch (const CLI::ParseError& error) {
         throw CommandError(ExitCode::kUsage, Describe(app_, error));

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -37,6 +38,7 @@ public:
     int Run(int argc, char** argv);
 
 private:
+    ExitCode Help(const std::vector<std::string>& words);
     ExitCode ParseAndAct(int argc, char** argv);
 
     CLI::App app_;

@@ -17,5 +17,6 @@ int main(int argc, char** argv)
     AddStatusCommand(line, handOver);
     AddCheckCommand(line);
     AddConstantsCommands(line);
+    AddExplainCommand(line);
     return line.Run(argc, argv);
 }

@@ -19,7 +19,7 @@ std::string Shown(std::string text)
     return EscapedForTerminal(text);
 }
 
-std::string SourceLines(const Snippet& source)
+std::string SourceLines(const Snippet& source, const Style& style)
 {
     if (source.text.empty()) {
         return "";
@@ -27,39 +27,40 @@ std::string SourceLines(const Snippet& source)
     const std::string before = (source.cutBefore ? kCut : "") + Shown(source.text.substr(0, source.start));
     const std::string subject = Shown(source.text.substr(source.start, source.length));
     const std::string after = Shown(source.text.substr(source.start + source.length)) + (source.cutAfter ? kCut : "");
-    std::string marker(WidthOnTerminal(before), ' ');
-    marker += '^';
-    marker.append(std::max<std::size_t>(WidthOnTerminal(subject), 1) - 1, '~');
-    return kIndent + before + subject + after + "\n" + kIndent + marker + "\n";
+    const std::string marker = "^" + std::string(std::max<std::size_t>(WidthOnTerminal(subject), 1) - 1, '~');
+    return kIndent + before + subject + after + "\n" + kIndent + std::string(WidthOnTerminal(before), ' ') +
+           style.Good(marker) + "\n";
 }
 
-std::string FirstLine(const std::string& name, const Diagnostic& finding)
+std::string FirstLine(const std::string& name, const Diagnostic& finding, const Style& style)
 {
     std::string text = finding.message;
     if (!finding.expected.empty()) {
         text += "; expected " + finding.expected;
     }
     text += "; " + finding.effect;
-    return EscapedForTerminal(name) + ":" + std::to_string(finding.line) + ":" + std::to_string(finding.column) + ": " +
-           NameOf(finding.severity) + ": " + EscapedForTerminal(text) + " [" + finding.id + "]\n";
+    const std::string place =
+        EscapedForTerminal(name) + ":" + std::to_string(finding.line) + ":" + std::to_string(finding.column) + ":";
+    return style.Bold(place) + " " + style.Paint(finding.severity, NameOf(finding.severity) + std::string(":")) + " " +
+           EscapedForTerminal(text) + " [" + finding.id + "]\n";
 }
 
 } // namespace
 
-std::string Render(const FileResult& file)
+std::string Render(const FileResult& file, const Style& style)
 {
     std::string text;
     for (const Diagnostic& finding : file.report.findings) {
-        text += FirstLine(file.name, finding) + SourceLines(finding.source);
+        text += FirstLine(file.name, finding, style) + SourceLines(finding.source, style);
     }
     return text;
 }
 
-std::string RenderOneline(const FileResult& file)
+std::string RenderOneline(const FileResult& file, const Style& style)
 {
     std::string text;
     for (const Diagnostic& finding : file.report.findings) {
-        text += FirstLine(file.name, finding);
+        text += FirstLine(file.name, finding, style);
     }
     return text;
 }

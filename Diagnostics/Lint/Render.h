@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "Diagnostics/Lint/Report.h"
+#include "Diagnostics/Text/Style.h"
 
 namespace lint {
 
@@ -18,10 +19,10 @@ struct FileResult {
 // escaped.
 
 /// "file:line:column: severity: message [rule]", the source line, and a line that marks the place.
-std::string Render(const FileResult& file);
+std::string Render(const FileResult& file, const Style& style = Style());
 
 /// Only the first of these lines for each finding.
-std::string RenderOneline(const FileResult& file);
+std::string RenderOneline(const FileResult& file, const Style& style = Style());
 
 /// All files as one document of Docs/schemas/lint.schema.json.
 std::string RenderJson(const std::vector<FileResult>& files);

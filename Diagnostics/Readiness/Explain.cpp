@@ -94,7 +94,7 @@ void Explanation::ExplainConstants()
     const Constants& constants = report_.constants;
     const std::string file = "the constants file " + Quoted(constants.path) + " ";
     const std::string consequence =
-        constants.ScheduleFile() == nullptr ? "; without it the TV knows no name of a schedule" : "";
+        constants.ScheduleFile() == nullptr ? "; without it the TV does not know the name of its schedule" : "";
     switch (constants.state) {
     case DocumentState::kMissing:
         AddProblem("constants-missing", file + constants.problem + consequence, constants.path);
@@ -146,15 +146,8 @@ void Explanation::ExplainScheduleFile()
 void Explanation::ExplainSchedule()
 {
     const Schedule& schedule = report_.schedule;
-    if (schedule.state == DocumentState::kLoaded) {
-        return;
-    }
-    if (schedule.path == schedule.directory) {
-        const bool missing = schedule.state == DocumentState::kMissing;
-        AddProblem("schedule-is-directory",
-                   "without a name for the schedule the TV looks for the directory " + Quoted(schedule.path) +
-                       " itself, which " + (missing ? "is missing" : "is not a schedule"),
-                   schedule.path);
+    // What names no schedule has been explained: that the TV then looks for the directory itself helps nobody.
+    if (schedule.state == DocumentState::kLoaded || schedule.path == schedule.directory) {
         return;
     }
     std::string message = "the schedule " + Quoted(schedule.path) + " " + schedule.problem;
@@ -233,7 +226,7 @@ void Explanation::ExplainTotals()
 void Explanation::ExplainContents()
 {
     const Contents& contents = report_.contents;
-    if (!contents.directoryPresent && !contents.files.empty()) {
+    if (!contents.directoryPresent && contents.closedFolder.empty() && !contents.files.empty()) {
         AddProblem("media-directory-missing",
                    "the media directory " + Quoted(contents.directory) + " " + contents.directoryProblem +
                        "; none of " + Counted(contents.files.size(), "item") + " can be there",

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <functional>
-#include <map>
+#include <strings.h>
 #include <system_error>
 #include <vector>
 
@@ -126,33 +126,36 @@ std::map<std::string, std::string> FindLookAlikes(const std::string& directory, 
     return found;
 }
 
+std::vector<std::string> FindDocuments(const std::string& directory)
+{
+    std::vector<std::string> names;
+    std::size_t left = kMostEntries;
+    ForEachEntry(directory, left, [&](const fs::directory_entry& entry) {
+        const std::string extension = entry.path().extension().string();
+        std::error_code error;
+        if (strcasecmp(extension.c_str(), ".xml") == 0 && entry.is_regular_file(error)) {
+            names.push_back(entry.path().filename().string());
+        }
+    });
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
 std::string FindOtherSchedule(const std::string& directory, const std::string& name)
 {
     const auto alike = FindLookAlikes(directory, {name});
     if (!alike.empty()) {
         return alike.begin()->second;
     }
-    std::vector<std::string> others;
     std::vector<std::string> all;
     std::size_t left = kMostEntries;
     ForEachEntry(directory, left, [&](const fs::directory_entry& entry) {
-        const std::string other = entry.path().filename().string();
-        std::string extension = entry.path().extension().string();
-        std::transform(extension.begin(), extension.end(), extension.begin(), [](char letter) {
-            return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
-        });
-        if (other != name) {
-            all.push_back(other);
-            if (extension == ".xml") {
-                others.push_back(other);
-            }
+        if (entry.path().filename() != name) {
+            all.push_back(entry.path().filename().string());
         }
     });
     const std::vector<std::string> close = Suggest(name, all);
-    if (!close.empty()) {
-        others = close;
-    }
-    std::sort(others.begin(), others.end());
+    std::vector<std::string> others = close.empty() ? FindDocuments(directory) : close;
     if (others.empty()) {
         return "";
     }

@@ -10,6 +10,7 @@
 #include "Diagnostics/Readiness/FileKinds.h"
 #include "Diagnostics/Readiness/FileTree.h"
 #include "Diagnostics/Readiness/MissingFile.h"
+#include "Diagnostics/Readiness/NewConstants.h"
 #include "Diagnostics/Readiness/PipeRelease.h"
 #include "Diagnostics/Readiness/ScheduleLint.h"
 #include "Diagnostics/Text/Words.h"
@@ -162,6 +163,9 @@ Report Check(const Places& places, const schedule::Day& today, const Progress& p
     report.contents.directory = MediaDirectory(monitor, places, tree);
     report.compiledIn = tree.IsThisMachines() && places.schedule.empty() && places.media.empty();
     (report.compiledIn ? RunAndExamine : CheckStepByStep)(monitor, tree, progress, report);
+    if (report.constants.state == DocumentState::kMissing) {
+        report.constants.newText = NewConstants(NameForSchedule(places));
+    }
     if (report.schedule.state == DocumentState::kMissing) {
         Schedule& missing = report.schedule;
         missing.problem = "is missing" + WhyMissing(missing.path, tree);

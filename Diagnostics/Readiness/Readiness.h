@@ -39,7 +39,8 @@ struct Constants {
     DocumentState state = DocumentState::kMissing;
     std::string problem{}; ///< for a person, one clause; empty when loaded
     std::map<std::string, std::string>
-        values{}; ///< what the library took; of a broken file, what stands before the error
+        values{};          ///< what the library took; of a broken file, what stands before the error
+    std::string newText{}; ///< what to write into it where it is missing, whole lines
 
     /// The file name of the schedule; null when no such constant was loaded.
     const std::string* ScheduleFile() const;

@@ -1,5 +1,7 @@
 #include "Diagnostics/Readiness/Render.h"
 
+#include <string_view>
+
 #include "Diagnostics/Readiness/ScheduleLint.h"
 #include "Diagnostics/Text/TerminalText.h"
 #include "Diagnostics/Text/Words.h"
@@ -108,9 +110,25 @@ std::string SummaryText(const Report& report, const std::vector<Diagnostic>& dia
            " complete" + StoppedAt(contents);
 }
 
+/// What to write into the file that a diagnostic misses.
+std::string AdviceOn(const Diagnostic& diagnostic, const Report& report)
+{
+    if (diagnostic.id != "constants-missing" || report.constants.newText.empty()) {
+        return "";
+    }
+    std::string text = "    Write these lines into it; 'vqmctl constants init' does:\n";
+    std::string_view rest = report.constants.newText;
+    while (!rest.empty()) {
+        const std::size_t end = rest.find('\n');
+        text += "      " + EscapedForTerminal(rest.substr(0, end)) + "\n";
+        rest.remove_prefix(end + 1);
+    }
+    return text;
+}
+
 const char* PrefixOf(const Diagnostic& diagnostic)
 {
-    return diagnostic.blocking ? "problem: " : diagnostic.severity == Severity::kError ? "error: " : "note: ";
+    return diagnostic.blocking ? "problem:" : diagnostic.severity == Severity::kError ? "error:" : "note:";
 }
 
 } // namespace
@@ -127,17 +145,19 @@ std::string SummaryLine(const Report& report, const std::vector<Diagnostic>& dia
     return EscapedForTerminal(SummaryText(report, diagnostics));
 }
 
-std::string Render(const Report& report)
+std::string Render(const Report& report, const Style& style)
 {
     std::string text = EscapedForTerminal(ConstantsLine(report.constants)) + "\n" +
                        EscapedForTerminal(ScheduleLine(report)) + "\n" +
                        EscapedForTerminal(MediaLine(report.contents)) + "\n";
     const std::vector<Diagnostic> diagnostics = Explain(report);
     for (const Diagnostic& diagnostic : diagnostics) {
-        text += PrefixOf(diagnostic) + EscapedForTerminal(diagnostic.message) + " [" + diagnostic.id + "]\n";
+        text += style.Paint(diagnostic.severity, PrefixOf(diagnostic)) + " " + EscapedForTerminal(diagnostic.message) +
+                " [" + diagnostic.id + "]\n" + AdviceOn(diagnostic, report);
     }
-    return text + LintLine(report) + "summary:   " + SummaryLine(report, diagnostics) + "\n" + VerdictLine(report) +
-           "\n";
+    const std::string verdict = VerdictLine(report);
+    return text + LintLine(report) + "summary:   " + SummaryLine(report, diagnostics) + "\n" +
+           (report.verdict.Ready() ? style.Good(verdict) : style.Paint(Severity::kError, verdict)) + "\n";
 }
 
 } // namespace readiness

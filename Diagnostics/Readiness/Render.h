@@ -4,11 +4,12 @@
 
 #include "Diagnostics/Readiness/Readiness.h"
 #include "Diagnostics/Text/JsonWriter.h"
+#include "Diagnostics/Text/Style.h"
 
 namespace readiness {
 
 /// What was looked at, a line for each diagnostic, and the verdict. Fit for a terminal.
-std::string Render(const Report& report);
+std::string Render(const Report& report, const Style& style = Style());
 
 /// Writes one document of Docs/schemas/check.schema.json, on one line or indented. Returns false when
 /// `sink` did: the reader has gone.

@@ -89,7 +89,7 @@ void AddList(const std::string& title, const std::vector<const std::vector<Diagn
 
 } // namespace
 
-std::string Render(const Report& report, const Verdict& verdict)
+std::string Render(const Report& report, const Verdict& verdict, const Style& style)
 {
     Screen screen;
     if (report.root.empty()) {
@@ -107,8 +107,9 @@ std::string Render(const Report& report, const Verdict& verdict)
     AddList("What is not as written:", {&verdict.meaning}, screen);
     AddList("Besides:", {&verdict.unknown, &verdict.remarks}, screen);
     screen.AddPlain("");
-    screen.AddPlain(Sentence(report, verdict));
-    return screen.Take();
+    const std::string sentence = EscapedForTerminal(Sentence(report, verdict));
+    return screen.Take() + (verdict.HasErrors() ? style.Paint(Severity::kError, sentence) : style.Good(sentence)) +
+           "\n";
 }
 
 } // namespace status

@@ -113,10 +113,10 @@ class Tool:
     def commands(self, path):
         form = self.random.choice([[], ["--json"]])
         return self.random.choice([
-            ["schedule", "lint", path, *self.random.choice([[], ["--format", "json"], ["--strict"]])],
+            ["schedule", "lint", path, *self.random.choice([[], ["--json"], ["--strict"]])],
             ["schedule", "show", path, *form], ["schedule", "at", *self.random.choice([[], ["12:00"]]), path, *form],
-            ["constants", "list", "--file", path, *form],
-            ["constants", "get", self.random.choice(["ScheduleFile", "k" * 300]), "--file", path],
+            ["constants", "list", "--constants", path, *form],
+            ["constants", "get", self.random.choice(["ScheduleFile", "k" * 300]), "--constants", path],
             ["check", "--constants", path, *form], ["status", "--constants", path, *form]])
 
     def run(self, path, arguments=None, codes=(0, 1, 2, 3)):
@@ -182,7 +182,7 @@ def attack(random, steps, held):
         path.write_text(grammar.large())
         for command in (["schedule", "lint"], ["schedule", "show"], ["schedule", "at", "12:00"]):
             tool.run(path, [*command, path], codes=(0, 1))
-        tool.run(path, ["constants", "get", "k" * 300, "--file", path], codes=(0, 1))
+        tool.run(path, ["constants", "get", "k" * 300, "--constants", path], codes=(0, 1))
         for _ in range(steps):
             data = grammar.document()
             path.write_bytes(data)

@@ -103,9 +103,10 @@ CASES = [
     ("vqmctl setting ", {"get", "on", "off", "watch"}, {"lint"}),
     ("vqmctl schedule lint ", {"schedule.xml", "season"}, {"notes.txt", "show"}),
     ("vqmctl schedule lint --ignore ", {"expired", "time-without-seconds"}, {"schedule.xml"}),
-    ("vqmctl schedule lint --format ", {"human", "oneline", "json"}, {"schedule.xml"}),
-    ("vqmctl schedule lint --format json ", {"schedule.xml"}, {"human", "notes.txt"}),
-    ("vqmctl -v schedule lint --st", {"--strict"}, {"--format"}),
+    ("vqmctl --color ", {"auto", "always", "never"}, {"status"}),
+    ("vqmctl schedule lint --json ", {"schedule.xml"}, {"always", "notes.txt"}),
+    ("vqmctl -v schedule lint --st", {"--strict"}, {"--json"}),
+    ("vqmctl explain ", {"expired", "time-without-seconds"}, {"schedule.xml"}),
     ("vqmctl check --constants ", {"schedule.xml"}, {"notes.txt", "status"}),
     ("vqmctl remote press XF86Mo", {"XF86More"}, {"XF86SimpleMenu"}),
     ("vqmctl remote press --hold 5 XF86Sim", {"XF86SimpleMenu"}, {"XF86More"}),
@@ -124,5 +125,5 @@ def test_shell_offers_what_can_follow(shell, line, offered, others, folder):
 
 
 def test_bash_completes_behind_an_equals_sign(folder):
-    assert in_bash("vqmctl schedule lint --format = j", folder) == {"json"}
-    assert in_bash("vqmctl schedule lint --format =", folder) == {"human", "oneline", "json"}
+    assert in_bash("vqmctl --color = al", folder) == {"always"}
+    assert in_bash("vqmctl --color =", folder) == {"auto", "always", "never"}

@@ -38,13 +38,13 @@ def check_json(output):
 
 
 def test_list_prints_all_by_key(constants):
-    result = constants("list", "--file", "good.xml")
+    result = constants("list", "--constants", "good.xml")
     assert (result.returncode, result.stderr) == (0, b"")
     assert result.stdout == b'"Empty" = ""\n"Retries" = "3"\n"ScheduleFile" = "schedule.xml"\n'
 
 
 def test_list_gives_the_same_as_json(constants):
-    result = constants("list", "--file", "good.xml", "--json")
+    result = constants("list", "--constants", "good.xml", "--json")
     assert (result.returncode, result.stderr) == (0, b"")
     assert check_json(result.stdout) == {
         "schema_version": 1, "file": "good.xml", "state": "loaded", "problem": None,
@@ -54,9 +54,9 @@ def test_list_gives_the_same_as_json(constants):
 
 @pytest.mark.parametrize("key, value", [("ScheduleFile", b"schedule.xml\n"), ("Retries", b"3\n"), ("Empty", b"\n")])
 def test_get_prints_the_value_alone(constants, key, value):
-    result = constants("get", key, "--file", "good.xml")
+    result = constants("get", key, "--constants", "good.xml")
     assert (result.returncode, result.stdout, result.stderr) == (0, value, b"")
-    found = check_json(constants("get", key, "--file", "good.xml", "--json").stdout)["constants"]
+    found = check_json(constants("get", key, "--constants", "good.xml", "--json").stdout)["constants"]
     assert found == [{"key": key, "value": value.decode().strip()}]
 
 
@@ -67,35 +67,35 @@ def test_get_prints_the_value_alone(constants, key, value):
     ("", ""),
 ])
 def test_a_missing_key_is_said_to_be_missing(constants, key, hint):
-    result = constants("get", key, "--file", "good.xml")
+    result = constants("get", key, "--constants", "good.xml")
     assert (result.returncode, result.stdout) == (1, b"")
     assert result.stderr.decode() == f"vqmctl: the constants file 'good.xml' has no constant '{key}'{hint}\n"
-    result = constants("get", key, "--file", "good.xml", "--json")
+    result = constants("get", key, "--constants", "good.xml", "--json")
     assert (result.returncode, check_json(result.stdout)["constants"]) == (1, [])
 
 
 def test_what_stands_before_an_error_counts_and_the_error_is_told(constants):
     complaint = ("vqmctl: the constants file 'broken.xml' cannot be parsed: line 3, column 33: '</c>' stands here, "
                  "but 'Data' of line 3 is not closed yet; write </Data> before it; only what stands before that place counts\n")
-    result = constants("list", "--file", "broken.xml")
+    result = constants("list", "--constants", "broken.xml")
     assert (result.returncode, result.stderr.decode()) == (1, complaint)
     assert result.stdout == b'"Retries" = "3"\n"ScheduleFile" = "schedule.xml"\n'
-    result = constants("get", "Retries", "--file", "broken.xml")
+    result = constants("get", "Retries", "--constants", "broken.xml")
     assert (result.returncode, result.stdout, result.stderr.decode()) == (1, b"3\n", complaint)
-    assert check_json(constants("list", "--file", "broken.xml", "--json").stdout)["state"] == "not-well-formed"
+    assert check_json(constants("list", "--constants", "broken.xml", "--json").stdout)["state"] == "not-well-formed"
 
 
 def test_stdin_is_read_as_a_file(constants):
-    result = constants("get", "Retries", "--file", "-", stdin=GOOD.encode())
+    result = constants("get", "Retries", "--constants", "-", stdin=GOOD.encode())
     assert (result.returncode, result.stdout, result.stderr) == (0, b"3\n", b"")
-    result = constants("list", "--file", "-", stdin=b"<c>")
+    result = constants("list", "--constants", "-", stdin=b"<c>")
     assert result.returncode == 1
     assert result.stderr.startswith(b"vqmctl: the constants file '<stdin>' cannot be parsed: line 1, column 4: ")
-    assert check_json(constants("list", "--file", "-", "--json", stdin=GOOD.encode()).stdout)["file"] == "<stdin>"
+    assert check_json(constants("list", "--constants", "-", "--json", stdin=GOOD.encode()).stdout)["file"] == "<stdin>"
 
 
 @pytest.mark.parametrize("content, problem", [
-    (b"", "cannot be parsed: line 1, column 1: the document is empty"),
+    (b"", "cannot be parsed: line 1, column 1: the document is empty; copy it again"),
     (b"\0\1\2\377" * 1000, "cannot be parsed: line 1, column 1: the file holds no text; copy the right file"),
     (b"\377\1\2\3" * 1000, "cannot be parsed: line 1, column 1: the file holds no text; copy the right file"),
     (GOOD.encode("utf-16"), "cannot be parsed: line 1, column 1: the document is encoded in UTF-16, which editors also "
@@ -105,7 +105,7 @@ def test_stdin_is_read_as_a_file(constants):
 def test_what_is_no_document_is_told(constants, content, problem):
     (constants.folder / "odd.xml").write_bytes(content)
     for command in (["list"], ["list", "--json"]):
-        result = constants(*command, "--file", "odd.xml")
+        result = constants(*command, "--constants", "odd.xml")
         assert result.returncode == 1
         assert result.stderr.decode().startswith(f"vqmctl: the constants file 'odd.xml' {problem}")
     assert check_json(result.stdout)["constants"] == []
@@ -123,7 +123,7 @@ def test_what_is_no_document_is_told(constants, content, problem):
 def test_what_cannot_be_read_is_told(constants, prepare, problem):
     subprocess.run(prepare, shell=True, check=True, cwd=constants.folder)
     for command in (["get", "ScheduleFile"], ["list"], ["list", "--json"]):
-        result = constants(*command, "--file", "odd.xml")
+        result = constants(*command, "--constants", "odd.xml")
         assert result.stderr.decode() == f"vqmctl: the constants file 'odd.xml' {problem}\n"
         assert result.returncode == 3
     assert check_json(result.stdout)["constants"] == []
@@ -133,12 +133,12 @@ def test_texts_come_out_escaped(constants):
     name = os.fsencode(constants.folder) + b"/\x1b[31m\xff\n.xml"
     Path(os.fsdecode(name)).write_bytes(b'<?xml version="1.0" encoding="ISO-8859-1"?><c>'
                                         b'<Data key="a&#10;b" value="\xe4&#9;\x9b31m"/></c>')
-    result = constants("list", "--file", name)
+    result = constants("list", "--constants", name)
     assert (result.returncode, result.stdout) == (0, '"a\\x0ab" = "\u00e4\\x09\\xc2\\x9b31m"\n'.encode())
-    document = check_json(constants("list", "--file", name, "--json").stdout)
+    document = check_json(constants("list", "--constants", name, "--json").stdout)
     assert document["constants"] == [{"key": "a\nb", "value": "\u00e4\t\x9b31m"}]
     assert document["file"].endswith("/\\x1b[31m\\xff\\x0a.xml")
-    assert constants("get", "x\x1b", "--file", name).stderr.endswith(b"\\x0a.xml' has no constant 'x\\x1b'\n")
+    assert constants("get", "x\x1b", "--constants", name).stderr.endswith(b"\\x0a.xml' has no constant 'x\\x1b'\n")
 
 
 @pytest.mark.parametrize("command", [["list"], ["list", "--json"], ["get", "Retries"]])
@@ -146,7 +146,7 @@ def test_a_reader_that_has_gone_leaves_no_trace(constants, command):
     for file, code in (("good.xml", 0), ("broken.xml", 1)):
         read, write = os.pipe()
         os.close(read)
-        result = constants(*command, "--file", file, stdout=write)
+        result = constants(*command, "--constants", file, stdout=write)
         os.close(write)
         assert result.returncode == code
         assert result.stderr.count(b"\n") == code
@@ -165,7 +165,7 @@ def test_a_pipe_that_takes_the_files_place_is_not_waited_for(constants):
     swapper = threading.Thread(target=swap)
     swapper.start()
     try:
-        codes = {constants("list", "--file", "good.xml").returncode for _ in range(100)}
+        codes = {constants("list", "--constants", "good.xml").returncode for _ in range(100)}
     finally:
         ended.set()
         swapper.join()
@@ -175,21 +175,58 @@ def test_a_pipe_that_takes_the_files_place_is_not_waited_for(constants):
 def test_a_long_key_among_many_long_ones_is_only_said_to_be_missing(constants):
     entries = "".join(f'<Data key="{number:0300}" value=""/>' for number in range(50000))
     (constants.folder / "many.xml").write_text(f"<c>{entries}</c>")
-    result = constants("get", 300 * "k", "--file", "many.xml")
+    result = constants("get", 300 * "k", "--constants", "many.xml")
     assert (result.returncode, result.stdout) == (1, b"")
     assert result.stderr.decode() == f"vqmctl: the constants file 'many.xml' has no constant '{300 * 'k'}'\n"
 
 
 def test_stdin_that_cannot_be_kept_is_not_called_unreadable(constants):
     result = subprocess.run(
-        ["sh", "-c", 'ulimit -f 0; trap "" XFSZ; exec "$0" constants list --file -', BUILD / "bin/vqmctl"],
+        ["sh", "-c", 'ulimit -f 0; trap "" XFSZ; exec "$0" constants list --constants -', BUILD / "bin/vqmctl"],
         input=GOOD.encode(), capture_output=True, timeout=60)
     assert (result.returncode, result.stderr) == (3, b"vqmctl: cannot copy stdin: File too large\n")
 
 
+@pytest.mark.parametrize("arguments, name", [([], "schedule.xml"), (["a & \"b\" <c>.xml"], 'a & "b" <c>.xml')])
+def test_init_writes_a_file_that_names_the_schedule(constants, arguments, name):
+    result = constants("init", *arguments, "--constants", "new.xml")
+    assert (result.returncode, result.stderr) == (0, b"")
+    assert result.stdout.decode() == f"wrote new.xml: the schedule is '{name}'\n"
+    assert constants("get", "ScheduleFile", "--constants", "new.xml").stdout.decode() == name + "\n"
+
+
+@pytest.mark.parametrize("prepare", ["echo mine >new.xml", "ln -s nowhere new.xml", "mkdir new.xml"])
+def test_init_replaces_nothing(constants, prepare):
+    subprocess.run(prepare, shell=True, check=True, cwd=constants.folder)
+    before = subprocess.run("ls -l; cat new.xml", shell=True, capture_output=True, cwd=constants.folder).stdout
+    result = constants("init", "--constants", "new.xml")
+    assert (result.returncode, result.stdout) == (3, b"")
+    assert result.stderr == b"vqmctl: cannot write 'new.xml': it is there already\n"
+    assert subprocess.run("ls -l; cat new.xml", shell=True, capture_output=True, cwd=constants.folder).stdout == before
+
+
+@pytest.mark.parametrize("arguments, code, complaint", [
+    (["--constants", "-"], 2, "init writes a file; expected --constants FILE instead of '-'"),
+    (["a/b.xml"], 2, "'a/b.xml' is a path; expected the schedule's file name"),
+    (["--constants", "no/new.xml"], 3,
+     "cannot write 'no/new.xml': No such file or directory: the directory 'no' is not there"),
+])
+def test_init_says_why_it_cannot_write(constants, arguments, code, complaint):
+    result = constants("init", *arguments)
+    assert (result.returncode, result.stdout, result.stderr.decode()) == (code, b"", f"vqmctl: {complaint}\n")
+
+
+def test_a_document_without_constants_is_told(constants):
+    (constants.folder / "other.xml").write_text("<rsp state='ok'/>")
+    result = constants("list", "--constants", "other.xml")
+    assert (result.returncode, result.stdout) == (1, b"")
+    assert result.stderr == (b"vqmctl: 'other.xml' holds no constants; expected elements "
+                             b"<Data key=\"...\" value=\"...\"/>\n")
+
+
 def test_a_full_disk_is_told(constants):
     with open("/dev/full", "wb") as full:
-        result = constants("list", "--file", "good.xml", stdout=full)
+        result = constants("list", "--constants", "good.xml", stdout=full)
     assert (result.returncode, result.stderr) == (3, b"vqmctl: cannot write to stdout: No space left on device\n")
 
 
@@ -205,6 +242,6 @@ def test_the_page_about_the_format_shows_what_list_prints(constants):
     assert len(examples) >= 3
     for document, expected in examples:
         (constants.folder / "example.xml").write_text(document)
-        result = constants("list", "--file", "example.xml")
+        result = constants("list", "--constants", "example.xml")
         assert result.stdout.decode() == expected.replace("(not well-formed)\n", "")
         assert result.returncode == ("(not well-formed)" in expected)

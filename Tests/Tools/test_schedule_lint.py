@@ -65,8 +65,16 @@ def test_a_finding_has_its_line_its_source_and_a_caret(lint):
     assert result.stderr == b"vqmctl: 1 error, 0 warnings, 0 notes\n"
 
 
+def test_colours_are_put_on_what_a_reader_looks_for(lint):
+    result = lint("--color", "always", "bad.xml")
+    first, source, marker, _ = result.stdout.decode().split("\n")
+    assert first.startswith("\033[1mbad.xml:2:25:\033[0m \033[1;31merror:\033[0m start_time '09:30' has no seconds; ")
+    assert (source, marker) == (BAD_SOURCE.split("\n")[0], 28 * " " + "\033[32m^~~~~\033[0m")
+    assert lint("bad.xml", "--color=never").stdout == lint("bad.xml").stdout == lint("--color", "auto", "bad.xml").stdout
+
+
 def test_oneline_has_the_line_alone(lint):
-    result = lint("--format", "oneline", "bad.xml", "good.xml", "bad.xml")
+    result = lint("--oneline", "bad.xml", "good.xml", "bad.xml")
     assert (result.returncode, result.stderr) == (1, b"")
     assert result.stdout.decode() == 2 * BAD_LINE.format("bad.xml")
 
@@ -85,8 +93,8 @@ def test_ignored_rules_find_and_count_nothing(lint):
 
 def test_the_day_can_be_given(lint):
     document = GOOD.replace("  <schedule", "  <project expiration='2030-01-31'/>\n  <schedule").encode()
-    assert lint("--at", "2030-01-31", "-", stdin=document).returncode == 0
-    expired = lint("--at", "2030-02-01", "-", stdin=document)
+    assert lint("--on", "2030-01-31", "-", stdin=document).returncode == 0
+    expired = lint("--on", "2030-02-01", "-", stdin=document)
     assert expired.returncode == 1
     assert expired.stdout.startswith(b"<stdin>:2:24: warning: expiration '2030-01-31' has passed; ")
 
@@ -95,9 +103,14 @@ def test_the_day_can_be_given(lint):
     "arguments, complaint",
     [
         (["--ignore", "hour24", "good.xml"], "rule 'hour24' is unknown; did you mean hour-24?"),
-        (["--format", "jsno", "good.xml"], "format 'jsno' is unknown; did you mean json?"),
-        (["--format", "x", "good.xml"], "format 'x' is unknown; expected human, oneline or json"),
-        (["--at", "2026-02-30", "good.xml"], "--at '2026-02-30' is no day; expected year-month-day"),
+        (["--jsno", "good.xml"], "unknown option '--jsno' of 'vqmctl schedule lint'; did you mean --json? see 'vqmctl "
+                                 "schedule lint --help'"),
+        (["--jsno=1", "good.xml"], "unknown option '--jsno' of 'vqmctl schedule lint'; did you mean --json? see 'vqmctl "
+                                   "schedule lint --help'"),
+        (["--foo", "good.xml"], "unknown option '--foo' of 'vqmctl schedule lint'; see 'vqmctl schedule lint --help'"),
+        (["--json", "--oneline", "good.xml"], "--json and --oneline exclude one another; expected one of the two"),
+        (["--color", "red", "good.xml"], "--color is 'red'; expected auto, always or never"),
+        (["--on", "2026-02-30", "good.xml"], "--on '2026-02-30' is no day; expected year-month-day"),
     ],
 )
 def test_what_is_not_understood_is_usage(lint, arguments, complaint):
@@ -107,7 +120,7 @@ def test_what_is_not_understood_is_usage(lint, arguments, complaint):
 
 
 def test_a_file_that_cannot_be_read_stops_no_other(lint):
-    result = lint("--format", "oneline", "missing.xml", ".", "bad.xml")
+    result = lint("--oneline", "missing.xml", ".", "bad.xml")
     assert result.returncode == 3
     assert result.stdout.decode() == BAD_LINE.format("bad.xml")
     assert result.stderr.decode() == (
@@ -129,7 +142,7 @@ def test_json_validates_whatever_there_is(lint):
     )
     odd = os.fsencode(lint.directory) + b"/odd\xff\n.xml"
     Path(os.fsdecode(odd)).write_text(BAD)
-    result = lint("--format", "json", "good.xml", "bad.xml", "noise.xml", "wide.xml", "latin.xml", odd, "missing.xml")
+    result = lint("--json", "good.xml", "bad.xml", "noise.xml", "wide.xml", "latin.xml", odd, "missing.xml")
     assert result.returncode == 3
     files = check_json(result.stdout)["files"]
     assert [len(entry["findings"]) for entry in files[:2]] == [0, 1]
@@ -160,7 +173,7 @@ def test_json_validates_whatever_there_is(lint):
 def test_names_come_out_escaped(lint):
     odd = os.fsencode(lint.directory) + b"/\x1b[31m\xff\n"
     Path(os.fsdecode(odd)).write_text(BAD)
-    result = lint("--format", "oneline", odd, odd + b"gone")
+    result = lint("--oneline", odd, odd + b"gone")
     assert b"/\\x1b[31m\\xff\\x0a:2:25: error: " in result.stdout
     assert b"\\x1b[31m\\xff\\x0agone': No such file or directory\n" in result.stderr
 
@@ -171,14 +184,14 @@ def test_more_than_a_thousand_findings_are_counted(lint):
     assert result.returncode == 1
     assert result.stdout.count(b"[") == 1000
     assert b"vqmctl: many.xml: 1401 further findings not shown\n" in result.stderr
-    assert check_json(lint("--format", "json", "many.xml").stdout)["files"][0]["not_shown"] == 1401
+    assert check_json(lint("--json", "many.xml").stdout)["files"][0]["not_shown"] == 1401
 
 
-@pytest.mark.parametrize("form", ["human", "oneline", "json"])
+@pytest.mark.parametrize("form", [[], ["--oneline"], ["--json"]])
 def test_a_reader_that_goes_early_leaves_no_trace(lint, form):
     (lint.directory / "many.xml").write_text("<rsp state='ok'>" + "\n<item/>" * 400 + "</rsp>")
     process = subprocess.Popen(
-        [VQMCTL, "schedule", "lint", "--format", form, "good.xml"] + ["many.xml"] * 20,
+        [VQMCTL, "schedule", "lint", *form, "good.xml"] + ["many.xml"] * 20,
         cwd=lint.directory,
         stdout=subprocess.PIPE,
         stderr=subprocess.PIPE,
@@ -200,7 +213,7 @@ def test_a_full_disk_is_told(lint):
 
 
 def test_the_documentation_shows_how_to_call_it():
-    usage = "vqmctl schedule lint [--format human|oneline|json] [--strict] [--ignore RULE] [--at DAY] FILE..."
+    usage = "vqmctl schedule lint [--json | --oneline] [--strict] [--ignore RULE] [--on DAY] FILE..."
     assert usage in (DOCS / "lint.md").read_text()
 
 
@@ -208,7 +221,7 @@ def test_a_tag_with_a_hundred_thousand_attributes(lint):
     """Each is found at its own place; counting each place from the tag's start would take minutes."""
     attributes = "".join(f"\n  bad{number}=''" for number in range(100000))
     (lint.directory / "wide.xml").write_text(GOOD.replace("<rsp state='ok'>", f"<rsp state='ok'{attributes}>"))
-    result = lint("wide.xml", "--format", "oneline")
+    result = lint("wide.xml", "--oneline")
     lines = result.stdout.decode().splitlines()
     assert [line.split(": ")[0] for line in lines[:2] + lines[-1:]] == ["wide.xml:2:3", "wide.xml:3:3", "wide.xml:1001:3"]
     assert result.stderr == b"vqmctl: wide.xml: 99000 further findings not shown\n"

@@ -359,7 +359,7 @@ def test_what_is_huge_or_endless_ends_soon(tool, command):
 
 
 def test_lint_of_what_has_no_end_ends_too(tool):
-    result = tool("lint", "--format", "oneline", "/dev/zero")
+    result = tool("lint", "--oneline", "/dev/zero")
     assert result.returncode == 1
     assert result.stdout.startswith(b"/dev/zero:1:1: error: the file begins with a zero byte, where a text ends for the TV; copy it again; ")
 

@@ -2,6 +2,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unistd.h>
 
 #include "Diagnostics/Readiness/Render.h"
 #include "Diagnostics/Text/InputFile.h"
@@ -51,7 +52,8 @@ ExitCode CodeOf(readiness::Outcome outcome)
 ExitCode CheckOnce(const Arguments& arguments)
 {
     const readiness::Report report = Check(arguments);
-    static_cast<void>(arguments.json ? WriteJson(report, false, Print) : Print(Render(report)));
+    static_cast<void>(arguments.json ? WriteJson(report, false, Print)
+                                     : Print(Render(report, Style(WantsColour(STDOUT_FILENO)))));
     return CodeOf(OutcomeOf(report, Explain(report)));
 }
 
@@ -66,9 +68,11 @@ ExitCode CheckAgainAndAgain(const Arguments& arguments)
                              if (arguments.json) {
                                  return WriteJson(report, true, Print);
                              }
-                             const std::string separator = first ? "" : "\n";
+                             const schedule::Moment now = schedule::ReadClock().now;
+                             const std::string time = DayText(now.day) + " " + schedule::TimeText(now.second) + "\n";
+                             const std::string before = CanRedraw() ? kClearScreen : first ? "" : "\n";
                              first = false;
-                             return Print(separator + Render(report));
+                             return Print(before + time + Render(report, Style(WantsColour(STDOUT_FILENO))));
                          });
     return CodeOf(watch.Run());
 }

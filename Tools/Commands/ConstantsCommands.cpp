@@ -1,13 +1,24 @@
+#include <cerrno>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "Common/VQMConfig.h"
+#include "Diagnostics/Readiness/FileTree.h"
+#include "Diagnostics/Readiness/MissingFile.h"
+#include "Diagnostics/Readiness/NewConstants.h"
 #include "Diagnostics/Readiness/Render.h"
+#include "Diagnostics/Text/InputFile.h"
 #include "Diagnostics/Text/Json.h"
 #include "Diagnostics/Text/Suggestions.h"
 #include "Diagnostics/Text/TerminalText.h"
+#include "Platform/desktop/base/FileDescriptor.h"
+#include "Tools/CommandError.h"
 #include "Tools/CommandLine.h"
 #include "Tools/Commands/Commands.h"
 #include "Tools/Commands/PlaceOptions.h"
@@ -90,15 +101,56 @@ ExitCode List(const Arguments& arguments)
         text += "\"" + EscapedForTerminal(key) + "\" = \"" + EscapedForTerminal(value) + "\"\n";
     }
     static_cast<void>(Print(text));
+    if (code == ExitCode::kOk && text.empty()) {
+        PrintError("'" + constants.path + "' holds no constants; expected elements <Data key=\"...\" value=\"...\"/>");
+        return ExitCode::kFindings;
+    }
     return code;
+}
+
+/// Never over something that is there, and nothing of it stays when it cannot be written to its end.
+void WriteNew(const std::string& path, const std::string& text)
+{
+    const auto refuse = [&path] {
+        const int error = errno;
+        const std::string why = error == EEXIST ? "it is there already" : std::generic_category().message(error);
+        throw CommandError(ExitCode::kCouldNotRun, "cannot write '" + path + "': " + why +
+                                                       (error == ENOENT ? readiness::WhyMissing(path) : ""));
+    };
+    const desktop::FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
+    if (!file.IsOpen()) {
+        refuse();
+    }
+    if (write(file.Get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) || fsync(file.Get()) != 0) {
+        const int error = errno == 0 ? EIO : errno;
+        unlink(path.c_str());
+        errno = error;
+        refuse();
+    }
+}
+
+ExitCode Init(const Arguments& arguments)
+{
+    const readiness::Places& places = arguments.places;
+    if (places.constants == kStdin) {
+        throw CommandError(ExitCode::kUsage, "init writes a file; expected --constants FILE instead of '-'");
+    }
+    if (arguments.key.find('/') != std::string::npos) {
+        throw CommandError(ExitCode::kUsage, "'" + arguments.key + "' is a path; expected the schedule's file name");
+    }
+    const std::string name = arguments.key.empty() ? readiness::NameForSchedule(places) : arguments.key;
+    const readiness::FileTree tree(places.root);
+    const std::string path = places.constants.empty() ? tree.Name(VQM_CONSTANTS_FILE) : places.constants;
+    WriteNew(tree.Locate(path), readiness::NewConstants(name));
+    static_cast<void>(
+        Print("wrote " + EscapedForTerminal(path) + ": the schedule is '" + EscapedForTerminal(name) + "'\n"));
+    return ExitCode::kOk;
 }
 
 void AddOptions(CLI::App& command, Arguments& arguments)
 {
     AddRootOption(command, arguments.places);
-    command.add_option("--file", arguments.places.constants, "The constants file; '-' is stdin")
-        ->default_str(VQM_CONSTANTS_FILE)
-        ->type_name("FILE");
+    AddConstantsOption(command, arguments.places);
     command.add_flag("--json", arguments.json, "Print one JSON document");
 }
 
@@ -106,7 +158,7 @@ void AddOptions(CLI::App& command, Arguments& arguments)
 
 void AddConstantsCommands(CommandLine& line)
 {
-    CLI::App& group = line.AddGroup("constants", "Read a constants file as the TV does");
+    CLI::App& group = line.AddGroup("constants", "Read a constants file as the TV does, or write a new one");
     const auto arguments = std::make_shared<Arguments>();
     CLI::App& get =
         line.AddCommand(group, "get", "Print the value of a constant", [arguments] { return Get(*arguments); });
@@ -114,4 +166,12 @@ void AddConstantsCommands(CommandLine& line)
     AddOptions(get, *arguments);
     AddOptions(line.AddCommand(group, "list", "Print all constants", [arguments] { return List(*arguments); }),
                *arguments);
+    CLI::App& init =
+        line.AddCommand(group, "init", "Write a constants file that names the schedule, where there is none",
+                        [arguments] { return Init(*arguments); });
+    init.add_option("name", arguments->key,
+                    "The schedule's file name; by default that of the only document in the TV's directory")
+        ->type_name("NAME");
+    AddRootOption(init, arguments->places);
+    AddConstantsOption(init, arguments->places);
 }

@@ -1,6 +1,7 @@
 #include <memory>
 #include <string>
 #include <system_error>
+#include <unistd.h>
 #include <vector>
 
 #include "Diagnostics/Calendar/Clock.h"
@@ -19,7 +20,8 @@ namespace {
 struct Arguments {
     std::vector<std::string> files;
     readiness::Places places;
-    std::string format = "human";
+    bool json = false;
+    bool oneline = false;
     bool strict = false;
     std::vector<std::string> ignored;
     std::string day;
@@ -45,7 +47,7 @@ lint::Options OptionsFrom(const Arguments& arguments)
     if (!arguments.day.empty()) {
         const std::optional<schedule::Day> day = schedule::ParseDay(arguments.day);
         if (!day) {
-            throw CommandError(ExitCode::kUsage, "--at '" + arguments.day + "' is no day; expected year-month-day");
+            throw CommandError(ExitCode::kUsage, "--on '" + arguments.day + "' is no day; expected year-month-day");
         }
         options.today = *day;
     }
@@ -97,9 +99,13 @@ std::vector<std::string> NamesIn(const Arguments& arguments)
 
 ExitCode Lint(const Arguments& arguments)
 {
+    if (arguments.json && arguments.oneline) {
+        throw CommandError(ExitCode::kUsage, "--json and --oneline exclude one another; expected one of the two");
+    }
     const lint::Options options = OptionsFrom(arguments);
-    const bool json = arguments.format == "json";
-    const bool human = arguments.format == "human";
+    const bool json = arguments.json;
+    const Style style(WantsColour(STDOUT_FILENO));
+    const bool human = !json && !arguments.oneline;
     std::vector<lint::FileResult> results;
     Output output;
     lint::Counts counts;
@@ -118,7 +124,7 @@ ExitCode Lint(const Arguments& arguments)
             results.push_back(std::move(result));
             continue;
         }
-        output.Write(human ? Render(result) : RenderOneline(result));
+        output.Write(human ? Render(result, style) : RenderOneline(result, style));
         if (result.report.notKept > 0) {
             PrintError(result.name + ": " + Counted(result.report.notKept, "further finding") + " not shown");
         }
@@ -136,17 +142,6 @@ ExitCode Lint(const Arguments& arguments)
     return bad ? ExitCode::kFindings : ExitCode::kOk;
 }
 
-std::string CheckFormat(const std::string& format)
-{
-    const std::vector<std::string> known = {"human", "oneline", "json"};
-    for (const std::string& name : known) {
-        if (format == name) {
-            return "";
-        }
-    }
-    RefuseValue("format", format, known);
-}
-
 } // namespace
 
 void AddScheduleLintCommand(CommandLine& line, CLI::App& group)
@@ -157,15 +152,14 @@ void AddScheduleLintCommand(CommandLine& line, CLI::App& group)
     command.add_option("file", arguments->files, "The documents; '-' is stdin; the TV's own by default")
         ->type_name("FILE");
     AddTvScheduleOptions(command, arguments->places);
-    command.add_option("--format", arguments->format, "human, oneline or json")
-        ->type_name("FORMAT")
-        ->check(CheckFormat, "");
+    command.add_flag("--json", arguments->json, "Print one JSON document");
+    command.add_flag("--oneline", arguments->oneline, "Print one line for each finding, without the source");
     command.add_flag("--strict", arguments->strict, "Notes count as findings too");
     command.add_option("--ignore", arguments->ignored, "Find nothing by this rule; may be given again")
         ->type_name("RULE")
         ->expected(1)
         ->allow_extra_args(false)
         ->take_all();
-    command.add_option("--at", arguments->day, "The day that expiration dates are compared with; today by default")
+    command.add_option("--on", arguments->day, "The day that expiration dates are compared with; today by default")
         ->type_name("YEAR-MONTH-DAY");
 }

@@ -1,6 +1,7 @@
 #include <memory>
 #include <string>
 
+#include <sys/stat.h>
 #include <vconf.h>
 
 #include "Common/VQMSyncDemoMonitor.h"
@@ -36,6 +37,10 @@ ExitCode Get()
     if (stored && *stored != "0" && *stored != "1") {
         PrintError("note: " + StorePath() + " holds '" + *stored + "', expected 0 or 1; it counts as " +
                    StateName(enabled));
+    }
+    struct stat status = {};
+    if (!stored && lstat(StorePath().c_str(), &status) == 0) {
+        PrintError("note: the setting is not read: " + stored.Error().text + "; it counts as " + StateName(enabled));
     }
     static_cast<void>(PrintState(enabled));
     return ExitCode::kOk;

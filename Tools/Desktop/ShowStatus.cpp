@@ -1,6 +1,7 @@
 #include "Tools/Desktop/ShowStatus.h"
 
 #include <string>
+#include <unistd.h>
 
 #include "Diagnostics/Status/Render.h"
 #include "Diagnostics/Status/Report.h"
@@ -15,7 +16,8 @@ std::string Text(const StatusOptions& options, const status::Report& report, con
     if (options.json) {
         return RenderJson(report, verdict);
     }
-    return options.quiet ? EscapedForTerminal(Sentence(report, verdict)) + "\n" : Render(report, verdict);
+    return options.quiet ? EscapedForTerminal(Sentence(report, verdict)) + "\n"
+                         : Render(report, verdict, Style(WantsColour(STDOUT_FILENO)));
 }
 
 } // namespace

@@ -13,6 +13,28 @@
 #include "Diagnostics/Text/TerminalText.h"
 #include "Tools/CommandError.h"
 
+namespace {
+
+ColourMode colourMode = ColourMode::kAuto;
+
+bool IsAbleTerminal(int descriptor)
+{
+    const char* terminal = std::getenv("TERM");
+    return isatty(descriptor) == 1 && terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
+}
+
+} // namespace
+
+void SetColour(ColourMode mode)
+{
+    colourMode = mode;
+}
+
+bool CanRedraw()
+{
+    return IsAbleTerminal(STDOUT_FILENO);
+}
+
 bool Print(std::string_view data)
 {
     if (std::fwrite(data.data(), 1, data.size(), stdout) == data.size() && std::fflush(stdout) == 0) {
@@ -43,10 +65,11 @@ void PrintNote(std::string_view note)
 
 bool WantsColour(int descriptor)
 {
+    if (colourMode != ColourMode::kAuto) {
+        return colourMode == ColourMode::kAlways;
+    }
     const char* noColour = std::getenv("NO_COLOR");
-    const char* terminal = std::getenv("TERM");
-    return (noColour == nullptr || *noColour == '\0') && isatty(descriptor) == 1 && terminal != nullptr &&
-           std::strcmp(terminal, "dumb") != 0;
+    return (noColour == nullptr || *noColour == '\0') && IsAbleTerminal(descriptor);
 }
 
 std::size_t OutputColumns()

@@ -3,6 +3,18 @@
 #include <cstddef>
 #include <string_view>
 
+enum class ColourMode { kAuto, kAlways, kNever };
+
+/// Whether what is printed from now on has colours. `kAuto`, where it goes to a terminal that is not "dumb",
+/// and NO_COLOR is not set.
+void SetColour(ColourMode mode);
+
+/// Whether stdout is a terminal that can be cleared.
+bool CanRedraw();
+
+/// Clears a terminal and goes to its first line.
+inline constexpr char kClearScreen[] = "\033[2J\033[H";
+
 /// Writes data to stdout and flushes it, so that a reader sees each line at once.
 ///
 /// Returns false when the reader has gone, which is not an error. Throws `CommandError` when the data
@@ -16,8 +28,8 @@ void PrintError(std::string_view text);
 /// The same for a note that may be empty: an empty one is not printed.
 void PrintNote(std::string_view note);
 
-/// Whether what is written to the descriptor may be coloured: it is a terminal that can, and the user has not
-/// set NO_COLOR.
+/// Whether what is written to the descriptor has colours. Unless `SetColour` has said so, it has where it is a
+/// terminal that can, and the user has not set NO_COLOR.
 bool WantsColour(int descriptor);
 
 /// The columns of the terminal that stdout is; 80 when it is something else or does not say.
