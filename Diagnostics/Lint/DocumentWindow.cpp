@@ -107,7 +107,8 @@ Snippet DocumentWindow::SnippetAt(const Position& position, std::uint64_t size) 
     }
     snippet.cutBefore = position.offset - before.size() != position.lineStart;
 
-    std::string_view after = View(position.offset, End() - position.offset);
+    // A byte more than is shown says whether the line goes on, however long it is.
+    std::string_view after = View(position.offset, kSnippetReach + 1);
     after = after.substr(0, after.find_first_of("\r\n"));
     if (after.size() > kSnippetReach) {
         std::size_t end = kSnippetReach;

@@ -1,28 +1,10 @@
-#include <algorithm>
-#include <string_view>
-
-#include <glib.h>
-
 #include "Diagnostics/Lint/Render.h"
 #include "Diagnostics/Text/Json.h"
+#include "Diagnostics/Text/RenderDiagnostic.h"
 
 namespace lint {
 
 namespace {
-
-Json SourceJson(const Snippet& source)
-{
-    const std::string before = Utf8(source.text.substr(0, source.start));
-    const std::string subject = Utf8(source.text.substr(source.start, source.length));
-    const auto characters = [](const std::string& text) {
-        return g_utf8_strlen(text.data(), static_cast<gssize>(text.size()));
-    };
-    return {{"text", before + subject + Utf8(source.text.substr(source.start + source.length))},
-            {"start", characters(before)},
-            {"length", characters(subject)},
-            {"cut_before", source.cutBefore},
-            {"cut_after", source.cutAfter}};
-}
 
 Json FindingJson(const Diagnostic& finding)
 {

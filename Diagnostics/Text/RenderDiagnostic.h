@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+#include "Diagnostics/Text/Diagnostic.h"
+#include "Diagnostics/Text/Json.h"
+
+// A diagnostic about a place in a document. What comes from names and documents is escaped.
+
+/// "name:line:column: severity: message; expected ...; effect [id]" and a line end.
+std::string RenderFirstLine(const std::string& name, const Diagnostic& diagnostic);
+
+/// The source line, and a line that marks the place; nothing where there is no source.
+std::string RenderSource(const Snippet& source);
+
+/// The same for programs: text, start, length, cut_before and cut_after.
+Json SourceJson(const Snippet& source);
