@@ -10,6 +10,7 @@
 namespace {
 
 constexpr std::uint64_t kContext = 3;
+constexpr std::size_t kPart = 65536;
 constexpr std::string_view kLineEnds = "\r\n";
 
 /// Whole lines of the document that edits change.
@@ -87,6 +88,7 @@ public:
         if (wanted_) {
             WriteHunk(hunk);
         }
+        Flush();
         return wanted_;
     }
 
@@ -161,11 +163,24 @@ private:
         }
     }
 
-    void Put(const std::string& text) { wanted_ = wanted_ && write_(text); }
+    void Put(const std::string& text)
+    {
+        buffer_ += text;
+        if (buffer_.size() >= kPart) {
+            Flush();
+        }
+    }
+
+    void Flush()
+    {
+        wanted_ = wanted_ && (buffer_.empty() || write_(buffer_));
+        buffer_.clear();
+    }
 
     std::string_view document_;
     const TextSink& write_;
     bool wanted_ = true;
+    std::string buffer_;
     std::size_t counted_ = 0; ///< offset up to which lines were counted
     std::uint64_t line_ = 0;  ///< how many lines there are up to it
     std::uint64_t added_ = 0; ///< lines that the hunks before have added

@@ -11,6 +11,9 @@ public:
     /// Whether all of it was UTF-8, with no character cut off at the end.
     bool IsUtf8() const { return !broken_ && pending_.empty(); }
 
+    /// Whether all of it was UTF-8 so far; the next piece may begin within a character.
+    bool MayBeUtf8() const { return !broken_; }
+
     /// Whether there was more than ASCII.
     bool HasWideCharacters() const { return wide_; }
 

@@ -9,4 +9,5 @@ void AddScheduleCommands(CommandLine& line)
     AddScheduleAtCommand(line, group);
     AddScheduleTimelineCommand(line, group);
     AddScheduleLintCommand(line, group);
+    AddScheduleSizesCommand(line, group);
 }

@@ -99,6 +99,7 @@ TEST_F(EditableFileTest, FindsAPlainNameInTheWorkingDirectory)
 {
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(folder_);
+    Write("half", ".vqmctl-new-abcdef");
     EditableFile("a.xml", Use::kReplace).Replace("new");
     std::filesystem::current_path(before);
     EXPECT_EQ(Read(), "new");
