@@ -212,8 +212,9 @@ void DocumentParse::OnDeclaration(void* self, const char* /*version*/, const cha
 bool DocumentParse::WouldBeUtf8()
 {
     const XML_Error error = XML_GetErrorCode(parser_.get());
-    if (error != XML_ERROR_UNKNOWN_ENCODING && error != XML_ERROR_INCORRECT_ENCODING &&
-        error != XML_ERROR_INVALID_TOKEN) {
+    const std::string_view place = window_.View(Offset(), 1);
+    const bool isWideByte = error == XML_ERROR_INVALID_TOKEN && !place.empty() && !IsUtf8(place);
+    if (error != XML_ERROR_UNKNOWN_ENCODING && error != XML_ERROR_INCORRECT_ENCODING && !isWideByte) {
         return false;
     }
     Utf8Check check = utf8_;
@@ -224,8 +225,7 @@ bool DocumentParse::WouldBeUtf8()
         check.Add(rest);
         read += rest.size();
     }
-    // An invalid token in what is ASCII has another cause.
-    return check.IsUtf8() && (error != XML_ERROR_INVALID_TOKEN || check.HasWideCharacters());
+    return check.IsUtf8();
 }
 
 void DocumentParse::ReportEncoding(bool isRejected)
