@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <type_traits>
 
 #include <expat.h>
@@ -14,6 +15,7 @@
 #include "Diagnostics/Lint/Lint.h"
 #include "Diagnostics/Lint/Reporter.h"
 #include "Diagnostics/Lint/ScheduleChecker.h"
+#include "Diagnostics/Text/Encodings.h"
 
 namespace lint {
 
@@ -57,6 +59,8 @@ private:
     bool ParseTo(std::uint64_t end, bool isFinal);
     std::uint64_t PieceEnd() const;
     std::uint64_t Offset() const;
+    void ReportEncoding(bool isRejected);
+    bool WouldBeUtf8();
     void ReportNotWellFormed();
     void ReportTooLarge();
 
@@ -69,6 +73,9 @@ private:
     std::exception_ptr thrown_; ///< by a handler; kept over the parser's C code
     std::uint64_t parsed_ = 0;  ///< bytes given to the parser
     std::size_t piece_;         ///< bytes to read before the next step
+    bool asUtf8_;
+    std::optional<Range> declared_; ///< the name of another encoding than UTF-8 in the XML declaration
+    Utf8Check utf8_;                ///< of what was parsed, where another encoding is declared
 };
 
 } // namespace lint

@@ -10,4 +10,5 @@ void AddScheduleCommands(CommandLine& line)
     AddScheduleTimelineCommand(line, group);
     AddScheduleLintCommand(line, group);
     AddScheduleGroupCommand(line, group);
+    AddScheduleSizesCommand(line, group);
 }

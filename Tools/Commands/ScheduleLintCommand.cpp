@@ -11,6 +11,7 @@
 #include "Diagnostics/Text/Words.h"
 #include "Tools/CommandError.h"
 #include "Tools/Commands/ScheduleCommands.h"
+#include "Tools/Commands/ScheduleFix.h"
 #include "Tools/Commands/TvSchedule.h"
 #include "Tools/Terminal/Terminal.h"
 
@@ -23,6 +24,8 @@ struct Arguments {
     bool strict = false;
     std::vector<std::string> ignored;
     std::string day;
+    bool fix = false;
+    bool write = false;
 };
 
 [[noreturn]] void RefuseValue(const std::string& option, const std::string& value,
@@ -95,9 +98,23 @@ std::vector<std::string> NamesIn(const Arguments& arguments)
     return arguments.files;
 }
 
+void CheckTogether(const Arguments& arguments)
+{
+    if (arguments.write && !arguments.fix) {
+        throw CommandError(ExitCode::kUsage, "--write belongs to --fix: expected both");
+    }
+    if (arguments.fix && arguments.format != "human") {
+        throw CommandError(ExitCode::kUsage, "--fix prints a diff; expected no --format");
+    }
+}
+
 ExitCode Lint(const Arguments& arguments)
 {
+    CheckTogether(arguments);
     const lint::Options options = OptionsFrom(arguments);
+    if (arguments.fix) {
+        return FixDocuments(NamesIn(arguments), options, arguments.write, arguments.strict);
+    }
     const bool json = arguments.format == "json";
     const bool human = arguments.format == "human";
     std::vector<lint::FileResult> results;
@@ -166,6 +183,8 @@ void AddScheduleLintCommand(CommandLine& line, CLI::App& group)
         ->expected(1)
         ->allow_extra_args(false)
         ->take_all();
+    command.add_flag("--fix", arguments->fix, "Show the repairs that leave no doubt, instead of the findings");
+    command.add_flag("--write", arguments->write, "With --fix: change the documents");
     command.add_option("--at", arguments->day, "The day that expiration dates are compared with; today by default")
         ->type_name("YEAR-MONTH-DAY");
 }
