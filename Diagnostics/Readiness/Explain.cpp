@@ -250,7 +250,7 @@ void Explanation::ExplainTotals()
 void Explanation::ExplainContents()
 {
     const Contents& contents = report_.contents;
-    if (!contents.directoryPresent && !contents.files.empty()) {
+    if (!contents.directoryPresent && contents.closedFolder.empty() && !contents.files.empty()) {
         AddProblem("media-directory-missing", "the media directory " + Quoted(contents.directory) + " is missing",
                    contents.directory);
     }
