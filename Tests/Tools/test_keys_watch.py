@@ -18,13 +18,16 @@ A, UP, PLAY = 0x61, 0xFF52, 0x1008FF14
 class Watcher:
     """The command, with what it has printed so far."""
 
-    def __init__(self, home, *options, **popen):
+    def __init__(self, home, *options, talk="talk", **popen):
         self.output = open(home.folder / "keys", "w+b")  # noqa: SIM115
-        self.talk = open(home.folder / "talk", "w+b")  # noqa: SIM115
+        self.talk = open(home.folder / talk, "w+b")  # noqa: SIM115
         self.process = subprocess.Popen([BUILD / "bin/vqmctl", "keys", "watch", *options], env=home.environment,
                                         stdin=subprocess.DEVNULL, stdout=popen.pop("stdout", self.output), stderr=self.talk, **popen)
         home.running.append(self.process)
-        wait_until(lambda: "watching the keys" in self.said() or self.process.poll() is not None, "it watches")
+
+    def watching(self):
+        wait_until(lambda: "watching the keys" in self.said(), "it watches")
+        return self
 
     def said(self):
         self.talk.seek(0)
@@ -64,7 +67,7 @@ def test_each_event_says_what_the_application_does_with_the_key(home, holder):
     play, up, a = holder.codes(PLAY)[0], holder.codes(UP)[0], holder.codes(A)[0]
     holder.hold(PLAY, "XF86AudioPlay")
     publish_released(holder, "Up")
-    watcher = Watcher(home)
+    watcher = Watcher(home).watching()
     assert watcher.said() == (f"vqmctl: watching the keys of display '{holder.display.get_display_name()}'; "
                               f"{APP_ID} (pid {os.getpid()}) runs; Ctrl-C ends this\n")
     for code in (play, up, a):
@@ -83,7 +86,7 @@ def test_each_event_says_what_the_application_does_with_the_key(home, holder):
 
 
 def test_it_follows_the_application_and_the_mapping(home, screen):
-    watcher = Watcher(home, "--json")
+    watcher = Watcher(home, "--json").watching()
     assert f"{APP_ID} does not run" in watcher.said()
     holder = Holder(home.environment["DISPLAY"])
     a = holder.codes(A)[0]
@@ -104,7 +107,7 @@ def test_it_follows_the_application_and_the_mapping(home, screen):
 
 
 def test_it_takes_no_key_from_a_program_with_the_focus_or_the_keyboard(home, screen):
-    watcher = Watcher(home)
+    watcher = Watcher(home).watching()
     root = screen.screen().root
     first = screen.display.info.min_keycode + 30
     root.grab_keyboard(True, X.GrabModeAsync, X.GrabModeAsync, X.CurrentTime)
@@ -121,23 +124,23 @@ def test_it_takes_no_key_from_a_program_with_the_focus_or_the_keyboard(home, scr
 
 @pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT])
 def test_a_signal_ends_it(home, screen, number):
-    assert Watcher(home).end(number) == 0
+    assert Watcher(home).watching().end(number) == 0
 
 
 def test_the_end_of_the_server_is_told(home, x_server):
-    watcher = Watcher(home)
+    watcher = Watcher(home).watching()
     x_server.stop()
     assert watcher.process.wait(timeout=PATIENCE) == 3
     assert watcher.said().endswith(f"vqmctl: display '{x_server.display}' is gone\n")
 
 
 def test_a_stopped_server_is_told(home, x_server):
-    watcher = Watcher(home)
+    watcher = Watcher(home).watching()
     x_server.process.send_signal(signal.SIGSTOP)
     try:
+        late = Watcher(home, talk="late")
         assert watcher.process.wait(timeout=PATIENCE) == 3
         assert watcher.said().endswith(f"vqmctl: display '{x_server.display}' does not answer\n")
-        late = Watcher(home)
         assert late.process.wait(timeout=PATIENCE) == 3
         assert late.said() == f"vqmctl: display '{x_server.display}' does not answer\n"
     finally:
@@ -145,7 +148,7 @@ def test_a_stopped_server_is_told(home, x_server):
 
 
 def test_ctrl_c_ends_it_while_the_server_is_stopped(home, x_server):
-    watcher = Watcher(home)
+    watcher = Watcher(home).watching()
     x_server.process.send_signal(signal.SIGSTOP)
     try:
         # Within the time that the server has to answer a second one may be needed.
@@ -158,7 +161,7 @@ def test_ctrl_c_ends_it_while_the_server_is_stopped(home, x_server):
 
 def test_it_ends_with_its_reader(home, screen):
     read, write = os.pipe()
-    watcher = Watcher(home, stdout=write)
+    watcher = Watcher(home, stdout=write).watching()
     os.close(write)
     os.close(read)
     assert watcher.process.wait(timeout=PATIENCE) == 0
@@ -166,7 +169,7 @@ def test_it_ends_with_its_reader(home, screen):
 
 def test_what_cannot_be_written_is_told(home, screen):
     with open("/dev/full", "wb") as full:
-        watcher = Watcher(home, stdout=full)
+        watcher = Watcher(home, stdout=full).watching()
     press(screen, 38)
     assert watcher.process.wait(timeout=PATIENCE) == 3
     assert watcher.said().endswith("vqmctl: cannot write to stdout: No space left on device\n")
@@ -174,7 +177,7 @@ def test_what_cannot_be_written_is_told(home, screen):
 
 def test_a_forged_list_is_no_more_than_a_list(home, holder):
     publish_released(holder, "\x1b[31m", "a", "b\n")
-    watcher = Watcher(home)
+    watcher = Watcher(home).watching()
     press(holder.display, holder.codes(A)[0])
     assert watcher.lines(2)[0].endswith("handed back")
 

@@ -26,7 +26,7 @@
 
 namespace {
 
-constexpr std::chrono::seconds kAnswerLimit{10};
+constexpr std::chrono::seconds kAnswerLimit{5};
 constexpr std::chrono::seconds kPingInterval{2};
 
 std::string DisplayNameOfUser()

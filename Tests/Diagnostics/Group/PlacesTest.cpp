@@ -55,7 +55,7 @@ TEST(GroupPlaces, AValueHasItsOwnPlaceAndAMissingOneThatOfItsTag)
     EXPECT_EQ(place(Field::kVersion), "2:19+2");
     EXPECT_EQ(place(Field::kProjectId), "2:26+1");
     EXPECT_EQ(place(Field::kAddress), "4:10+1");
-    EXPECT_EQ(place(Field::kPlayers), "3:5+36");
+    EXPECT_EQ(place(Field::kPlayers), "3:5+37");
     lint::DocumentWindow empty;
     empty.Bytes() = "\n<rsp/>";
     EXPECT_EQ(FindPlaces(empty).fields[0].position.line, 2U);
