@@ -6,17 +6,26 @@ namespace lint {
 
 namespace {
 
+Json FixJson(const Edit& fix)
+{
+    return {{"offset", fix.offset}, {"old", Utf8(fix.oldText)}, {"new", fix.newText}};
+}
+
 Json FindingJson(const Diagnostic& finding)
 {
-    return {{"id", finding.id},
-            {"severity", NameOf(finding.severity)},
-            {"line", finding.line},
-            {"column", finding.column},
-            {"end_column", finding.endColumn},
-            {"message", Utf8(finding.message)},
-            {"expected", Utf8(finding.expected)},
-            {"effect", Utf8(finding.effect)},
-            {"source", SourceJson(finding.source)}};
+    Json json = {{"id", finding.id},
+                 {"severity", NameOf(finding.severity)},
+                 {"line", finding.line},
+                 {"column", finding.column},
+                 {"end_column", finding.endColumn},
+                 {"message", Utf8(finding.message)},
+                 {"expected", Utf8(finding.expected)},
+                 {"effect", Utf8(finding.effect)},
+                 {"source", SourceJson(finding.source)}};
+    if (finding.fix) {
+        json["fix"] = FixJson(*finding.fix);
+    }
+    return json;
 }
 
 Json CountsJson(const Counts& counts)

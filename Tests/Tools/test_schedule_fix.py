@@ -203,7 +203,7 @@ def test_a_file_that_cannot_be_changed_stops_no_other(fix):
     "arguments, complaint",
     [
         (["a.xml", "-", "--write"], "--write changes a file; expected its name, not '-'"),
-        (["a.xml", "--format", "json"], "--fix prints a diff; expected no --format"),
+        (["a.xml", "--format", "json"], "--fix prints a diff; expected no other format"),
     ],
 )
 def test_what_does_not_go_together_is_usage(fix, arguments, complaint):

@@ -149,6 +149,7 @@ def test_json_validates_whatever_there_is(lint):
             "cut_before": False,
             "cut_after": False,
         },
+        "fix": {"offset": 41, "old": "09:30", "new": "09:30:00"},
     }
     assert files[3]["findings"][0]["id"] == "unreadable-encoding"
     assert "\xe4" in files[4]["findings"][1]["source"]["text"]

@@ -26,6 +26,7 @@ struct Arguments {
     std::string day;
     bool fix = false;
     bool write = false;
+    bool sarif = false;
 };
 
 [[noreturn]] void RefuseValue(const std::string& option, const std::string& value,
@@ -103,8 +104,11 @@ void CheckTogether(const Arguments& arguments)
     if (arguments.write && !arguments.fix) {
         throw CommandError(ExitCode::kUsage, "--write belongs to --fix: expected both");
     }
-    if (arguments.fix && arguments.format != "human") {
-        throw CommandError(ExitCode::kUsage, "--fix prints a diff; expected no --format");
+    if (arguments.fix && (arguments.format != "human" || arguments.sarif)) {
+        throw CommandError(ExitCode::kUsage, "--fix prints a diff; expected no other format");
+    }
+    if (arguments.sarif && arguments.format != "human") {
+        throw CommandError(ExitCode::kUsage, "--sarif is a format; expected no other");
     }
 }
 
@@ -116,7 +120,7 @@ ExitCode Lint(const Arguments& arguments)
         return FixDocuments(NamesIn(arguments), options, arguments.write, arguments.strict);
     }
     const bool json = arguments.format == "json";
-    const bool human = arguments.format == "human";
+    const bool human = arguments.format == "human" && !arguments.sarif;
     std::vector<lint::FileResult> results;
     Output output;
     lint::Counts counts;
@@ -131,7 +135,7 @@ ExitCode Lint(const Arguments& arguments)
             failed = true;
             PrintError("cannot read '" + result.name + "': " + result.error);
         }
-        if (json) {
+        if (json || arguments.sarif) {
             results.push_back(std::move(result));
             continue;
         }
@@ -140,7 +144,9 @@ ExitCode Lint(const Arguments& arguments)
             PrintError(result.name + ": " + Counted(result.report.notKept, "further finding") + " not shown");
         }
     }
-    if (json) {
+    if (arguments.sarif) {
+        output.Write(RenderSarif(results, VQM_VERSION));
+    } else if (json) {
         output.Write(RenderJson(results));
     } else if (human && counts.errors + counts.warnings + counts.notes > 0) {
         PrintError(Counted(counts.errors, "error") + ", " + Counted(counts.warnings, "warning") + ", " +
@@ -183,6 +189,7 @@ void AddScheduleLintCommand(CommandLine& line, CLI::App& group)
         ->expected(1)
         ->allow_extra_args(false)
         ->take_all();
+    command.add_flag("--sarif", arguments->sarif, "Print one log in SARIF 2.1.0, for other programs");
     command.add_flag("--fix", arguments->fix, "Show the repairs that leave no doubt, instead of the findings");
     command.add_flag("--write", arguments->write, "With --fix: change the documents");
     command.add_option("--at", arguments->day, "The day that expiration dates are compared with; today by default")
