@@ -13,6 +13,7 @@ int main(int argc, char** argv)
     CommandLine line;
     AddSettingCommands(line);
     AddRemoteCommands(line, {handOver, handOver});
+    AddKeysCommands(line, handOver);
     AddScheduleCommands(line);
     AddStatusCommand(line, handOver);
     AddCheckCommand(line);

@@ -15,11 +15,12 @@ set(parts vqm)
 set(libraries vqm)
 
 if(VQM_PLATFORM STREQUAL desktop)
-    list(APPEND parts vqm_platform_base vqm_platform_text)
+    list(APPEND parts vqm_platform_base vqm_platform_files vqm_platform_text)
     list(APPEND libraries vqm_library)
     add_library(vqm_library)
     target_sources(vqm_library PRIVATE
-        $<TARGET_OBJECTS:vqm> $<TARGET_OBJECTS:vqm_platform_base> $<TARGET_OBJECTS:vqm_platform_text>)
+        $<TARGET_OBJECTS:vqm> $<TARGET_OBJECTS:vqm_platform_base> $<TARGET_OBJECTS:vqm_platform_files>
+        $<TARGET_OBJECTS:vqm_platform_text>)
     add_library(VQM::vqm ALIAS vqm_library)
     set_target_properties(vqm_library PROPERTIES
         OUTPUT_NAME vqm

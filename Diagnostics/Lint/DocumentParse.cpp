@@ -25,6 +25,7 @@ constexpr std::uint64_t kMaxKept = 1048576;
 
 constexpr std::string_view kDoctype = "<!DOCTYPE";
 
+constexpr char kMisread[] = "the TV takes each character beyond ASCII for two or more others";
 constexpr char kRejects[] = "the TV rejects the whole document and has no schedule";
 
 } // namespace
@@ -33,9 +34,10 @@ DocumentParse::DocumentParse(DocumentReader& reader, FindingList& findings, cons
     : reader_(reader),
       maxBytes_(options.maxBytes),
       reporter_(window_, findings),
-      checker_(reporter_, options.today),
-      parser_(XML_ParserCreate(nullptr)),
-      piece_(kPiece)
+      checker_(reporter_, options.today, options.observer),
+      parser_(XML_ParserCreate(options.asUtf8 ? "UTF-8" : nullptr)),
+      piece_(kPiece),
+      asUtf8_(options.asUtf8)
 {
     if (parser_ == nullptr) {
         throw std::bad_alloc();
@@ -61,7 +63,12 @@ void DocumentParse::Run()
     if (parsed_ > maxBytes_) {
         ReportTooLarge();
     } else if (wellFormed) {
-        checker_.Finish();
+        checker_.Finish(!reader_.HasTextAfterNul());
+        if (declared_ && utf8_.IsUtf8() && utf8_.HasWideCharacters()) {
+            ReportEncoding(false);
+        }
+    } else if (declared_ && WouldBeUtf8()) {
+        ReportEncoding(true);
     } else {
         ReportNotWellFormed();
     }
@@ -110,6 +117,9 @@ bool DocumentParse::ParseTo(std::uint64_t end, bool isFinal)
     parsed_ += bytes.size();
     const XML_Status status =
         XML_Parse(parser_.get(), bytes.data(), static_cast<int>(bytes.size()), isFinal ? XML_TRUE : XML_FALSE);
+    if (declared_) {
+        utf8_.Add(bytes);
+    }
     return status != XML_STATUS_ERROR;
 }
 
@@ -176,13 +186,54 @@ void DocumentParse::OnDoctype(void* self, const char* name, const char* /*system
 void DocumentParse::OnDeclaration(void* self, const char* /*version*/, const char* encoding, int /*standalone*/)
 {
     auto& parse = *static_cast<DocumentParse*>(self);
-    if (encoding == nullptr) {
+    if (encoding == nullptr || parse.asUtf8_) {
         return;
     }
     parse.Guarded([&] { parse.encoding_ = encoding; });
-    if (strcasecmp(encoding, "UTF-8") != 0) {
-        parse.window_.SetSingleByteCharacters();
+    if (strcasecmp(encoding, "UTF-8") == 0) {
+        return;
     }
+    parse.Guarded([&parse, encoding] {
+        const std::uint64_t begin = parse.Offset();
+        const std::string_view declaration = parse.window_.View(begin, parse.window_.End() - begin);
+        const std::string_view named = declaration.substr(0, declaration.find("?>"));
+        const std::size_t place = named.find(encoding, std::min(named.find("encoding"), named.size()));
+        if (place != std::string_view::npos) {
+            const std::size_t size = std::string_view(encoding).size();
+            Range range = parse.reporter_.Kept({parse.window_.PositionAt(begin + place), size});
+            range.bytes = encoding;
+            parse.declared_ = range;
+        }
+    });
+    parse.window_.SetSingleByteCharacters();
+}
+
+/// Whether the parser has failed because of the declared encoding, while the document is in UTF-8.
+bool DocumentParse::WouldBeUtf8()
+{
+    const XML_Error error = XML_GetErrorCode(parser_.get());
+    const std::string_view place = window_.View(Offset(), 1);
+    const bool isWideByte = error == XML_ERROR_INVALID_TOKEN && !place.empty() && !IsUtf8(place);
+    if (error != XML_ERROR_UNKNOWN_ENCODING && error != XML_ERROR_INCORRECT_ENCODING && !isWideByte) {
+        return false;
+    }
+    Utf8Check check = utf8_;
+    check.Add(window_.View(parsed_, window_.End() - parsed_));
+    std::uint64_t read = window_.End();
+    for (std::string rest; check.MayBeUtf8() && !reader_.AtEnd() && read <= maxBytes_; rest.clear()) {
+        reader_.ReadUpTo(rest, kPiece);
+        check.Add(rest);
+        read += rest.size();
+    }
+    return check.IsUtf8();
+}
+
+void DocumentParse::ReportEncoding(bool isRejected)
+{
+    reporter_.Report(*declared_,
+                     {Rule::kEncodingDeclaredWrongly,
+                      "the document declares " + QuotedShort(*declared_->bytes) + " and is written in UTF-8", "UTF-8",
+                      isRejected ? kRejects : kMisread, "UTF-8"});
 }
 
 void DocumentParse::ReportNotWellFormed()

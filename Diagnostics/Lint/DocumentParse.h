@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 #include <type_traits>
 
@@ -15,6 +16,7 @@
 #include "Diagnostics/Lint/Lint.h"
 #include "Diagnostics/Lint/Reporter.h"
 #include "Diagnostics/Lint/ScheduleChecker.h"
+#include "Diagnostics/Text/Encodings.h"
 
 namespace lint {
 
@@ -58,6 +60,8 @@ private:
     bool ParseTo(std::uint64_t end, bool isFinal);
     std::uint64_t PieceEnd() const;
     std::uint64_t Offset() const;
+    void ReportEncoding(bool isRejected);
+    bool WouldBeUtf8();
     void ReportNotWellFormed();
     void ReportTooLarge();
 
@@ -72,6 +76,9 @@ private:
     bool rootSeen_ = false;
     std::uint64_t parsed_ = 0; ///< bytes given to the parser
     std::size_t piece_;        ///< bytes to read before the next step
+    bool asUtf8_;
+    std::optional<Range> declared_; ///< the name of another encoding than UTF-8 in the XML declaration
+    Utf8Check utf8_;                ///< of what was parsed, where another encoding is declared
 };
 
 } // namespace lint

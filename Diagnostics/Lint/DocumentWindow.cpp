@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "Diagnostics/Text/Encodings.h"
+
 namespace lint {
 
 namespace {
@@ -107,7 +109,8 @@ Snippet DocumentWindow::SnippetAt(const Position& position, std::uint64_t size) 
     }
     snippet.cutBefore = position.offset - before.size() != position.lineStart;
 
-    std::string_view after = View(position.offset, End() - position.offset);
+    // A byte more than is shown says whether the line goes on, however long it is.
+    std::string_view after = View(position.offset, kSnippetReach + 1);
     after = after.substr(0, after.find_first_of("\r\n"));
     if (after.size() > kSnippetReach) {
         std::size_t end = kSnippetReach;
@@ -131,20 +134,7 @@ Snippet DocumentWindow::SnippetAt(const Position& position, std::uint64_t size) 
 /// The single-byte encodings that can be read are US-ASCII and ISO-8859-1.
 std::string DocumentWindow::Decoded(std::string_view bytes) const
 {
-    if (!singleByte_) {
-        return std::string(bytes);
-    }
-    std::string text;
-    for (const char byte : bytes) {
-        const auto code = static_cast<unsigned char>(byte);
-        if (code < 0x80U) {
-            text += byte;
-        } else {
-            text += static_cast<char>(0xC0U | (code >> 6U));
-            text += static_cast<char>(0x80U | (code & 0x3FU));
-        }
-    }
-    return text;
+    return singleByte_ ? FromLatin1(bytes) : std::string(bytes);
 }
 
 void DocumentWindow::Discard(std::uint64_t offset)

@@ -62,6 +62,13 @@ void FindingList::Count(Rule rule)
     }
 }
 
+void FindingList::AddFix(Rule rule, Edit edit)
+{
+    if (!IsIgnored(rule)) {
+        report_.fixes.push_back({rule, std::move(edit)});
+    }
+}
+
 void FindingList::Add(Rule rule, Diagnostic finding)
 {
     Count(rule);

@@ -22,6 +22,8 @@ public:
     bool Wants(Rule rule, std::uint64_t line, std::uint64_t column) const;
 
     void Count(Rule rule);
+    /// Takes what mends a finding of `rule`, whether the finding is kept or not.
+    void AddFix(Rule rule, Edit edit);
     /// Takes what `rule` found, and gives it the rule's name and severity.
     void Add(Rule rule, Diagnostic finding);
 

@@ -42,6 +42,7 @@ void ItemChecker::Begin(const StartTag& item)
     formatFirst_ = false;
     facts_.file.clear();
     facts_.size = 0;
+    facts_.sizeIsSure = false;
 }
 
 ItemChecker::Child& ItemChecker::ChildOf(Element element)
@@ -103,11 +104,32 @@ void ItemChecker::EndChild(std::uint64_t endTagOffset)
     }
     if (open_ == Element::kSize) {
         CheckSize();
+        if (keepsPlaces_) {
+            facts_.sizePlace = TextBetweenTags(child, endTagOffset);
+        }
     } else if (open_ == Element::kFormat) {
         facts_.file += '.';
         facts_.file += child.text;
     }
     open_ = Element::kUnknown;
+}
+
+/// Without bytes where it holds a comment or a section, or comes out of an entity.
+Range ItemChecker::TextBetweenTags(const Child& child, std::uint64_t endTagOffset) const
+{
+    const DocumentWindow& window = reporter_.Window();
+    const std::uint64_t begin = child.tag.position.offset + child.tag.size;
+    const std::string_view tag = window.View(child.tag.position.offset, child.tag.size);
+    const bool hasTags = tag.size() == child.tag.size && tag.substr(0, 1) == "<" && tag.substr(tag.size() - 2) != "/>";
+    if (!hasTags || endTagOffset < begin) {
+        return child.tag;
+    }
+    Range range = {window.PositionAt(begin, child.tag.position), endTagOffset - begin};
+    const std::string_view bytes = window.View(begin, range.size);
+    if (bytes.size() == range.size && bytes.find('<') == std::string_view::npos) {
+        range.bytes = bytes;
+    }
+    return range;
 }
 
 void ItemChecker::CheckSize()
@@ -125,6 +147,8 @@ void ItemChecker::CheckSize()
         reporter_.Report(size_.Place(),
                          {Rule::kSizeZero, "size " + QuotedShort(lastPiece_) + " is 0", "the size of the file in bytes",
                           "the TV counts the file as present while it is missing"});
+    } else {
+        facts_.sizeIsSure = size_.count == 1;
     }
 }
 
@@ -136,6 +160,7 @@ std::string ItemChecker::Looks() const
 const ItemFacts& ItemChecker::End()
 {
     facts_.hasName = name_.count > 0;
+    facts_.hasSize = size_.count > 0;
     facts_.filePlace = name_.Place();
     CheckChildren();
     CheckFormat();

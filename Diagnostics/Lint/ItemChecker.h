@@ -16,12 +16,16 @@ struct ItemFacts {
     uVQMINT64 size = 0;
     Range filePlace; ///< where the name stands
     bool hasName = false;
+    Range sizePlace{}; ///< what stands between the tags of size; without bytes where that is not text alone
+    bool hasSize = false;
+    bool sizeIsSure = false; ///< one size, read as it is written, and not 0
 };
 
 /// Checks one item after the other: its name, size and format.
 class ItemChecker {
 public:
-    explicit ItemChecker(Reporter& reporter) : reporter_(reporter) {}
+    /// `keepsPlaces`: the facts have the place of the size.
+    ItemChecker(Reporter& reporter, bool keepsPlaces) : reporter_(reporter), keepsPlaces_(keepsPlaces) {}
 
     void Begin(const StartTag& item);
 
@@ -49,6 +53,7 @@ private:
     Child& ChildOf(Element element);
     /// Which file the TV looks for.
     std::string Looks() const;
+    Range TextBetweenTags(const Child& child, std::uint64_t endTagOffset) const;
     void CheckSize();
     void CheckChildren();
     void CheckFormat();
@@ -56,6 +61,7 @@ private:
     void CheckWhiteSpace(const char* what, const Child& child);
 
     Reporter& reporter_;
+    bool keepsPlaces_;
     Range item_;
     Element open_ = Element::kUnknown;
     Child name_;

@@ -12,11 +12,15 @@
 
 namespace lint {
 
+class Observer;
+
 struct Options {
     schedule::Day today;    ///< what an expiration date is compared with
     std::set<Rule> ignored; ///< rules that find nothing and count nothing
     std::size_t maxFindings = 1000;
     std::uint64_t maxBytes = INT_MAX; ///< the most that the TV parses
+    bool asUtf8 = false;              ///< reads UTF-8 whatever encoding the document declares, as once it is mended
+    Observer* observer = nullptr;     ///< borrowed; is shown what the document announces
 };
 
 /// Checks a schedule document in one pass.

@@ -4,8 +4,6 @@
 
 namespace lint {
 
-namespace {
-
 Options OnlyWhatRejects()
 {
     Options options;
@@ -14,11 +12,12 @@ Options OnlyWhatRejects()
     }
     options.ignored.erase(Rule::kNotWellFormed);
     options.ignored.erase(Rule::kUnreadableEncoding);
+    options.ignored.erase(Rule::kEncodingDeclaredWrongly);
     options.maxFindings = 1;
     return options;
 }
 
-std::string Describe(const Report& report)
+std::string ParseErrorText(const Report& report)
 {
     if (report.findings.empty()) {
         return "the library rejects it";
@@ -28,16 +27,14 @@ std::string Describe(const Report& report)
            finding.message;
 }
 
-} // namespace
-
 std::string ParseErrorText(const std::string& document)
 {
-    return Describe(Lint(document, OnlyWhatRejects()));
+    return ParseErrorText(Lint(document, OnlyWhatRejects()));
 }
 
 std::string ParseErrorText(const ByteSource& source)
 {
-    return Describe(Lint(source, OnlyWhatRejects()));
+    return ParseErrorText(Lint(source, OnlyWhatRejects()));
 }
 
 } // namespace lint

@@ -12,6 +12,7 @@ struct Problem {
     std::string message;
     std::string expected;
     std::string effect;
+    std::string meant{}; ///< all that should stand in this place; empty where there is doubt
 };
 
 } // namespace lint

@@ -18,10 +18,11 @@ public:
 
     /// `values` are the judgements of the tag's attributes.
     void Begin(const StartTag& project, const std::vector<Judgement>& values);
-    void AddItem(uVQMINT64 size);
+    /// `sizeIsSure`: the size is what the item's author meant.
+    void AddItem(uVQMINT64 size, bool sizeIsSure);
 
-    /// At the document's end.
-    void Finish();
+    /// At the document's end. `isWhole`: nothing follows that the TV does not read.
+    void Finish(bool isWhole);
 
 private:
     struct Announced {
@@ -29,12 +30,15 @@ private:
         Range place;
     };
 
+    bool ItemsAreSure() const;
+
     Reporter& reporter_;
     std::optional<Announced> count_;
     std::optional<Announced> size_;
     uVQMINT64 items_ = 0;
     uVQMINT64 total_ = 0;
     bool overflow_ = false;
+    bool sizesAreSure_ = true;
 };
 
 } // namespace lint

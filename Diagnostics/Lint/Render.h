@@ -27,4 +27,7 @@ std::string RenderOneline(const FileResult& file, const Style& style = Style());
 /// All files as one document of Docs/schemas/lint.schema.json.
 std::string RenderJson(const std::vector<FileResult>& files);
 
+/// All files as one log of SARIF 2.1.0, with what mends a finding where that is known. `version` is the tool's.
+std::string RenderSarif(const std::vector<FileResult>& files, const std::string& version);
+
 } // namespace lint

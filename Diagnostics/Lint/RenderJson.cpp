@@ -1,40 +1,31 @@
-#include <algorithm>
-#include <string_view>
-
-#include <glib.h>
-
 #include "Diagnostics/Lint/Render.h"
 #include "Diagnostics/Text/Json.h"
+#include "Diagnostics/Text/RenderDiagnostic.h"
 
 namespace lint {
 
 namespace {
 
-Json SourceJson(const Snippet& source)
+Json FixJson(const Edit& fix)
 {
-    const std::string before = Utf8(source.text.substr(0, source.start));
-    const std::string subject = Utf8(source.text.substr(source.start, source.length));
-    const auto characters = [](const std::string& text) {
-        return g_utf8_strlen(text.data(), static_cast<gssize>(text.size()));
-    };
-    return {{"text", before + subject + Utf8(source.text.substr(source.start + source.length))},
-            {"start", characters(before)},
-            {"length", characters(subject)},
-            {"cut_before", source.cutBefore},
-            {"cut_after", source.cutAfter}};
+    return {{"offset", fix.offset}, {"old", Utf8(fix.oldText)}, {"new", fix.newText}};
 }
 
 Json FindingJson(const Diagnostic& finding)
 {
-    return {{"id", finding.id},
-            {"severity", NameOf(finding.severity)},
-            {"line", finding.line},
-            {"column", finding.column},
-            {"end_column", finding.endColumn},
-            {"message", Utf8(finding.message)},
-            {"expected", Utf8(finding.expected)},
-            {"effect", Utf8(finding.effect)},
-            {"source", SourceJson(finding.source)}};
+    Json json = {{"id", finding.id},
+                 {"severity", NameOf(finding.severity)},
+                 {"line", finding.line},
+                 {"column", finding.column},
+                 {"end_column", finding.endColumn},
+                 {"message", Utf8(finding.message)},
+                 {"expected", Utf8(finding.expected)},
+                 {"effect", Utf8(finding.effect)},
+                 {"source", SourceJson(finding.source)}};
+    if (finding.fix) {
+        json["fix"] = FixJson(*finding.fix);
+    }
+    return json;
 }
 
 Json CountsJson(const Counts& counts)

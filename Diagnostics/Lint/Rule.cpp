@@ -13,6 +13,7 @@ struct Entry {
 constexpr Entry kRules[] = {
     {"not-well-formed", Severity::kError},
     {"unreadable-encoding", Severity::kError},
+    {"encoding-declared-wrongly", Severity::kError},
     {"text-after-nul", Severity::kError},
     {"too-large", Severity::kError},
     {"doctype", Severity::kWarning},

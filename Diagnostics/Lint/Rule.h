@@ -14,6 +14,7 @@ enum class Rule {
     // the document as a whole
     kNotWellFormed,
     kUnreadableEncoding,
+    kEncodingDeclaredWrongly,
     kTextAfterNul,
     kTooLarge,
     kDoctype,

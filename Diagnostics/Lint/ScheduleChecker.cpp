@@ -36,10 +36,11 @@ Problem JudgeUnknown(const StartTag& tag)
 
 } // namespace
 
-ScheduleChecker::ScheduleChecker(Reporter& reporter, const schedule::Day& today)
+ScheduleChecker::ScheduleChecker(Reporter& reporter, const schedule::Day& today, Observer* observer)
     : reporter_(reporter),
+      observer_(observer),
       attributes_(reporter, today),
-      item_(reporter),
+      item_(reporter, observer != nullptr),
       period_(reporter),
       project_(reporter),
       openCounts_(VQMScheduleFormat::kElementCount),
@@ -63,6 +64,9 @@ void ScheduleChecker::Start(const StartTag& tag)
     switch (tag.Kind()) {
     case Element::kProject:
         project_.Begin(tag, values);
+        if (observer_ != nullptr) {
+            observer_->OnProject(tag);
+        }
         break;
     case Element::kSchedule:
         period_.Begin(tag, values);
@@ -205,13 +209,16 @@ void ScheduleChecker::End(std::uint64_t offset)
     const Element element = open_.back().element;
     if (element == Element::kItem && itemOffset_) {
         const ItemFacts& facts = item_.End();
-        project_.AddItem(facts.size);
+        project_.AddItem(facts.size, facts.sizeIsSure);
+        if (observer_ != nullptr) {
+            observer_->OnItem(facts);
+        }
         if (OpenCount(Element::kSchedule) > 0) {
             period_.EndItem(facts);
         }
         itemOffset_.reset();
     } else if (element == Element::kItem) {
-        project_.AddItem(0); // an item inside this one took what it had
+        project_.AddItem(0, false); // an item inside this one took what it had
     } else if (element == Element::kSchedule) {
         period_.End();
     }
@@ -241,7 +248,7 @@ void ScheduleChecker::Text(std::string_view text, std::uint64_t offset)
                       "text only inside name, size and format", "the TV ignores it"});
 }
 
-void ScheduleChecker::Finish()
+void ScheduleChecker::Finish(bool isWhole)
 {
     const auto lineOf = [this](Element element) { return firstLines_[static_cast<std::size_t>(element)]; };
     if (lineOf(Element::kRsp) == 0) {
@@ -252,7 +259,7 @@ void ScheduleChecker::Finish()
         reporter_.Report(root_, {Rule::kNoSchedule, "there is no schedule", "at least one schedule",
                                  "the TV finds its content complete and plays nothing"});
     }
-    project_.Finish();
+    project_.Finish(isWhole);
 }
 
 std::uint64_t ScheduleChecker::NeededFrom(std::uint64_t current) const

@@ -8,6 +8,7 @@
 
 #include "Diagnostics/Lint/AttributeChecker.h"
 #include "Diagnostics/Lint/ItemChecker.h"
+#include "Diagnostics/Lint/Observer.h"
 #include "Diagnostics/Lint/PeriodChecker.h"
 #include "Diagnostics/Lint/ProjectChecker.h"
 #include "Diagnostics/Lint/Reporter.h"
@@ -26,14 +27,15 @@ public:
         bool strayText = false; ///< reported already
     };
 
-    ScheduleChecker(Reporter& reporter, const schedule::Day& today);
+    /// `observer` may be null.
+    ScheduleChecker(Reporter& reporter, const schedule::Day& today, Observer* observer);
 
     void Start(const StartTag& tag);
     void End(std::uint64_t offset);
     void Text(std::string_view text, std::uint64_t offset);
 
-    /// At the end of a document that is well-formed.
-    void Finish();
+    /// At the end of a document that is well-formed. `isWhole`: nothing follows that the TV does not read.
+    void Finish(bool isWhole);
 
     /// The innermost open element, or null.
     const Open* Innermost() const { return open_.empty() ? nullptr : &open_.back(); }
@@ -53,6 +55,7 @@ private:
     int OpenTextElements() const;
 
     Reporter& reporter_;
+    Observer* observer_;
     AttributeChecker attributes_;
     ItemChecker item_;
     PeriodChecker period_;

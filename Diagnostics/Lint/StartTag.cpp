@@ -44,7 +44,15 @@ Range StartTag::NamePlace(std::size_t index) const
 Range StartTag::ValuePlace(std::size_t index) const
 {
     const AttributePlace* place = PlaceOf(index);
-    return place == nullptr ? Whole() : Range{PositionAt(position_.offset + place->value), place->valueSize};
+    if (place == nullptr) {
+        return Whole();
+    }
+    Range range = {PositionAt(position_.offset + place->value), place->valueSize};
+    const std::string_view bytes = window_.View(range.position.offset, range.size);
+    if (bytes == AttributeValue(index)) { // not where the parser has replaced entities
+        range.bytes = bytes;
+    }
+    return range;
 }
 
 /// Attributes are asked about from the first to the last: counting goes on where it was.

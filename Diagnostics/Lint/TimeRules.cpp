@@ -70,7 +70,12 @@ std::optional<Problem> JudgeTimeText(const std::string& attribute, const std::st
         }
     }
     if (parts.size() == 2) {
-        return problem(Rule::kTimeWithoutSeconds, "has no seconds");
+        Problem withoutSeconds = problem(Rule::kTimeWithoutSeconds, "has no seconds");
+        // "09:3" may have lost a digit.
+        if (parts[1].size() == 2) {
+            withoutSeconds.meant = text + ":00";
+        }
+        return withoutSeconds;
     }
     return std::nullopt;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 #include "Data/VQMScheduleContainer.h"
 #include "Diagnostics/Lint/ParseErrorText.h"
@@ -65,7 +66,7 @@ std::string Cause(const Document& document)
 
 } // namespace
 
-PolicyFile ReadPolicyFile(const std::string& path)
+PolicyFile ReadPolicyFile(const std::string& path, std::string* text)
 {
     PolicyFile file;
     file.name = ShownName(path);
@@ -86,6 +87,9 @@ PolicyFile ReadPolicyFile(const std::string& path)
         Refuse("parse", file.name, Cause(document));
     }
     container.GetSturcture(&file.policy);
+    if (text != nullptr) {
+        *text = std::move(document.text);
+    }
     return file;
 }
 

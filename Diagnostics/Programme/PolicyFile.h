@@ -21,7 +21,9 @@ struct PolicyFile {
 ///
 /// Throws `std::runtime_error` when it cannot be read, is larger than
 /// `kMaxDocument` or is rejected by the library; its message says why, and where in the document.
-PolicyFile ReadPolicyFile(const std::string& path);
+///
+/// `text`, unless it is null, receives the document as far as the library reads it.
+PolicyFile ReadPolicyFile(const std::string& path, std::string* text = nullptr);
 
 /// A sentence about text that the library never reads; empty when there is none.
 std::string UnreadTextNote(const PolicyFile& file);

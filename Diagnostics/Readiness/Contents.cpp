@@ -6,6 +6,7 @@
 #include <limits>
 #include <map>
 #include <set>
+#include <string_view>
 #include <system_error>
 #include <unordered_map>
 
@@ -71,6 +72,14 @@ void ExamineFile(const FileTree& tree, const std::string& place, ContentFile& fi
     }
 }
 
+void TakeFacts(const ContentFile& same, ContentFile& file)
+{
+    file.size = same.size;
+    file.kind = same.kind;
+    file.readable = same.readable;
+    file.problem = same.problem;
+}
+
 /// What is still to be copied. The parts of a file that are there need no room again.
 uVQMINT64 BytesToCopy(const std::vector<ContentFile>& files)
 {
@@ -126,6 +135,7 @@ Contents ExamineContents(const _VQMPolicy& policy, const FileTree& tree, const s
     const std::size_t total = schedule::CountItems(policy);
     contents.files.reserve(total);
     CVQMFilePipe pipe;
+    std::unordered_map<std::string_view, std::size_t> seen; // a file that many items name is examined once
     std::size_t period = 0;
     for (const _VQMSchdule& schedule : policy.listSchedule) {
         for (const _VQMContentInfo& content : schedule.listContents) {
@@ -134,9 +144,14 @@ Contents ExamineContents(const _VQMPolicy& policy, const FileTree& tree, const s
             file.name = content.strName;
             file.path = directory + content.strName;
             file.announced = content.nSize;
-            const std::string place = tree.Locate(file.path);
-            file.size = pipe.GetFileSize(place.c_str());
-            ExamineFile(tree, place, file);
+            const auto [same, isNew] = seen.emplace(content.strName, contents.files.size());
+            if (isNew) {
+                const std::string place = tree.Locate(file.path);
+                file.size = pipe.GetFileSize(place.c_str());
+                ExamineFile(tree, place, file);
+            } else {
+                TakeFacts(contents.files[same->second], file);
+            }
             contents.complete += file.SizeMatches() ? 1 : 0;
             contents.announcedBytes = AddUpTo(contents.announcedBytes, file.announced);
             contents.files.push_back(std::move(file));

@@ -1,12 +1,12 @@
 #include "Diagnostics/Readiness/PipeRelease.h"
 
 #include <chrono>
-#include <csignal>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <utility>
 
+#include "Diagnostics/Readiness/SignalsBlocked.h"
 #include "Platform/desktop/base/FileDescriptor.h"
 
 namespace readiness {
@@ -32,16 +32,11 @@ void ReleaseReader(const std::string& path)
 
 PipeRelease::PipeRelease(std::string path) : path_(std::move(path))
 {
-    // Signals are for the thread that works.
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
+    const SignalsBlocked blocked;
     try {
         thread_ = std::thread([this] { Run(); });
     } catch (const std::system_error&) { // NOLINT(bugprone-empty-catch): what is there is read all the same
     }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 PipeRelease::~PipeRelease()

@@ -160,6 +160,7 @@ Report Check(const Places& places, const schedule::Day& today, const Progress& p
     Report report{LoadConstants(places)};
     Monitor monitor;
     report.schedule = FindSchedule(places, report.constants);
+    ScheduleLint findings(report.schedule.place, today);
     report.contents.directory = MediaDirectory(monitor, places, tree);
     report.compiledIn = tree.IsThisMachines() && places.schedule.empty() && places.media.empty();
     (report.compiledIn ? RunAndExamine : CheckStepByStep)(monitor, tree, progress, report);
@@ -172,7 +173,9 @@ Report Check(const Places& places, const schedule::Day& today, const Progress& p
         missing.lookAlike =
             FindOtherSchedule(tree.Locate(missing.directory), missing.path.substr(missing.directory.size()));
     }
-    report.findings = LintSchedule(report.schedule, today);
+    if (report.schedule.state == DocumentState::kLoaded) {
+        report.findings = findings.Take();
+    }
     report.closedToOthers = ClosedToTheApplication(places, tree, report);
     report.schedule.expiry = schedule::ExpiryOn(report.schedule.policy, today);
     return report;

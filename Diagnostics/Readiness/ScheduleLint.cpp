@@ -4,8 +4,11 @@
 #include <cctype>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "Diagnostics/Lint/Lint.h"
+#include "Diagnostics/Readiness/DocumentFile.h"
+#include "Diagnostics/Readiness/SignalsBlocked.h"
 #include "Diagnostics/Text/InputFile.h"
 #include "Diagnostics/Text/Words.h"
 
@@ -24,11 +27,10 @@ bool BeginsLike(std::string_view text, std::string_view lowerCase)
            });
 }
 
-} // namespace
-
-lint::Report LintSchedule(const Schedule& schedule, const schedule::Day& today)
+lint::Report LintFile(const std::string& place, const schedule::Day& today)
 {
-    if (schedule.state != DocumentState::kLoaded) {
+    // The library does not take what is no plain file, and such a thing may have no end.
+    if (Examine(place).state != DocumentState::kLoaded) {
         return {};
     }
     lint::Options options;
@@ -36,7 +38,7 @@ lint::Report LintSchedule(const Schedule& schedule, const schedule::Day& today)
     options.maxFindings = kMostErrors;
     lint::Report report;
     try {
-        const InputFile file(schedule.place);
+        const InputFile file(place);
         report = lint::Lint([&file](char* buffer, std::size_t size) { return file.Read(buffer, size); }, options);
     } catch (const std::system_error&) {
         return {}; // it was there a moment ago: the check says that files have changed
@@ -45,6 +47,24 @@ lint::Report LintSchedule(const Schedule& schedule, const schedule::Day& today)
     report.findings.erase(std::remove_if(report.findings.begin(), report.findings.end(), isNoError),
                           report.findings.end());
     return report;
+}
+
+} // namespace
+
+ScheduleLint::ScheduleLint(std::string place, const schedule::Day& today)
+{
+    const auto run = [place = std::move(place), today] { return LintFile(place, today); };
+    const SignalsBlocked blocked;
+    try {
+        report_ = std::async(std::launch::async, run);
+    } catch (const std::system_error&) {
+        report_ = std::async(std::launch::deferred, run);
+    }
+}
+
+lint::Report ScheduleLint::Take()
+{
+    return report_.get();
 }
 
 std::string WhatItIsInstead(const lint::Report& findings)

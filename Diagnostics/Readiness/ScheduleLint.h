@@ -1,5 +1,6 @@
 #pragma once
 
+#include <future>
 #include <string>
 
 #include "Diagnostics/Lint/Report.h"
@@ -7,9 +8,18 @@
 
 namespace readiness {
 
-/// What the linter finds in the schedule: all of it counted, the first errors kept. Empty for a schedule
-/// that is not loaded.
-lint::Report LintSchedule(const Schedule& schedule, const schedule::Day& today);
+/// Lints the schedule at `place` beside the library's own check, which takes about as long.
+class ScheduleLint {
+public:
+    /// Starts at once, on a thread of its own where there can be one.
+    ScheduleLint(std::string place, const schedule::Day& today);
+
+    /// What was found: all of it counted, the first errors kept. Waits for it; call it once.
+    lint::Report Take();
+
+private:
+    std::future<lint::Report> report_;
+};
 
 /// What the document is instead, if it has no element rsp: "is an HTML page"; otherwise empty.
 std::string WhatItIsInstead(const lint::Report& findings);

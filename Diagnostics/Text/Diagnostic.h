@@ -2,7 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+
+#include "Diagnostics/Text/Edit.h"
 
 /// How much a diagnostic matters.
 enum class Severity {
@@ -49,4 +52,5 @@ struct Diagnostic {
     std::uint64_t column = 0;    ///< from 1, in characters (code points), a byte order mark not counted
     std::uint64_t endColumn = 0; ///< of the character after the last one on this line; `column` for a mere point
     Snippet source{};            ///< empty where the line is no longer at hand
+    std::optional<Edit> fix{};   ///< what mends it, where there is no doubt about what was meant
 };

@@ -45,6 +45,15 @@ std::size_t InputFile::Read(char* buffer, std::size_t size) const
     }
 }
 
+struct stat InputFile::Status() const
+{
+    struct stat status = {};
+    if (fstat(descriptor_, &status) != 0) {
+        throw std::system_error(errno, std::generic_category());
+    }
+    return status;
+}
+
 std::string InputFile::Path() const
 {
     return "/proc/self/fd/" + std::to_string(descriptor_);

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <string>
 
+#include <sys/stat.h>
+
 /// The file name that stands for stdin.
 inline constexpr char kStdin[] = "-";
 
@@ -21,6 +23,9 @@ public:
     /// Puts up to `size` bytes at `buffer` and gives their number; 0 at the end. Throws
     /// `std::system_error` with the cause.
     std::size_t Read(char* buffer, std::size_t size) const;
+
+    /// What the system knows of the open file. Throws `std::system_error` with the cause.
+    struct stat Status() const;
 
     /// A path that leads to this open file, whatever takes its name meanwhile. For the library, which
     /// opens files itself. Valid while this object lives.

@@ -8,6 +8,9 @@
 
 std::string EscapedForTerminal(std::string_view text)
 {
+    if (!desktop::NeedsEscape(text)) {
+        return std::string(text);
+    }
     std::string out;
     while (!text.empty()) {
         const desktop::FirstCharacter first(text);

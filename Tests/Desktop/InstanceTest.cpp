@@ -54,6 +54,7 @@ protected:
             Display* display = XOpenDisplay(server_.Name().c_str());
             InstanceClaim claim(display, kName);
             claim.PublishKeys({"XF86More"}, {"XF86Tools"});
+            claim.PublishReleasedKeys({"Up"});
             XSync(display, False);
             _exit(write(ready[1], "x", 1) == 1 && pause() == 0 ? 0 : 1);
         }
@@ -143,6 +144,7 @@ TEST_F(Instance, AnotherProcessIsSeenWithItsKeysUntilItIsKilled)
     EXPECT_EQ(seen->pid, pid);
     EXPECT_EQ(seen->heldKeys, Names{"XF86More"});
     EXPECT_EQ(seen->failedKeys, Names{"XF86Tools"});
+    EXPECT_EQ(seen->releasedKeys, Names{"Up"});
     EXPECT_FALSE(ReadInstance(display_, "org.example.other"));
     {
         const InstanceClaim second(display_, kName);

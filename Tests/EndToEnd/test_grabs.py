@@ -1,5 +1,6 @@
 """Grabs that fail, and keyboards that change."""
 
+import json
 import subprocess
 
 import pytest
@@ -42,6 +43,27 @@ def test_one_combination_held_by_another_client_leaves_the_others(desktop, keybo
     application = desktop.start_application()
     keyboard.tap(MORE)
     application.wait_for("not used in vqm mode")
+
+
+def test_watched_keys_are_held_or_handed_back_as_the_application_does(desktop, keyboard):
+    desktop.start_application()
+    keys, talk = desktop.root / "keys", desktop.root / "talk"
+    with open(keys, "w") as output, open(talk, "w") as messages:
+        watch = subprocess.Popen([BUILD / "bin/vqmctl", "keys", "watch", "--json"], env=desktop.environment,
+                                 stdout=output, stderr=messages)
+    try:
+        wait_until(lambda: "runs" in talk.read_text(), "it watches")
+        for symbol in (MORE, keysym("Up"), keysym("a")):
+            keyboard.tap(symbol)
+        lines = wait_until(lambda: len(found := keys.read_text().splitlines()) == 6 and found,
+                           "each press and release is printed")
+        told = [json.loads(line) for line in lines]
+        assert [(each["event"], each["keysym"], each["key_id"], each["application"]) for each in told] == [
+            (event, *key) for key in (("XF86More", 1, "held"), ("Up", 26, "handed-back"), ("a", None, "neither"))
+            for event in ("press", "release")]
+    finally:
+        watch.terminate()
+        assert watch.wait(timeout=PATIENCE) == 0
 
 
 @pytest.mark.parametrize("lock", ["Caps_Lock", "Num_Lock"])

@@ -108,7 +108,7 @@ def test_the_day_can_be_given(lint):
         (["--jsno=1", "good.xml"], "unknown option '--jsno' of 'vqmctl schedule lint'; did you mean --json? see 'vqmctl "
                                    "schedule lint --help'"),
         (["--foo", "good.xml"], "unknown option '--foo' of 'vqmctl schedule lint'; see 'vqmctl schedule lint --help'"),
-        (["--json", "--oneline", "good.xml"], "--json and --oneline exclude one another; expected one of the two"),
+        (["--json", "--oneline", "good.xml"], "--json, --oneline and --sarif exclude one another; expected one of them"),
         (["--color", "red", "good.xml"], "--color is 'red'; expected auto, always or never"),
         (["--on", "2026-02-30", "good.xml"], "--on '2026-02-30' is no day; expected year-month-day"),
     ],
@@ -162,6 +162,7 @@ def test_json_validates_whatever_there_is(lint):
             "cut_before": False,
             "cut_after": False,
         },
+        "fix": {"offset": 41, "old": "09:30", "new": "09:30:00"},
     }
     assert files[3]["findings"][0]["id"] == "unreadable-encoding"
     assert "\xe4" in files[4]["findings"][1]["source"]["text"]

@@ -201,7 +201,7 @@ def test_the_library_speaks_only_when_asked(home):
     (["remote", "press", "Up", "--anyway=maybe"], "--anyway takes no value; see 'vqmctl remote press --help'"),
     (["status", "--constants"], "--constants wants a value; see 'vqmctl status --help'"),
     (["constants", "get"], "key is missing; see 'vqmctl constants get --help'"),
-    (["schedule", "lint", "--ignore"], "file is missing; see 'vqmctl schedule lint --help'"),
+    (["schedule", "lint", "--ignore"], "--ignore wants a value; see 'vqmctl schedule lint --help'"),
     (["schedule", "show", "a", "--verbose=maybe"], "--verbose takes no value; see 'vqmctl schedule show --help'"),
     (["remote", "press", "Up", "--hold", "x"],
      "--hold is 'x'; expected a whole number from 0 to 60000"),

@@ -9,6 +9,7 @@ class CommandLine;
 void AddCheckCommand(CommandLine& line);
 void AddConstantsCommands(CommandLine& line);
 void AddExplainCommand(CommandLine& line);
+void AddKeysCommands(CommandLine& line, WatchKeysAction watch);
 void AddRemoteCommands(CommandLine& line, RemoteActions actions);
 void AddScheduleCommands(CommandLine& line);
 void AddSettingCommands(CommandLine& line);

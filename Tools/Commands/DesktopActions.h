@@ -4,6 +4,7 @@
 
 #include "Diagnostics/Readiness/Places.h"
 #include "Tools/ExitCode.h"
+#include "Tools/Remote/KeyWatch.h"
 #include "Tools/Remote/RemoteKeys.h"
 #include "Tools/Remote/RemotePress.h"
 
@@ -14,6 +15,8 @@ struct RemoteActions {
     std::function<ExitCode(const HeldKeysOptions& options)> listKeys;
     std::function<ExitCode(const PressOptions& options)> press;
 };
+
+using WatchKeysAction = std::function<ExitCode(const WatchKeysOptions& options)>;
 
 struct StatusOptions {
     readiness::Places places;

@@ -9,4 +9,6 @@ void AddScheduleCommands(CommandLine& line)
     AddScheduleAtCommand(line, group);
     AddScheduleTimelineCommand(line, group);
     AddScheduleLintCommand(line, group);
+    AddScheduleGroupCommand(line, group);
+    AddScheduleSizesCommand(line, group);
 }

@@ -12,6 +12,7 @@
 #include "Diagnostics/Text/Words.h"
 #include "Tools/CommandError.h"
 #include "Tools/Commands/ScheduleCommands.h"
+#include "Tools/Commands/ScheduleFix.h"
 #include "Tools/Commands/TvSchedule.h"
 #include "Tools/Terminal/Terminal.h"
 
@@ -25,6 +26,9 @@ struct Arguments {
     bool strict = false;
     std::vector<std::string> ignored;
     std::string day;
+    bool fix = false;
+    bool write = false;
+    bool sarif = false;
 };
 
 [[noreturn]] void RefuseValue(const std::string& option, const std::string& value,
@@ -97,15 +101,30 @@ std::vector<std::string> NamesIn(const Arguments& arguments)
     return arguments.files;
 }
 
+void CheckTogether(const Arguments& arguments)
+{
+    if (arguments.write && !arguments.fix) {
+        throw CommandError(ExitCode::kUsage, "--write belongs to --fix: expected both");
+    }
+    const int formats = int{arguments.json} + int{arguments.oneline} + int{arguments.sarif};
+    if (arguments.fix && formats > 0) {
+        throw CommandError(ExitCode::kUsage, "--fix prints a diff; expected no other format");
+    }
+    if (formats > 1) {
+        throw CommandError(ExitCode::kUsage, "--json, --oneline and --sarif exclude one another; expected one of them");
+    }
+}
+
 ExitCode Lint(const Arguments& arguments)
 {
-    if (arguments.json && arguments.oneline) {
-        throw CommandError(ExitCode::kUsage, "--json and --oneline exclude one another; expected one of the two");
-    }
+    CheckTogether(arguments);
     const lint::Options options = OptionsFrom(arguments);
+    if (arguments.fix) {
+        return FixDocuments(NamesIn(arguments), options, arguments.write, arguments.strict);
+    }
     const bool json = arguments.json;
+    const bool human = !json && !arguments.oneline && !arguments.sarif;
     const Style style(WantsColour(STDOUT_FILENO));
-    const bool human = !json && !arguments.oneline;
     std::vector<lint::FileResult> results;
     Output output;
     lint::Counts counts;
@@ -120,7 +139,7 @@ ExitCode Lint(const Arguments& arguments)
             failed = true;
             PrintError("cannot read '" + result.name + "': " + result.error);
         }
-        if (json) {
+        if (json || arguments.sarif) {
             results.push_back(std::move(result));
             continue;
         }
@@ -129,7 +148,9 @@ ExitCode Lint(const Arguments& arguments)
             PrintError(result.name + ": " + Counted(result.report.notKept, "further finding") + " not shown");
         }
     }
-    if (json) {
+    if (arguments.sarif) {
+        output.Write(RenderSarif(results, VQM_VERSION));
+    } else if (json) {
         output.Write(RenderJson(results));
     } else if (human && counts.errors + counts.warnings + counts.notes > 0) {
         PrintError(Counted(counts.errors, "error") + ", " + Counted(counts.warnings, "warning") + ", " +
@@ -160,6 +181,9 @@ void AddScheduleLintCommand(CommandLine& line, CLI::App& group)
         ->expected(1)
         ->allow_extra_args(false)
         ->take_all();
+    command.add_flag("--sarif", arguments->sarif, "Print one log in SARIF 2.1.0, for other programs");
+    command.add_flag("--fix", arguments->fix, "Show the repairs that leave no doubt, instead of the findings");
+    command.add_flag("--write", arguments->write, "With --fix: change the documents");
     command.add_option("--on", arguments->day, "The day that expiration dates are compared with; today by default")
         ->type_name("YEAR-MONTH-DAY");
 }

@@ -3,6 +3,7 @@
 #include "Tools/CommandLine.h"
 #include "Tools/Commands/Commands.h"
 #include "Tools/Desktop/ShowStatus.h"
+#include "Tools/Remote/KeyWatch.h"
 #include "Tools/Remote/RemoteKeys.h"
 #include "Tools/Remote/RemotePress.h"
 
@@ -14,6 +15,7 @@ int main(int argc, char** argv)
 
     CommandLine line;
     AddRemoteCommands(line, {ListHeldKeys, PressRemoteKey});
+    AddKeysCommands(line, WatchKeys);
     AddStatusCommand(line, ShowStatus);
     return line.Run(argc, argv);
 }

@@ -36,6 +36,22 @@ std::unique_ptr<desktop::GrabbedKeys>& HeldKeys()
     return keys;
 }
 
+/// The ids of the keys that were handed back, whether they were held or not.
+std::set<int>& ReleasedKeys()
+{
+    static std::set<int> keys;
+    return keys;
+}
+
+std::vector<std::string> NamesOf(const std::set<int>& keys)
+{
+    std::vector<std::string> names;
+    for (const int keyId : keys) {
+        names.emplace_back(desktop::KeyName(keyId));
+    }
+    return names;
+}
+
 /// Users who want to keep the media keys of their desktop limit the table to the tool keys.
 bool OnlyToolKeys()
 {
@@ -81,6 +97,7 @@ void Publish()
 {
     const std::vector<std::string> failed = HeldKeys()->FailedNames();
     desktop::PublishKeys(HeldKeys()->HeldNames(), failed);
+    desktop::PublishReleasedKeys(NamesOf(ReleasedKeys()));
     if (!failed.empty()) {
         // In a job, because the caller may be about to release the refused keys anyway.
         ecore_job_add(WatchFailedKeys, nullptr);
@@ -159,7 +176,11 @@ int Grab_RegisterKeys(void* display, unsigned int window, GrabKeyList* list)
     if (!HeldKeys()) {
         StartHolding(static_cast<Display*>(display));
     }
-    HeldKeys()->Add(KeysOf(*list, OnlyToolKeys()));
+    const std::set<int> keys = KeysOf(*list, OnlyToolKeys());
+    HeldKeys()->Add(keys);
+    for (const int keyId : keys) {
+        ReleasedKeys().erase(keyId);
+    }
     Publish();
 
     int result = 0;
@@ -176,7 +197,9 @@ int UnGrab_RegisterKeys(void* display, unsigned int /*window*/, GrabKeyList* lis
         return kFailure;
     }
     // All keys of the list, even if TV_REMOTE_KEYS has kept some of them from being taken.
-    HeldKeys()->Remove(KeysOf(*list, false));
+    const std::set<int> keys = KeysOf(*list, false);
+    HeldKeys()->Remove(keys);
+    ReleasedKeys().insert(keys.begin(), keys.end());
     Publish();
     return 0;
 }

@@ -97,6 +97,13 @@ void PublishKeys(const std::vector<std::string>& held, const std::vector<std::st
     }
 }
 
+void PublishReleasedKeys(const std::vector<std::string>& released)
+{
+    if (Claim()) {
+        Claim()->PublishReleasedKeys(released);
+    }
+}
+
 void PublishKeyWindow(Window window)
 {
     if (Claim()) {

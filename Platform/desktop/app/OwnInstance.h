@@ -20,6 +20,9 @@ void ListenForLaunchRequests(void (*callback)());
 /// Publishes for tools which keys are held, and which another client holds.
 void PublishKeys(const std::vector<std::string>& held, const std::vector<std::string>& failed);
 
+/// Publishes for tools which keys were handed back.
+void PublishReleasedKeys(const std::vector<std::string>& released);
+
 /// Publishes for tools that the main loop runs, and to which window the keys go.
 void PublishKeyWindow(Window window);
 

@@ -1,19 +1,8 @@
 #include "Platform/desktop/base/ReplaceFile.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <dirent.h>
-#include <fcntl.h>
-#include <memory>
-#include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/types.h>
-#include <unistd.h>
-#include <utility>
 
-#include "Platform/desktop/base/FileDescriptor.h"
+#include "Platform/desktop/base/TemporaryFile.h"
 
 namespace desktop {
 
@@ -21,155 +10,12 @@ namespace {
 
 constexpr char kPrefix[] = ".tvsettings-new-";
 
-std::string FolderOf(const std::string& path)
-{
-    return path.substr(0, path.rfind('/'));
-}
-
-/// A temporary file beside the one that it is to replace. It is locked as long as its writer lives, so
-/// that other writers can distinguish a file in use from one that was left behind. Errors name the file
-/// to be replaced.
-class TemporaryFile {
-public:
-    static Result<TemporaryFile> CreateFor(const std::string& target)
-    {
-        // Another writer that clears up may hold the lock for a moment and take the file for a leftover.
-        constexpr int kAttempts = 10;
-        TemporaryFile file(target);
-        int error = EAGAIN;
-        for (int i = 0; i < kAttempts && error == EAGAIN; ++i) {
-            error = file.Create();
-        }
-        if (error != 0) {
-            return SystemError(target, error);
-        }
-        return Result<TemporaryFile>(std::move(file));
-    }
-    TemporaryFile(TemporaryFile&& other) noexcept
-        : target_(std::move(other.target_)), file_(std::move(other.file_)), path_(std::exchange(other.path_, {}))
-    {
-    }
-    TemporaryFile& operator=(TemporaryFile&&) = delete;
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-    ~TemporaryFile()
-    {
-        if (!path_.empty()) {
-            unlink(path_.c_str());
-        }
-    }
-
-    /// Takes over mode and owner of another file. Called before there is content that a new group could
-    /// read.
-    void TakeOver(const struct stat& other)
-    {
-        struct stat own {};
-        if (fstat(file_.Get(), &own) == -1) {
-            return;
-        }
-        bool sameGroup = own.st_gid == other.st_gid;
-        if (own.st_uid != other.st_uid || !sameGroup) {
-            // Only root gives files away; a member may hand them to the group.
-            sameGroup = fchown(file_.Get(), other.st_uid, other.st_gid) == 0 ||
-                        fchown(file_.Get(), own.st_uid, other.st_gid) == 0 || sameGroup;
-        }
-        constexpr mode_t kOfGroup = S_IRWXG;
-        const mode_t mode = other.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
-        fchmod(file_.Get(), sameGroup ? mode : mode & ~kOfGroup);
-    }
-
-    Result<void> Write(std::string_view content)
-    {
-        while (!content.empty()) {
-            const ssize_t written = write(file_.Get(), content.data(), content.size());
-            if (written >= 0) {
-                content.remove_prefix(static_cast<std::size_t>(written));
-            } else if (errno != EINTR) {
-                return SystemError(target_, errno);
-            }
-        }
-        // Synced before the rename: otherwise a power cut could leave the new name with no content.
-        if (fsync(file_.Get()) == -1) {
-            return SystemError(target_, errno);
-        }
-        return {};
-    }
-
-    Result<void> Rename()
-    {
-        if (rename(path_.c_str(), target_.c_str()) == -1) {
-            return SystemError(target_, errno);
-        }
-        path_.clear();
-        return {};
-    }
-
-private:
-    explicit TemporaryFile(std::string target) : target_(std::move(target)) {}
-
-    /// Returns 0 or the errno; EAGAIN when another writer has taken the file away.
-    int Create()
-    {
-        std::string path = FolderOf(target_) + "/" + kPrefix + "XXXXXX";
-        file_ = FileDescriptor(mkostemp(path.data(), O_CLOEXEC));
-        if (!file_.IsOpen()) {
-            return errno;
-        }
-        struct stat status {};
-        // Between its creation and the lock, another writer may lock the file, or take it for a leftover and
-        // remove it.
-        const bool taken = flock(file_.Get(), LOCK_EX | LOCK_NB) == -1 && errno == EWOULDBLOCK;
-        if (taken || (fstat(file_.Get(), &status) == 0 && status.st_nlink == 0)) {
-            unlink(path.c_str());
-            return EAGAIN;
-        }
-        path_ = path;
-        return 0;
-    }
-
-    std::string target_;
-    FileDescriptor file_;
-    std::string path_;
-};
-
-void RemoveIfLeftBehind(int folder, const char* name)
-{
-    const FileDescriptor file(openat(folder, name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
-    // A file whose lock is free has no living writer.
-    if (file.IsOpen() && flock(file.Get(), LOCK_EX | LOCK_NB) == 0) {
-        unlinkat(folder, name, 0);
-    }
-}
-
-void RemoveLeftovers(const std::string& folder)
-{
-    const std::unique_ptr<DIR, int (*)(DIR*)> listing(opendir(folder.c_str()), closedir);
-    if (listing == nullptr) {
-        return;
-    }
-    while (const dirent* entry = readdir(listing.get())) {
-        if (std::strncmp(entry->d_name, kPrefix, sizeof kPrefix - 1) == 0) {
-            RemoveIfLeftBehind(dirfd(listing.get()), entry->d_name);
-        }
-    }
-}
-
-/// Makes the new name last. It is in place already, so a folder that cannot be synced is not an error.
-void SyncFolder(const std::string& folder)
-{
-    const FileDescriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (opened.IsOpen()) {
-        fsync(opened.Get());
-    }
-}
-
 } // namespace
 
 Result<void> ReplaceFile(const std::string& path, std::string_view content)
 {
-    const std::string folder = FolderOf(path);
-    RemoveLeftovers(folder);
-    Result<TemporaryFile> file = TemporaryFile::CreateFor(path);
+    TemporaryFile::RemoveLeftBehind(path, kPrefix);
+    Result<TemporaryFile> file = TemporaryFile::CreateFor(path, kPrefix);
     if (!file) {
         return file.Error();
     }
@@ -180,11 +26,7 @@ Result<void> ReplaceFile(const std::string& path, std::string_view content)
     if (Result<void> written = file->Write(content); !written) {
         return written;
     }
-    if (Result<void> renamed = file->Rename(); !renamed) {
-        return renamed;
-    }
-    SyncFolder(folder);
-    return {};
+    return file->Rename();
 }
 
 } // namespace desktop

@@ -19,6 +19,7 @@ namespace {
 constexpr char kPidProperty[] = "_TV_PID";
 constexpr char kHeldProperty[] = "_TV_HELD_KEYS";
 constexpr char kFailedProperty[] = "_TV_FAILED_KEYS";
+constexpr char kReleasedProperty[] = "_TV_RELEASED_KEYS";
 constexpr char kKeyWindowProperty[] = "_TV_KEY_WINDOW";
 constexpr char kLaunchMessage[] = "_TV_LAUNCH";
 constexpr char kLaunchAnswer[] = "_TV_LAUNCH_ANSWER";
@@ -205,6 +206,7 @@ std::optional<InstanceFacts> ReadInstance(Display* display, const char* applicat
     }
     facts.heldKeys = ReadNames(display, facts.window, kHeldProperty);
     facts.failedKeys = ReadNames(display, facts.window, kFailedProperty);
+    facts.releasedKeys = ReadNames(display, facts.window, kReleasedProperty);
     facts.keyWindow = ReadNumber(display, facts.window, kKeyWindowProperty, XA_WINDOW);
     return facts;
 }
@@ -298,6 +300,15 @@ void InstanceClaim::PublishKeyWindow(Window window)
     }
     XChangeProperty(display_, window_, AtomNamed(display_, kKeyWindowProperty), XA_WINDOW, 32, PropModeReplace,
                     reinterpret_cast<const unsigned char*>(&window), 1);
+    XFlush(display_);
+}
+
+void InstanceClaim::PublishReleasedKeys(const std::vector<std::string>& released)
+{
+    if (window_ == None) {
+        return;
+    }
+    WriteNames(display_, window_, kReleasedProperty, released);
     XFlush(display_);
 }
 

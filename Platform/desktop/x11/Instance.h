@@ -19,6 +19,7 @@
 ///     _TV_HELD_KEYS    UTF8_STRING/8  names of the keys it holds, each ended by a zero byte
 ///     _TV_FAILED_KEYS  UTF8_STRING/8  names of the keys that another client holds, wholly or in
 ///                                     one combination with modifiers; the same form
+///     _TV_RELEASED_KEYS  UTF8_STRING/8  names of the keys that it has handed back; the same form
 ///     _TV_KEY_WINDOW   WINDOW/32      the window that the keys go to, or 0; there as soon as the
 ///                                     main loop runs
 ///
@@ -36,6 +37,7 @@ struct InstanceFacts {
     pid_t pid = 0;
     std::vector<std::string> heldKeys;
     std::vector<std::string> failedKeys;
+    std::vector<std::string> releasedKeys;
     /// The window that the keys go to, `None` when they go nowhere; nothing while the instance is
     /// still starting.
     std::optional<Window> keyWindow;
@@ -80,6 +82,9 @@ public:
 
     /// Replaces the published key lists.
     void PublishKeys(const std::vector<std::string>& held, const std::vector<std::string>& failed);
+
+    /// Replaces the published list of keys that were handed back.
+    void PublishReleasedKeys(const std::vector<std::string>& released);
 
     /// Publishes the window that the keys go to, and that the main loop runs.
     void PublishKeyWindow(Window window);

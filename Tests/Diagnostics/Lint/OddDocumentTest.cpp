@@ -60,8 +60,11 @@ TEST(LintOddDocument, TextAfterAZeroByteIsFoundHoweverFarBehind)
 
 TEST(LintOddDocument, UnknownAndFalseEncodingsAreRejectedAsByTheSet)
 {
-    EXPECT_THAT(PlacesIn("<?xml version='1.0' encoding='koi8-r'?><rsp/>"), ElementsAre("1:31-31 not-well-formed"));
-    EXPECT_THAT(PlacesIn("<?xml version='1.0' encoding='utf-16'?><rsp/>"), ElementsAre("1:31-31 not-well-formed"));
+    for (const std::string encoding : {"koi8-r", "utf-16"}) {
+        const std::string declaration = "<?xml version='1.0' encoding='" + encoding + "'?>";
+        EXPECT_THAT(PlacesIn(declaration + "<rsp>\xE4</rsp>"), ElementsAre("1:31-31 not-well-formed"));
+        EXPECT_THAT(PlacesIn(declaration + "<rsp/>"), ElementsAre("1:31-37 encoding-declared-wrongly"));
+    }
     EXPECT_THAT(PlacesIn("<rsp>\xC3(</rsp>"), testing::Contains("1:6-6 not-well-formed"));
 }
 

@@ -1,0 +1,266 @@
+#include "Tools/Remote/KeyWatch.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unistd.h>
+#include <vector>
+
+#include <X11/extensions/XInput2.h>
+#include <X11/XKBlib.h>
+#include <X11/Xlib.h>
+
+#include "Diagnostics/Status/DisplayConnection.h"
+#include "Diagnostics/Text/Json.h"
+#include "Diagnostics/Text/Table.h"
+#include "Platform/desktop/x11/Instance.h"
+#include "Platform/desktop/x11/KeySymbols.h"
+#include "Platform/desktop/x11/KeyTable.h"
+#include "Tools/CommandError.h"
+#include "Tools/Remote/AnswerLimit.h"
+#include "Tools/Terminal/Terminal.h"
+#include "Tools/Watch/MainLoop.h"
+
+namespace {
+
+constexpr std::chrono::seconds kAnswerLimit{5};
+constexpr std::chrono::seconds kPingInterval{2};
+
+std::string DisplayNameOfUser()
+{
+    const char* const name = std::getenv("DISPLAY");
+    return name == nullptr ? "" : name;
+}
+
+/// Xlib lets its caller do no more than end the process.
+int OnServerGone(Display* /*display*/)
+{
+    PrintError("display '" + DisplayNameOfUser() + "' is gone");
+    _exit(static_cast<int>(ExitCode::kCouldNotRun));
+}
+
+/// What the application does with a key.
+struct Use {
+    const char* state = "";    ///< "held", "handed-back" or "neither"
+    const char* why = nullptr; ///< it is neither; null for no particular reason
+};
+
+bool Contains(const std::vector<std::string>& names, const std::string& name)
+{
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+Use UseOf(const std::optional<desktop::InstanceFacts>& instance, const std::string& key)
+{
+    if (!instance) {
+        return {"neither", "not-running"};
+    }
+    if (Contains(instance->heldKeys, key)) {
+        return {"held", nullptr};
+    }
+    if (Contains(instance->failedKeys, key)) {
+        return {"neither", "taken"};
+    }
+    return {Contains(instance->releasedKeys, key) ? "handed-back" : "neither", nullptr};
+}
+
+std::string Describe(const Use& use)
+{
+    const std::string_view state = use.state;
+    if (state == "held") {
+        return "held";
+    }
+    if (state == "handed-back") {
+        return "handed back";
+    }
+    if (use.why == nullptr) {
+        return "neither";
+    }
+    return std::string_view(use.why) == "taken" ? "neither: another program has taken it"
+                                                : "neither: the application does not run";
+}
+
+std::optional<int> KeyIdOf(const std::string& key)
+{
+    for (int keyId = 0; keyId < desktop::kKeyIds; ++keyId) {
+        if (key == desktop::KeyName(keyId)) {
+            return keyId;
+        }
+    }
+    return std::nullopt;
+}
+
+struct KeyEvent {
+    bool isPress;
+    int code;
+};
+
+class Watch {
+public:
+    explicit Watch(const WatchKeysOptions& options) : options_(options) {}
+
+    ExitCode Run();
+
+private:
+    void Connect();
+    void Introduce();
+    void Select();
+    void ReadEvents();
+    std::optional<KeyEvent> NextKeyEvent();
+    void Report(const KeyEvent& event);
+    void Ping();
+    std::string NameOf(int code) const;
+    std::string Line(const KeyEvent& event, const std::string& key, const Use& use) const;
+
+    WatchKeysOptions options_;
+    DisplayConnection display_;
+    int extension_ = 0; ///< the major opcode of the events
+    MainLoop loop_;
+    LoopTimer ping_{loop_, [this] { Ping(); }};
+};
+
+ExitCode Watch::Run()
+{
+    XSetIOErrorHandler(OnServerGone);
+    {
+        const AnswerLimit limit(DisplayNameOfUser(), kAnswerLimit);
+        Connect();
+        Select();
+        Introduce();
+    }
+    loop_.EndWithReader();
+    loop_.OnReadable(ConnectionNumber(display_.get()), [this] { ReadEvents(); });
+    ping_.StartAt(MainLoop::Clock::now());
+    loop_.Run();
+    // Not closed: that would wait for a server that is stopped. The connection ends with the process.
+    static_cast<void>(display_.release());
+    return ExitCode::kOk;
+}
+
+void Watch::Connect()
+{
+    desktop::AddToolKeySymbols();
+    display_ = OpenDisplay();
+    int event = 0;
+    int error = 0;
+    // From 2.1 on, raw events come whoever holds a key.
+    int major = 2;
+    int minor = 1;
+    if (XQueryExtension(display_.get(), "XInputExtension", &extension_, &event, &error) == False ||
+        XIQueryVersion(display_.get(), &major, &minor) != Success || (major == 2 && minor < 1)) {
+        throw CommandError(ExitCode::kCouldNotRun, std::string("display '") + DisplayString(display_.get()) +
+                                                       "' has no XInput 2.1, which reports keys");
+    }
+}
+
+void Watch::Select()
+{
+    std::vector<unsigned char> bits(XIMaskLen(XI_LASTEVENT), 0);
+    XISetMask(bits.data(), XI_RawKeyPress);
+    XISetMask(bits.data(), XI_RawKeyRelease);
+    XIEventMask mask = {XIAllMasterDevices, static_cast<int>(bits.size()), bits.data()};
+    XISelectEvents(display_.get(), DefaultRootWindow(display_.get()), &mask, 1);
+    XSync(display_.get(), False);
+}
+
+void Watch::Introduce()
+{
+    const auto instance = desktop::ReadInstance(display_.get());
+    PrintError(std::string("watching the keys of display '") + DisplayString(display_.get()) + "'; " +
+               desktop::kApplicationId +
+               (instance ? " (pid " + std::to_string(instance->pid) + ") runs" : " does not run") +
+               "; Ctrl-C ends this");
+}
+
+/// A server that is stopped is noticed although nobody presses a key.
+void Watch::Ping()
+{
+    {
+        const AnswerLimit limit(DisplayNameOfUser(), kAnswerLimit);
+        XSync(display_.get(), False);
+    }
+    // Xlib may have read events along with the answer; the connection is not readable then.
+    ReadEvents();
+    ping_.StartAt(MainLoop::Clock::now() + kPingInterval);
+}
+
+void Watch::ReadEvents()
+{
+    while (XPending(display_.get()) > 0) {
+        if (const std::optional<KeyEvent> event = NextKeyEvent()) {
+            Report(*event);
+        }
+    }
+}
+
+std::optional<KeyEvent> Watch::NextKeyEvent()
+{
+    XEvent event;
+    XNextEvent(display_.get(), &event);
+    if (event.type == MappingNotify) {
+        const AnswerLimit limit(DisplayNameOfUser(), kAnswerLimit);
+        XRefreshKeyboardMapping(&event.xmapping);
+        return std::nullopt;
+    }
+    XGenericEventCookie& cookie = event.xcookie;
+    if (event.type != GenericEvent || cookie.extension != extension_ ||
+        XGetEventData(display_.get(), &cookie) == False) {
+        return std::nullopt;
+    }
+    const KeyEvent key = {cookie.evtype == XI_RawKeyPress, static_cast<const XIRawEvent*>(cookie.data)->detail};
+    XFreeEventData(display_.get(), &cookie);
+    return key;
+}
+
+/// The name of what the key gives without a modifier; empty when it gives nothing.
+std::string Watch::NameOf(int code) const
+{
+    const KeySym symbol = XkbKeycodeToKeysym(display_.get(), static_cast<KeyCode>(code), 0, 0);
+    const char* const name = symbol == NoSymbol ? nullptr : XKeysymToString(symbol);
+    return name == nullptr ? "" : name;
+}
+
+void Watch::Report(const KeyEvent& event)
+{
+    std::string key;
+    Use use = {};
+    {
+        const AnswerLimit limit(DisplayNameOfUser(), kAnswerLimit);
+        key = NameOf(event.code);
+        use = UseOf(desktop::ReadInstance(display_.get()), key);
+    }
+    if (!Print(Line(event, key, use))) {
+        loop_.End();
+    }
+}
+
+std::string Watch::Line(const KeyEvent& event, const std::string& key, const Use& use) const
+{
+    const std::optional<int> keyId = KeyIdOf(key);
+    if (options_.json) {
+        return RenderJsonLine({{"event", event.isPress ? "press" : "release"},
+                               {"keysym", TextOrNull(key)},
+                               {"key_code", event.code},
+                               {"key_id", keyId ? Json(*keyId) : Json()},
+                               {"application", use.state},
+                               {"reason", use.why == nullptr ? Json() : Json(use.why)}});
+    }
+    Table table({});
+    const auto padded = [](std::string text, std::size_t width) {
+        return text + std::string(width - std::min(width, text.size()), ' ');
+    };
+    table.Add({padded(event.isPress ? "press" : "release", 7), padded(key.empty() ? "no keysym" : key, 20),
+               padded("key code " + std::to_string(event.code), 12),
+               padded(keyId ? "id " + std::to_string(*keyId) : "no id", 6), Describe(use)});
+    return table.Text();
+}
+
+} // namespace
+
+ExitCode WatchKeys(const WatchKeysOptions& options)
+{
+    return Watch(options).Run();
+}
