@@ -9,7 +9,7 @@ function __vqmctl_at
             set skip 0
         else if contains -- $word --at --constants --file --format --hold --ignore --media --on --output --root --schedule --times --wait -o
             set skip 1
-        else if contains -- (string join ' ' $command $word) 'setting' 'setting get' 'setting on' 'setting off' 'setting watch' 'remote' 'remote keys' 'remote press' 'keys' 'keys watch' 'schedule' 'schedule show' 'schedule at' 'schedule timeline' 'schedule lint' 'schedule group' 'status' 'check' 'constants' 'constants get' 'constants list'
+        else if contains -- (string join ' ' $command $word) 'setting' 'setting get' 'setting on' 'setting off' 'setting watch' 'remote' 'remote keys' 'remote press' 'keys' 'keys watch' 'schedule' 'schedule show' 'schedule at' 'schedule timeline' 'schedule lint' 'schedule group' 'schedule sizes' 'status' 'check' 'constants' 'constants get' 'constants list'
             set -a command $word
         end
     end
@@ -56,6 +56,7 @@ complete -c vqmctl -n "__vqmctl_at schedule" -a at -d 'Tell what plays at a time
 complete -c vqmctl -n "__vqmctl_at schedule" -a timeline -d 'Draw the day: what plays, what overlaps, where nothing plays'
 complete -c vqmctl -n "__vqmctl_at schedule" -a lint -d 'Find what is wrong with schedule documents, and where'
 complete -c vqmctl -n "__vqmctl_at schedule" -a group -d 'Hold the documents of several TVs against each other'
+complete -c vqmctl -n "__vqmctl_at schedule" -a sizes -d 'Compare the announced sizes with the media files, and correct them'
 complete -c vqmctl -n "__vqmctl_at schedule" -s h -l help -d 'Print this help and exit'
 complete -c vqmctl -n "__vqmctl_at schedule show" -a '(__fish_complete_suffix .xml)'
 complete -c vqmctl -n "__vqmctl_at schedule show" -s h -l help -d 'Print this help and exit'
@@ -80,11 +81,21 @@ complete -c vqmctl -n "__vqmctl_at schedule lint" -l root -x -a '(__fish_complet
 complete -c vqmctl -n "__vqmctl_at schedule lint" -l constants -x -a '(__fish_complete_suffix .xml)' -d 'The constants file; \'-\' is stdin'
 complete -c vqmctl -n "__vqmctl_at schedule lint" -l format -x -a 'human oneline json' -d 'human, oneline or json'
 complete -c vqmctl -n "__vqmctl_at schedule lint" -l strict -d 'Notes count as findings too'
-complete -c vqmctl -n "__vqmctl_at schedule lint" -l ignore -x -a 'not-well-formed unreadable-encoding text-after-nul too-large doctype state-missing state-not-first state-not-ok no-schedule no-items unknown-element misspelt-element misplaced-element repeated-element unknown-attribute misspelt-attribute missing-attribute attribute-beyond-slots schedule-in-schedule item-outside-schedule item-in-item child-outside-item missing-child repeated-child element-in-text format-before-name stray-text time-malformed time-without-seconds time-not-digits time-out-of-range time-after-midnight hour-24 time-style start-not-before-end overlapping-periods date-not-year-month-day impossible-date date-style expired number-not-digits number-wraps negative-number size-in-pieces size-zero item-count-mismatch total-size-mismatch empty-name empty-format white-space-in-name blank-in-name path-separator-in-name dot-in-format extension-twice duplicate-id duplicate-order duplicate-file not-an-address empty-address not-a-subnet-mask gateway-outside-subnet master-not-own-address is-master-value' -d 'Find nothing by this rule; may be given again'
+complete -c vqmctl -n "__vqmctl_at schedule lint" -l ignore -x -a 'not-well-formed unreadable-encoding encoding-declared-wrongly text-after-nul too-large doctype state-missing state-not-first state-not-ok no-schedule no-items unknown-element misspelt-element misplaced-element repeated-element unknown-attribute misspelt-attribute missing-attribute attribute-beyond-slots schedule-in-schedule item-outside-schedule item-in-item child-outside-item missing-child repeated-child element-in-text format-before-name stray-text time-malformed time-without-seconds time-not-digits time-out-of-range time-after-midnight hour-24 time-style start-not-before-end overlapping-periods date-not-year-month-day impossible-date date-style expired number-not-digits number-wraps negative-number size-in-pieces size-zero item-count-mismatch total-size-mismatch empty-name empty-format white-space-in-name blank-in-name path-separator-in-name dot-in-format extension-twice duplicate-id duplicate-order duplicate-file not-an-address empty-address not-a-subnet-mask gateway-outside-subnet master-not-own-address is-master-value' -d 'Find nothing by this rule; may be given again'
+complete -c vqmctl -n "__vqmctl_at schedule lint" -l sarif -d 'Print one log in SARIF 2.1.0, for other programs'
+complete -c vqmctl -n "__vqmctl_at schedule lint" -l fix -d 'Show the repairs that leave no doubt, instead of the findings'
+complete -c vqmctl -n "__vqmctl_at schedule lint" -l write -d 'With --fix: change the documents'
 complete -c vqmctl -n "__vqmctl_at schedule lint" -l at -x -a '' -d 'The day that expiration dates are compared with; today by default'
 complete -c vqmctl -n "__vqmctl_at schedule group" -a '(__fish_complete_suffix .xml)'
 complete -c vqmctl -n "__vqmctl_at schedule group" -s h -l help -d 'Print this help and exit'
 complete -c vqmctl -n "__vqmctl_at schedule group" -l json -d 'Print Docs/schemas/schedule-group.schema.json'
+complete -c vqmctl -n "__vqmctl_at schedule sizes" -a '(__fish_complete_suffix .xml)'
+complete -c vqmctl -n "__vqmctl_at schedule sizes" -s h -l help -d 'Print this help and exit'
+complete -c vqmctl -n "__vqmctl_at schedule sizes" -l root -x -a '(__fish_complete_directories)' -d 'Look for the TV\'s files below this directory, such as a mounted disk'
+complete -c vqmctl -n "__vqmctl_at schedule sizes" -l constants -x -a '(__fish_complete_suffix .xml)' -d 'The constants file; \'-\' is stdin'
+complete -c vqmctl -n "__vqmctl_at schedule sizes" -l media -x -a '(__fish_complete_directories)' -d 'The folder with the media files'
+complete -c vqmctl -n "__vqmctl_at schedule sizes" -l write -d 'Change the document; without it the changes are shown'
+complete -c vqmctl -n "__vqmctl_at schedule sizes" -l json -d 'Print Docs/schemas/schedule-sizes.schema.json'
 complete -c vqmctl -n "__vqmctl_at status" -s h -l help -d 'Print this help and exit'
 complete -c vqmctl -n "__vqmctl_at status" -l root -x -a '(__fish_complete_directories)' -d 'Look for the TV\'s files below this directory, such as a mounted disk'
 complete -c vqmctl -n "__vqmctl_at status" -l constants -x -a '(__fish_complete_suffix .xml)' -d 'The constants file; \'-\' is stdin'
