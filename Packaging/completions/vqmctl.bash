@@ -77,7 +77,7 @@ _vqmctl() {
         'schedule show') _vqmctl_words "-h --help -v --verbose --root --constants --json" ;;
         'schedule at') _vqmctl_words "-h --help -v --verbose --root --constants --json" ;;
         'schedule timeline') _vqmctl_words "-h --help -v --verbose --root --constants --on -o --output --json" ;;
-        'schedule lint') _vqmctl_words "-h --help -v --verbose --root --constants --format --strict --ignore --fix --write --at" ;;
+        'schedule lint') _vqmctl_words "-h --help -v --verbose --root --constants --format --strict --ignore --sarif --fix --write --at" ;;
         'schedule group') _vqmctl_words "-h --help -v --verbose --json" ;;
         'schedule sizes') _vqmctl_words "-h --help -v --verbose --root --constants --media --write --json" ;;
         'status') _vqmctl_words "-h --help -v --verbose --root --constants --schedule --media --json --quiet" ;;
