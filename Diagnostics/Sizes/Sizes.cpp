@@ -82,8 +82,7 @@ private:
     static void Announce(const lint::StartTag& project, const char* name, std::optional<Announced>& announced)
     {
         if (const std::optional<std::size_t> index = project.Find(name)) {
-            announced =
-                Announced{name, lint::tv::Unsigned(project.AttributeValue(*index)), project.ValuePlace(*index)};
+            announced = Announced{name, lint::tv::Unsigned(project.AttributeValue(*index)), project.ValuePlace(*index)};
         }
     }
 

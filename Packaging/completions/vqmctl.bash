@@ -21,13 +21,14 @@ _vqmctl() {
     fi
     for ((i = 1; i < COMP_CWORD; i++)); do
         case ${COMP_WORDS[i]} in
-        --at|--constants|--file|--format|--hold|--ignore|--media|--on|--output|--root|--schedule|--times|--wait|-o) ((++i)); continue ;;
+        --color|--constants|--hold|--ignore|--media|--on|--output|--root|--schedule|--times|--wait|-o) ((++i)); continue ;;
         esac
         case "${command:+$command }${COMP_WORDS[i]}" in
-        'setting'|'setting get'|'setting on'|'setting off'|'setting watch'|'remote'|'remote keys'|'remote press'|'keys'|'keys watch'|'schedule'|'schedule show'|'schedule at'|'schedule timeline'|'schedule lint'|'schedule group'|'schedule sizes'|'status'|'check'|'constants'|'constants get'|'constants list') command="${command:+$command }${COMP_WORDS[i]}" ;;
+        'help'|'setting'|'setting get'|'setting on'|'setting off'|'setting watch'|'remote'|'remote keys'|'remote press'|'keys'|'keys watch'|'schedule'|'schedule show'|'schedule at'|'schedule timeline'|'schedule lint'|'schedule group'|'schedule sizes'|'status'|'check'|'constants'|'constants get'|'constants list'|'constants init'|'explain') command="${command:+$command }${COMP_WORDS[i]}" ;;
         esac
     done
     case "$command $previous" in
+    ' --color') _vqmctl_words "auto always never"; return ;;
     'remote press --times') :; return ;;
     'remote press --hold') :; return ;;
     'remote press --wait') :; return ;;
@@ -41,9 +42,8 @@ _vqmctl() {
     'schedule timeline -o'|'schedule timeline --output') _vqmctl_files '!*.xml'; return ;;
     'schedule lint --root') _vqmctl_files '*'; return ;;
     'schedule lint --constants') _vqmctl_files '!*.xml'; return ;;
-    'schedule lint --format') _vqmctl_words "human oneline json"; return ;;
-    'schedule lint --ignore') _vqmctl_words "not-well-formed unreadable-encoding encoding-declared-wrongly text-after-nul too-large doctype state-missing state-not-first state-not-ok no-schedule no-items unknown-element misspelt-element misplaced-element repeated-element unknown-attribute misspelt-attribute missing-attribute attribute-beyond-slots schedule-in-schedule item-outside-schedule item-in-item child-outside-item missing-child repeated-child element-in-text format-before-name stray-text time-malformed time-without-seconds time-not-digits time-out-of-range time-after-midnight hour-24 time-style start-not-before-end overlapping-periods date-not-year-month-day impossible-date date-style expired number-not-digits number-wraps negative-number size-in-pieces size-zero item-count-mismatch total-size-mismatch empty-name empty-format white-space-in-name blank-in-name path-separator-in-name dot-in-format extension-twice duplicate-id duplicate-order duplicate-file not-an-address empty-address not-a-subnet-mask gateway-outside-subnet master-not-own-address is-master-value"; return ;;
-    'schedule lint --at') :; return ;;
+    'schedule lint --ignore') _vqmctl_words "not-well-formed unreadable-encoding encoding-declared-wrongly text-after-nul too-large doctype state-missing state-not-first state-not-ok no-schedule no-items unknown-element misspelt-element misplaced-element repeated-element unknown-attribute misspelt-attribute missing-attribute attribute-beyond-slots schedule-in-schedule item-outside-schedule item-in-item child-outside-item missing-child repeated-child element-in-text format-before-name stray-text time-malformed time-without-seconds time-not-digits time-out-of-range time-after-midnight hour-24 time-style start-not-before-end overlapping-periods date-not-year-month-day impossible-date date-style expired number-not-digits number-wraps negative-number size-in-pieces size-zero item-count-mismatch total-size-mismatch empty-name empty-format white-space-in-name blank-in-name mixed-normalization path-separator-in-name dot-in-format extension-twice duplicate-id duplicate-order duplicate-file not-an-address empty-address not-a-subnet-mask gateway-outside-subnet master-not-own-address is-master-value"; return ;;
+    'schedule lint --on') :; return ;;
     'schedule sizes --root') _vqmctl_files '*'; return ;;
     'schedule sizes --constants') _vqmctl_files '!*.xml'; return ;;
     'schedule sizes --media') _vqmctl_files '*'; return ;;
@@ -56,40 +56,46 @@ _vqmctl() {
     'check --schedule') _vqmctl_files '!*.xml'; return ;;
     'check --media') _vqmctl_files '*'; return ;;
     'constants get --root') _vqmctl_files '*'; return ;;
-    'constants get --file') _vqmctl_files '!*.xml'; return ;;
+    'constants get --constants') _vqmctl_files '!*.xml'; return ;;
     'constants list --root') _vqmctl_files '*'; return ;;
-    'constants list --file') _vqmctl_files '!*.xml'; return ;;
+    'constants list --constants') _vqmctl_files '!*.xml'; return ;;
+    'constants init --root') _vqmctl_files '*'; return ;;
+    'constants init --constants') _vqmctl_files '!*.xml'; return ;;
     esac
     if [[ $current == -* ]]; then
         case $command in
-        '') _vqmctl_words "-h --help -v --verbose --version" ;;
-        'setting') _vqmctl_words "-h --help -v --verbose" ;;
-        'setting get') _vqmctl_words "-h --help -v --verbose" ;;
-        'setting on') _vqmctl_words "-h --help -v --verbose" ;;
-        'setting off') _vqmctl_words "-h --help -v --verbose" ;;
-        'setting watch') _vqmctl_words "-h --help -v --verbose" ;;
-        'remote') _vqmctl_words "-h --help -v --verbose" ;;
-        'remote keys') _vqmctl_words "-h --help -v --verbose --keyboard" ;;
-        'remote press') _vqmctl_words "-h --help -v --verbose --times --hold --wait --anyway" ;;
-        'keys') _vqmctl_words "-h --help -v --verbose" ;;
-        'keys watch') _vqmctl_words "-h --help -v --verbose --json" ;;
-        'schedule') _vqmctl_words "-h --help -v --verbose" ;;
-        'schedule show') _vqmctl_words "-h --help -v --verbose --root --constants --json" ;;
-        'schedule at') _vqmctl_words "-h --help -v --verbose --root --constants --json" ;;
-        'schedule timeline') _vqmctl_words "-h --help -v --verbose --root --constants --on -o --output --json" ;;
-        'schedule lint') _vqmctl_words "-h --help -v --verbose --root --constants --format --strict --ignore --sarif --fix --write --at" ;;
-        'schedule group') _vqmctl_words "-h --help -v --verbose --json" ;;
-        'schedule sizes') _vqmctl_words "-h --help -v --verbose --root --constants --media --write --json" ;;
-        'status') _vqmctl_words "-h --help -v --verbose --root --constants --schedule --media --json --quiet" ;;
-        'check') _vqmctl_words "-h --help -v --verbose --root --constants --schedule --media --json --watch" ;;
-        'constants') _vqmctl_words "-h --help -v --verbose" ;;
-        'constants get') _vqmctl_words "-h --help -v --verbose --root --file --json" ;;
-        'constants list') _vqmctl_words "-h --help -v --verbose --root --file --json" ;;
+        '') _vqmctl_words "-h --help -v --verbose --color --version" ;;
+        'help') _vqmctl_words "-h --help -v --verbose --color" ;;
+        'setting') _vqmctl_words "-h --help -v --verbose --color" ;;
+        'setting get') _vqmctl_words "-h --help -v --verbose --color" ;;
+        'setting on') _vqmctl_words "-h --help -v --verbose --color" ;;
+        'setting off') _vqmctl_words "-h --help -v --verbose --color" ;;
+        'setting watch') _vqmctl_words "-h --help -v --verbose --color" ;;
+        'remote') _vqmctl_words "-h --help -v --verbose --color" ;;
+        'remote keys') _vqmctl_words "-h --help -v --verbose --color --keyboard" ;;
+        'remote press') _vqmctl_words "-h --help -v --verbose --color --times --hold --wait --anyway" ;;
+        'keys') _vqmctl_words "-h --help -v --verbose --color" ;;
+        'keys watch') _vqmctl_words "-h --help -v --verbose --color --json" ;;
+        'schedule') _vqmctl_words "-h --help -v --verbose --color" ;;
+        'schedule show') _vqmctl_words "-h --help -v --verbose --color --root --constants --json" ;;
+        'schedule at') _vqmctl_words "-h --help -v --verbose --color --root --constants --json" ;;
+        'schedule timeline') _vqmctl_words "-h --help -v --verbose --color --root --constants --on -o --output --json" ;;
+        'schedule lint') _vqmctl_words "-h --help -v --verbose --color --root --constants --json --oneline --strict --ignore --sarif --fix --write --on" ;;
+        'schedule group') _vqmctl_words "-h --help -v --verbose --color --json" ;;
+        'schedule sizes') _vqmctl_words "-h --help -v --verbose --color --root --constants --media --write --json" ;;
+        'status') _vqmctl_words "-h --help -v --verbose --color --root --constants --schedule --media --json --quiet" ;;
+        'check') _vqmctl_words "-h --help -v --verbose --color --root --constants --schedule --media --json --watch" ;;
+        'constants') _vqmctl_words "-h --help -v --verbose --color" ;;
+        'constants get') _vqmctl_words "-h --help -v --verbose --color --root --constants --json" ;;
+        'constants list') _vqmctl_words "-h --help -v --verbose --color --root --constants --json" ;;
+        'constants init') _vqmctl_words "-h --help -v --verbose --color --root --constants" ;;
+        'explain') _vqmctl_words "-h --help -v --verbose --color" ;;
         esac
         return
     fi
     case $command in
-    '') _vqmctl_words "setting remote keys schedule status check constants" ;;
+    '') _vqmctl_words "help setting remote keys schedule status check constants explain" ;;
+    'help') : ;;
     'setting') _vqmctl_words "get on off watch" ;;
     'setting get') : ;;
     'setting on') : ;;
@@ -109,9 +115,11 @@ _vqmctl() {
     'schedule sizes') _vqmctl_files '!*.xml' ;;
     'status') : ;;
     'check') : ;;
-    'constants') _vqmctl_words "get list" ;;
+    'constants') _vqmctl_words "get list init" ;;
     'constants get') : ;;
     'constants list') : ;;
+    'constants init') : ;;
+    'explain') _vqmctl_words "not-well-formed unreadable-encoding encoding-declared-wrongly text-after-nul too-large doctype state-missing state-not-first state-not-ok no-schedule no-items unknown-element misspelt-element misplaced-element repeated-element unknown-attribute misspelt-attribute missing-attribute attribute-beyond-slots schedule-in-schedule item-outside-schedule item-in-item child-outside-item missing-child repeated-child element-in-text format-before-name stray-text time-malformed time-without-seconds time-not-digits time-out-of-range time-after-midnight hour-24 time-style start-not-before-end overlapping-periods date-not-year-month-day impossible-date date-style expired number-not-digits number-wraps negative-number size-in-pieces size-zero item-count-mismatch total-size-mismatch empty-name empty-format white-space-in-name blank-in-name mixed-normalization path-separator-in-name dot-in-format extension-twice duplicate-id duplicate-order duplicate-file not-an-address empty-address not-a-subnet-mask gateway-outside-subnet master-not-own-address is-master-value" ;;
     esac
 }
 

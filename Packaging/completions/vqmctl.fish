@@ -7,9 +7,9 @@ function __vqmctl_at
     for word in (commandline -opc)[2..-1]
         if test $skip = 1
             set skip 0
-        else if contains -- $word --at --constants --file --format --hold --ignore --media --on --output --root --schedule --times --wait -o
+        else if contains -- $word --color --constants --hold --ignore --media --on --output --root --schedule --times --wait -o
             set skip 1
-        else if contains -- (string join ' ' $command $word) 'setting' 'setting get' 'setting on' 'setting off' 'setting watch' 'remote' 'remote keys' 'remote press' 'keys' 'keys watch' 'schedule' 'schedule show' 'schedule at' 'schedule timeline' 'schedule lint' 'schedule group' 'schedule sizes' 'status' 'check' 'constants' 'constants get' 'constants list'
+        else if contains -- (string join ' ' $command $word) 'help' 'setting' 'setting get' 'setting on' 'setting off' 'setting watch' 'remote' 'remote keys' 'remote press' 'keys' 'keys watch' 'schedule' 'schedule show' 'schedule at' 'schedule timeline' 'schedule lint' 'schedule group' 'schedule sizes' 'status' 'check' 'constants' 'constants get' 'constants list' 'constants init' 'explain'
             set -a command $word
         end
     end
@@ -17,16 +17,20 @@ function __vqmctl_at
 end
 
 complete -c vqmctl -f
+complete -c vqmctl -n "__vqmctl_at" -a help -d 'Print the help of a command'
 complete -c vqmctl -n "__vqmctl_at" -a setting -d 'Read, switch and watch the sync-demo setting'
 complete -c vqmctl -n "__vqmctl_at" -a remote -d 'A remote control for people without one'
 complete -c vqmctl -n "__vqmctl_at" -a keys -d 'Watch the keys of the keyboard and the remote control'
 complete -c vqmctl -n "__vqmctl_at" -a schedule -d 'Look into schedule documents'
 complete -c vqmctl -n "__vqmctl_at" -a status -d 'Why does this TV launch or play nothing? All on one screen'
 complete -c vqmctl -n "__vqmctl_at" -a check -d 'Is all there that this TV is to play? If not, why?'
-complete -c vqmctl -n "__vqmctl_at" -a constants -d 'Read a constants file as the TV does'
+complete -c vqmctl -n "__vqmctl_at" -a constants -d 'Read a constants file as the TV does, or write a new one'
+complete -c vqmctl -n "__vqmctl_at" -a explain -d 'Explain a rule of the linter, or list all of them'
 complete -c vqmctl -n "__vqmctl_at" -s h -l help -d 'Print this help and exit'
 complete -c vqmctl -n "__vqmctl_at" -l version -d 'Print the version and exit'
 complete -c vqmctl -s v -l verbose -d 'Show the library\'s log on stderr'
+complete -c vqmctl -l color -x -a 'auto always never' -d 'Colours: auto, always or never; auto colours what a terminal shows'
+complete -c vqmctl -n "__vqmctl_at help" -s h -l help -d 'Print this help and exit'
 complete -c vqmctl -n "__vqmctl_at setting" -a get -d 'Print "on" or "off"'
 complete -c vqmctl -n "__vqmctl_at setting" -a on -d 'Switch the sync demo on and check that it is stored'
 complete -c vqmctl -n "__vqmctl_at setting" -a off -d 'Switch the sync demo off and check that it is stored'
@@ -79,13 +83,14 @@ complete -c vqmctl -n "__vqmctl_at schedule lint" -a '(__fish_complete_suffix .x
 complete -c vqmctl -n "__vqmctl_at schedule lint" -s h -l help -d 'Print this help and exit'
 complete -c vqmctl -n "__vqmctl_at schedule lint" -l root -x -a '(__fish_complete_directories)' -d 'Look for the TV\'s files below this directory, such as a mounted disk'
 complete -c vqmctl -n "__vqmctl_at schedule lint" -l constants -x -a '(__fish_complete_suffix .xml)' -d 'The constants file; \'-\' is stdin'
-complete -c vqmctl -n "__vqmctl_at schedule lint" -l format -x -a 'human oneline json' -d 'human, oneline or json'
+complete -c vqmctl -n "__vqmctl_at schedule lint" -l json -d 'Print one JSON document'
+complete -c vqmctl -n "__vqmctl_at schedule lint" -l oneline -d 'Print one line for each finding, without the source'
 complete -c vqmctl -n "__vqmctl_at schedule lint" -l strict -d 'Notes count as findings too'
-complete -c vqmctl -n "__vqmctl_at schedule lint" -l ignore -x -a 'not-well-formed unreadable-encoding encoding-declared-wrongly text-after-nul too-large doctype state-missing state-not-first state-not-ok no-schedule no-items unknown-element misspelt-element misplaced-element repeated-element unknown-attribute misspelt-attribute missing-attribute attribute-beyond-slots schedule-in-schedule item-outside-schedule item-in-item child-outside-item missing-child repeated-child element-in-text format-before-name stray-text time-malformed time-without-seconds time-not-digits time-out-of-range time-after-midnight hour-24 time-style start-not-before-end overlapping-periods date-not-year-month-day impossible-date date-style expired number-not-digits number-wraps negative-number size-in-pieces size-zero item-count-mismatch total-size-mismatch empty-name empty-format white-space-in-name blank-in-name path-separator-in-name dot-in-format extension-twice duplicate-id duplicate-order duplicate-file not-an-address empty-address not-a-subnet-mask gateway-outside-subnet master-not-own-address is-master-value' -d 'Find nothing by this rule; may be given again'
+complete -c vqmctl -n "__vqmctl_at schedule lint" -l ignore -x -a 'not-well-formed unreadable-encoding encoding-declared-wrongly text-after-nul too-large doctype state-missing state-not-first state-not-ok no-schedule no-items unknown-element misspelt-element misplaced-element repeated-element unknown-attribute misspelt-attribute missing-attribute attribute-beyond-slots schedule-in-schedule item-outside-schedule item-in-item child-outside-item missing-child repeated-child element-in-text format-before-name stray-text time-malformed time-without-seconds time-not-digits time-out-of-range time-after-midnight hour-24 time-style start-not-before-end overlapping-periods date-not-year-month-day impossible-date date-style expired number-not-digits number-wraps negative-number size-in-pieces size-zero item-count-mismatch total-size-mismatch empty-name empty-format white-space-in-name blank-in-name mixed-normalization path-separator-in-name dot-in-format extension-twice duplicate-id duplicate-order duplicate-file not-an-address empty-address not-a-subnet-mask gateway-outside-subnet master-not-own-address is-master-value' -d 'Find nothing by this rule; may be given again'
 complete -c vqmctl -n "__vqmctl_at schedule lint" -l sarif -d 'Print one log in SARIF 2.1.0, for other programs'
 complete -c vqmctl -n "__vqmctl_at schedule lint" -l fix -d 'Show the repairs that leave no doubt, instead of the findings'
 complete -c vqmctl -n "__vqmctl_at schedule lint" -l write -d 'With --fix: change the documents'
-complete -c vqmctl -n "__vqmctl_at schedule lint" -l at -x -a '' -d 'The day that expiration dates are compared with; today by default'
+complete -c vqmctl -n "__vqmctl_at schedule lint" -l on -x -a '' -d 'The day that expiration dates are compared with; today by default'
 complete -c vqmctl -n "__vqmctl_at schedule group" -a '(__fish_complete_suffix .xml)'
 complete -c vqmctl -n "__vqmctl_at schedule group" -s h -l help -d 'Print this help and exit'
 complete -c vqmctl -n "__vqmctl_at schedule group" -l json -d 'Print Docs/schemas/schedule-group.schema.json'
@@ -112,12 +117,18 @@ complete -c vqmctl -n "__vqmctl_at check" -l json -d 'Print one JSON document; w
 complete -c vqmctl -n "__vqmctl_at check" -l watch -d 'Check again after each change, until Ctrl-C'
 complete -c vqmctl -n "__vqmctl_at constants" -a get -d 'Print the value of a constant'
 complete -c vqmctl -n "__vqmctl_at constants" -a list -d 'Print all constants'
+complete -c vqmctl -n "__vqmctl_at constants" -a init -d 'Write a constants file that names the schedule, where there is none'
 complete -c vqmctl -n "__vqmctl_at constants" -s h -l help -d 'Print this help and exit'
 complete -c vqmctl -n "__vqmctl_at constants get" -s h -l help -d 'Print this help and exit'
 complete -c vqmctl -n "__vqmctl_at constants get" -l root -x -a '(__fish_complete_directories)' -d 'Look for the TV\'s files below this directory, such as a mounted disk'
-complete -c vqmctl -n "__vqmctl_at constants get" -l file -x -a '(__fish_complete_suffix .xml)' -d 'The constants file; \'-\' is stdin'
+complete -c vqmctl -n "__vqmctl_at constants get" -l constants -x -a '(__fish_complete_suffix .xml)' -d 'The constants file; \'-\' is stdin'
 complete -c vqmctl -n "__vqmctl_at constants get" -l json -d 'Print one JSON document'
 complete -c vqmctl -n "__vqmctl_at constants list" -s h -l help -d 'Print this help and exit'
 complete -c vqmctl -n "__vqmctl_at constants list" -l root -x -a '(__fish_complete_directories)' -d 'Look for the TV\'s files below this directory, such as a mounted disk'
-complete -c vqmctl -n "__vqmctl_at constants list" -l file -x -a '(__fish_complete_suffix .xml)' -d 'The constants file; \'-\' is stdin'
+complete -c vqmctl -n "__vqmctl_at constants list" -l constants -x -a '(__fish_complete_suffix .xml)' -d 'The constants file; \'-\' is stdin'
 complete -c vqmctl -n "__vqmctl_at constants list" -l json -d 'Print one JSON document'
+complete -c vqmctl -n "__vqmctl_at constants init" -s h -l help -d 'Print this help and exit'
+complete -c vqmctl -n "__vqmctl_at constants init" -l root -x -a '(__fish_complete_directories)' -d 'Look for the TV\'s files below this directory, such as a mounted disk'
+complete -c vqmctl -n "__vqmctl_at constants init" -l constants -x -a '(__fish_complete_suffix .xml)' -d 'The constants file; \'-\' is stdin'
+complete -c vqmctl -n "__vqmctl_at explain" -a 'not-well-formed unreadable-encoding encoding-declared-wrongly text-after-nul too-large doctype state-missing state-not-first state-not-ok no-schedule no-items unknown-element misspelt-element misplaced-element repeated-element unknown-attribute misspelt-attribute missing-attribute attribute-beyond-slots schedule-in-schedule item-outside-schedule item-in-item child-outside-item missing-child repeated-child element-in-text format-before-name stray-text time-malformed time-without-seconds time-not-digits time-out-of-range time-after-midnight hour-24 time-style start-not-before-end overlapping-periods date-not-year-month-day impossible-date date-style expired number-not-digits number-wraps negative-number size-in-pieces size-zero item-count-mismatch total-size-mismatch empty-name empty-format white-space-in-name blank-in-name mixed-normalization path-separator-in-name dot-in-format extension-twice duplicate-id duplicate-order duplicate-file not-an-address empty-address not-a-subnet-mask gateway-outside-subnet master-not-own-address is-master-value'
+complete -c vqmctl -n "__vqmctl_at explain" -s h -l help -d 'Print this help and exit'
