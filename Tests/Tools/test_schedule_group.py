@@ -144,7 +144,6 @@ def test_a_document_that_cannot_be_read_is_named_with_the_cause(tool, place):
     tool.write(document(2), "secret.xml")
     os.chmod(tool.folder / "secret.xml", 0)
     os.mkfifo(tool.folder / "pipe")
-    empty = "line 1, column 1: the document is empty"
 
     def run(name):
         names = ["good.xml"]
@@ -154,8 +153,9 @@ def test_a_document_that_cannot_be_read_is_named_with_the_cause(tool, place):
     for name, cause in (("missing.xml", "No such file or directory"), (".", "Is a directory"),
                         ("secret.xml", "Permission denied"), ("/proc/self/mem", "Input/output error")):
         assert run(name) == (3, "", f"vqmctl: cannot read '{name}': {cause}\n")
-    for name in ("pipe", "/dev/zero"):
-        assert run(name) == (3, "", f"vqmctl: cannot parse '{name}': {empty}\n")
+    for name, cause in (("pipe", "the document is empty; copy it again"),
+                        ("/dev/zero", "the file begins with a zero byte, where a text ends for the TV; copy it again")):
+        assert run(name) == (3, "", f"vqmctl: cannot parse '{name}': line 1, column 1: {cause}\n")
     for text, why in BROKEN:
         tool.write(text, "broken.xml")
         assert run("broken.xml") == (3, "", f"vqmctl: cannot parse 'broken.xml': {why.decode()}\n")

@@ -281,8 +281,10 @@ def test_a_file_that_cannot_be_read_is_named_with_the_cause(tool, form):
     assert outcome(tool("timeline", *form, "secret.xml", preexec_fn=without_override)) == (
         3, "", "vqmctl: cannot read 'secret.xml': Permission denied\n")
     os.mkfifo(tool.folder / "pipe")
-    for name in ("pipe", "/dev/zero"):
-        assert outcome(tool("timeline", *form, name))[2] == f"vqmctl: cannot parse '{name}': line 1, column 1: the document is empty\n"
+    for name, cause in (("pipe", "the document is empty; copy it again"),
+                        ("/dev/zero", "the file begins with a zero byte, where a text ends for the TV; copy it again")):
+        assert outcome(tool("timeline", *form, name))[2] == (
+            f"vqmctl: cannot parse '{name}': line 1, column 1: {cause}\n")
 
 
 @pytest.mark.parametrize("form", FORMS)

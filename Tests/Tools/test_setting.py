@@ -222,7 +222,7 @@ def test_what_is_not_understood_is_named_with_what_was_expected(home, arguments,
 def test_a_missing_command_is_answered_with_the_commands_there_are(home):
     result = home.vqmctl()
     assert (result.returncode, result.stdout) == (2, "")
-    assert result.stderr.startswith("vqmctl: a command is missing after 'vqmctl'; expected setting, ")
+    assert result.stderr.startswith("vqmctl: a command is missing after 'vqmctl'; expected help, setting, ")
 
 
 def test_help_and_version_go_to_stdout(home):

@@ -56,10 +56,10 @@ const Case kEncodings[] = {
      "the document is encoded in UTF-16, which editors also call \"Unicode\"; save it as UTF-8"},
     {"Utf32", "\xFF\xFE\0\0<\0\0\0"s, "1:1",
      "the document is encoded in UTF-32, which editors also call \"Unicode\"; save it as UTF-8"},
-    {"AnEncodingThatIsNotKnown", Declared("windows-1252", "<rsp/>"), "1:31",
+    {"AnEncodingThatIsNotKnown", Declared("windows-1252", "<rsp a='\xE9'/>"), "1:31",
      "the document says that its encoding is 'windows-1252', which the TV does not know; save it as UTF-8 and write "
      "encoding=\"UTF-8\""},
-    {"AnEncodingThatIsNotTrue", Declared("UTF-16", "<rsp/>"), "1:31",
+    {"AnEncodingThatIsNotTrue", Declared("UTF-16", "<rsp a='\xE9'/>"), "1:31",
      "the document says that its encoding is 'UTF-16', and it is not; save it as UTF-8 and write encoding=\"UTF-8\""},
     {"TwoByteOrderMarks", "\uFEFF\uFEFF" + kGood, "1:1", "a byte order mark inside the document; delete it"},
 };
