@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -33,7 +34,7 @@ ExitCode Compare(const Arguments& arguments)
     CheckFiles(arguments.files);
     const group::Report report = group::Compare(arguments.files);
     static_cast<void>(Print(arguments.json ? RenderJson(report) : Render(report)));
-    const std::size_t count = report.differences.size() + report.notKept;
+    const std::uint64_t count = report.differences.size() + report.notKept;
     if (!arguments.json) {
         PrintNote(report.notKept == 0 ? "" : Counted(report.notKept, "further difference") + " not shown");
         PrintError(count == 0 ? "the " + std::to_string(report.documents.size()) + " documents belong together"

@@ -35,7 +35,7 @@ bool Create(const std::string& name)
 fs::path RegularFile(const std::string& name)
 {
     std::error_code error;
-    const fs::path path = fs::canonical(name, error);
+    fs::path path = fs::canonical(name, error);
     if (error) {
         Refuse(name, error.message());
     }
