@@ -265,7 +265,7 @@ TEST(SvgTimeline, SaysInWordsWhatItDraws)
 TEST(SvgTimeline, AHugeScheduleMakesAPictureOfBoundedSize)
 {
     std::vector<Times> periods;
-    for (int second = 0; second < 10000; ++second) {
+    for (long long second = 0; second < 10000; ++second) {
         periods.emplace_back(TimeText(8 * second), TimeText(8 * second + 4 * (second % 3)));
     }
     const _VQMPolicy policy = Read(Document(periods));
