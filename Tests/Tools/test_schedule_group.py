@@ -101,7 +101,7 @@ def test_the_order_in_the_document_and_the_way_of_writing_do_not_matter(tool):
         ("address-twice", "2.xml:8:74", "1.xml:8:74")]
 
 
-def test_what_is_compared_is_what_the_set_reads(tool):
+def test_what_is_compared_is_what_the_tv_reads(tool):
     """Of several values the last counts, attributes beyond the slots do not, and elements may stand anywhere."""
     odd = document(2).replace("<project id='1001' version='1.2'/>",
                               "<project id='7' version='x'/><x><project id='1001' version='1.2'/></x>")
