@@ -29,7 +29,7 @@ const char* NameOf(Anchor anchor)
 
 std::string Number(Length length)
 {
-    const std::string whole = std::to_string(length / 100);
+    std::string whole = std::to_string(length / 100);
     const Length rest = length % 100;
     if (rest == 0) {
         return whole;

@@ -106,7 +106,7 @@ def outcome(result):
     return result.returncode, result.stdout.decode(), result.stderr.decode()
 
 
-def test_show_prints_the_schedule_as_the_set_reads_it(tool):
+def test_show_prints_the_schedule_as_the_tv_reads_it(tool):
     tool.write(DOCUMENT)
     assert outcome(tool("show", "schedule.xml")) == (0, SHOWN, "")
     assert outcome(tool("show", "-", stdin=DOCUMENT.encode())) == (0, SHOWN, "")
