@@ -45,10 +45,10 @@ void AppendDecomposed(std::u32string& text, char32_t code)
 {
     if (code >= kSyllables && code < kSyllables + kSyllableCount) {
         const char32_t index = code - kSyllables;
-        text += kLeading + index / (kVowelCount * kTrailingCount);
-        text += kVowels + index / kTrailingCount % kVowelCount;
+        text += static_cast<char32_t>(kLeading + index / (kVowelCount * kTrailingCount));
+        text += static_cast<char32_t>(kVowels + index / kTrailingCount % kVowelCount);
         if (index % kTrailingCount != 0) {
-            text += kTrailing + index % kTrailingCount;
+            text += static_cast<char32_t>(kTrailing + index % kTrailingCount);
         }
     } else if (const CanonicalPair* const pair = FindPair(code)) {
         AppendDecomposed(text, pair->first);
