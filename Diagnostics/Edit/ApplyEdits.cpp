@@ -1,6 +1,7 @@
 #include "Diagnostics/Edit/ApplyEdits.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <stdexcept>
 
 std::vector<Edit> SortedEdits(std::string_view document, std::vector<Edit> edits)

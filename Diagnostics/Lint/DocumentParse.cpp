@@ -1,6 +1,7 @@
 #include "Diagnostics/Lint/DocumentParse.h"
 #include "Diagnostics/Text/Words.h"
 
+#include <algorithm>
 #include <new>
 #include <string>
 #include <string_view>

@@ -1,5 +1,6 @@
 #include "Diagnostics/Lint/NetworkChecker.h"
 
+#include <cstdint>
 #include <optional>
 
 #include "Diagnostics/Lint/AddressRules.h"

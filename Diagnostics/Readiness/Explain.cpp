@@ -1,5 +1,6 @@
 #include "Diagnostics/Readiness/Readiness.h"
 
+#include <algorithm>
 #include <set>
 #include <utility>
 

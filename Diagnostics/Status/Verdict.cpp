@@ -1,5 +1,6 @@
 #include "Diagnostics/Status/Verdict.h"
 
+#include <cstdint>
 #include <utility>
 
 #include "Diagnostics/Programme/ProgrammeText.h"

@@ -2,6 +2,8 @@
 #include "Tests/Data/TextPieces.h"
 #include "Tests/VQMSerialize/TokenDocument.h"
 
+#include <algorithm>
+
 // Text means nothing to the constants, in one piece or in many; keys and values are whole.
 
 using recorder::Lines;

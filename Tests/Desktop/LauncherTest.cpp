@@ -1,5 +1,6 @@
 #include <aul.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>

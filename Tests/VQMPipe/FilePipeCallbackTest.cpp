@@ -1,5 +1,7 @@
 #include "Tests/VQMPipe/FilePipeTest.h"
 
+#include <algorithm>
+
 // Callbacks and data objects that use the pipe which calls them.
 
 namespace {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <new>
 #include <stdexcept>
 #include <typeinfo>

@@ -1,6 +1,7 @@
 #include "Tools/Commands/ScheduleFix.h"
 
 #include <algorithm>
+#include <cstdint>
 
 #include "Diagnostics/Edit/ApplyEdits.h"
 #include "Diagnostics/Lint/Repairs.h"

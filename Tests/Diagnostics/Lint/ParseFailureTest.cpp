@@ -4,6 +4,8 @@
 #include "Diagnostics/Lint/ParseErrorText.h"
 #include "Tests/Diagnostics/Lint/Documents.h"
 
+#include <algorithm>
+
 namespace {
 
 using namespace std::string_literals;

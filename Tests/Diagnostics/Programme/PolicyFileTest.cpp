@@ -1,5 +1,6 @@
 #include "Diagnostics/Programme/PolicyFile.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
