@@ -1,6 +1,8 @@
 # Tests that are written in Python. What they share lies in Tests/Support.
 find_program(VQM_PYTHON NAMES python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
 
+# They take longest and mostly wait, so they start first (COST) and the short unit tests fill the rest.
+
 # Adds a ctest entry for a Python program: vqm_add_python_test(NAME TIMEOUT n COMMAND arguments... [ENVIRONMENT ...])
 function(vqm_add_python_test name)
     cmake_parse_arguments(ARG "" "TIMEOUT" "COMMAND;ENVIRONMENT" ${ARGN})
@@ -8,7 +10,8 @@ function(vqm_add_python_test name)
     set_tests_properties(${name} PROPERTIES
         ENVIRONMENT "VQM_BUILD_DIR=${CMAKE_BINARY_DIR};VQM_APP_ID=${VQM_APP_ID};PYTHONDONTWRITEBYTECODE=1;${ARG_ENVIRONMENT}"
         ENVIRONMENT_MODIFICATION "PYTHONPATH=path_list_prepend:${PROJECT_SOURCE_DIR}/Tests/Support"
-        TIMEOUT ${ARG_TIMEOUT})
+        TIMEOUT ${ARG_TIMEOUT}
+        COST 100)
 endfunction()
 
 # Adds a ctest entry for one file of tests: vqm_add_pytest(NAME FILE [TIMEOUT n] [ENVIRONMENT ...])
