@@ -58,7 +58,7 @@ TEST(LintOddDocument, TextAfterAZeroByteIsFoundHoweverFarBehind)
                 ElementsAre("1:17-17 not-well-formed", "1:17-17 text-after-nul"));
 }
 
-TEST(LintOddDocument, UnknownAndFalseEncodingsAreRejectedAsByTheSet)
+TEST(LintOddDocument, UnknownAndFalseEncodingsAreRejectedAsByTheTv)
 {
     for (const std::string encoding : {"koi8-r", "utf-16"}) {
         const std::string declaration = "<?xml version='1.0' encoding='" + encoding + "'?>";
