@@ -32,9 +32,12 @@ def test_desktop_entry_is_valid(prefix, entry):
 
 @needs("appstreamcli")
 def test_description_for_software_centres_is_valid(prefix):
+    report = run("sh", "-c", 'appstreamcli validate --no-net "$0" || true',
+                 prefix / f"share/metainfo/{APP_ID}.metainfo.xml")  # fmt: skip
+    assert "Validation" in report
     # The product has no home page; some releases of the validator warn of that.
-    run("appstreamcli", "validate", "--no-net", "--override=url-homepage-missing=info",
-        prefix / f"share/metainfo/{APP_ID}.metainfo.xml")  # fmt: skip
+    faults = [line for line in report.splitlines() if line.startswith(("E:", "W:"))]
+    assert [fault for fault in faults if not fault.endswith("url-homepage-missing")] == []
 
 
 def test_description_launches_the_menu_entry(prefix):
