@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "Diagnostics/Calendar/Day.h"
 
@@ -18,14 +19,18 @@ struct Moment {
 /// This machine's clock, read once.
 struct Clock {
     Moment now;
-    std::string zone; ///< the time zone's short name, such as "CET"
-    int offset = 0;   ///< seconds that the zone is ahead of UTC
+    std::string zone;          ///< the time zone's short name, such as "CET"
+    int offset = 0;            ///< seconds that the zone is ahead of UTC
+    std::string unknownZone{}; ///< what TZ holds where that is no zone: the clock is in UTC then
 };
 
 /// Reads the clock in the time zone of the process (TZ, else the machine's).
 Clock ReadClock();
 
-/// "CET (UTC+01:00)"
+/// Whether TZ may hold this: the C library takes UTC for what it does not know, and gives it any name.
+bool IsTimeZone(std::string_view value);
+
+/// "CET (UTC+01:00)"; of an unknown zone also that it is unknown.
 std::string ZoneText(const Clock& clock);
 
 /// "09:30:00"; the end of the day is "24:00:00".

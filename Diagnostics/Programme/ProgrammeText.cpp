@@ -159,6 +159,7 @@ Json ClockJson(const Clock& clock)
     return {{"day", DayText(clock.now.day)},
             {"time", TimeText(clock.now.second)},
             {"zone", Utf8(clock.zone)},
+            {"zone_known", clock.unknownZone.empty()},
             {"utc_offset", clock.offset}};
 }
 

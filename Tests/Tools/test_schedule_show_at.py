@@ -182,12 +182,22 @@ def test_at_now_is_the_clock_in_its_zone(tool):
     shown = time.strptime(told["clock"]["day"] + " " + told["clock"]["time"] + " UTC", "%Y-%m-%d %H:%M:%S %Z")
     assert earliest <= calendar.timegm(shown) - told["clock"]["utc_offset"] <= latest
     assert (told["time"], told["time_from"]) == (told["clock"]["time"], "clock")
-    assert (told["clock"]["zone"], told["clock"]["utc_offset"]) == ("XYZ", 20700)
+    assert (told["clock"]["zone"], told["clock"]["zone_known"], told["clock"]["utc_offset"]) == ("XYZ", True, 20700)
     assert [each["period"] for each in told["plays"]] == [1]
     lines = tool("at", "schedule.xml").stdout.decode().splitlines()
     assert re.fullmatch(
         r"time   \d\d:\d\d:\d\d on \d+-\d\d-\d\d by this machine's clock, time zone XYZ \(UTC\+05:45\)", lines[0])
     assert lines[-1] == "next   never: the same plays all day"
+
+
+def test_an_unknown_zone_is_reported_and_not_shown_as_a_zone(tool):
+    tool.write(DOCUMENT)
+    tool.environment["TZ"] = "Mars/Base"
+    code, text, _ = outcome(tool("at", "10:00", "schedule.xml"))
+    assert code == 0
+    assert text.splitlines()[0].endswith("time zone UTC (UTC+00:00), because TZ is 'Mars/Base', an unknown zone")
+    clock = tool.json("at", "10:00", "schedule.xml")["clock"]
+    assert (clock["zone"], clock["zone_known"], clock["utc_offset"]) == ("UTC", False, 0)
 
 
 def test_at_as_json(tool):

@@ -43,6 +43,19 @@ TEST(Clock, TheZoneIsNamedWithItsDistance)
     EXPECT_EQ(text("CET", 3600), "CET (UTC+01:00)");
     EXPECT_EQ(text("NST", -12600), "NST (UTC-03:30)");
     EXPECT_EQ(text("+0545", 20700), "+0545 (UTC+05:45)");
+    EXPECT_EQ(ZoneText({{}, "UTC", 0, "Mars/Base"}), "UTC (UTC+00:00), because TZ is 'Mars/Base', an unknown zone");
+}
+
+TEST(Clock, AZoneIsARuleOrAFileOfTheDatabase)
+{
+    for (const char* known : {"", ":", "UTC", "GMT", "CET-1", "CET-1CEST,M3.5.0,M10.5.0/3", "<+0545>-5:45", ":XYZ+3",
+                              "/proc/self/exe", ":/proc/self/exe"}) {
+        EXPECT_TRUE(IsTimeZone(known)) << known;
+    }
+    for (const char* unknown : {"Mars/Base", "Nowhere", "XY", "XY-1", "XYZ", "XYZ-", "XYZ--1", "<XYZ-1", "<>-1", "<",
+                                "-1", "/proc/self", "/none", "."}) {
+        EXPECT_FALSE(IsTimeZone(unknown)) << unknown;
+    }
 }
 
 /// The zone of the process decides, on the day and the second alike.
