@@ -110,15 +110,30 @@ def test_a_key_whose_events_may_be_unread_is_left_to_the_next_press(home, holder
     press = home.start("vqmctl", "remote", "press", "XF86More", "--wait", "20000", stderr=subprocess.PIPE)
     code, = wait_until(lambda: holder.codes(MORE), "the key is on the keyboard")
     holder.hold(MORE, "XF86More")
-    assert press.wait(timeout=PATIENCE) == 0
-    assert f"it stays on keycode {code} until the next 'vqmctl remote press'" in press.stderr.read()
+    assert press.wait(timeout=PATIENCE) == 1
+    told = press.stderr.read()
+    assert f"which {HOLDER} holds but has not read: it does not answer" in told
+    assert f"it stays on keycode {code} until the next 'vqmctl remote press'" in told
     assert holder.codes(MORE) == [code]
     # It is used again, not lent a second time; and another key's press takes it off.
-    assert home.vqmctl("remote", "press", "XF86More").returncode == 0
+    assert home.vqmctl("remote", "press", "XF86More").returncode == 1
     assert holder.codes(MORE) == [code]
     holder.publish()
     assert home.vqmctl("remote", "press", "a", "--anyway").returncode == 0
     assert (holder.codes(MORE), holder.lent()) == ([], [])
+
+
+def test_a_key_that_a_stopped_application_has_not_read_is_not_called_delivered(desktop, keyboard):
+    application = desktop.start_application()
+    os.kill(application.pid, signal.SIGSTOP)
+    try:
+        pressed = desktop.vqmctl("remote", "press", "XF86More", check=False)
+    finally:
+        os.kill(application.pid, signal.SIGCONT)
+    assert pressed.returncode == 1
+    assert pressed.stderr == (f"vqmctl: pressed and released XF86More, which {APP_ID} (pid {application.pid}) holds but has not "
+                              f"read: it is stopped, and reads the key once 'kill -CONT {application.pid}' lets it go on\n")
+    application.wait_for("not used in vqm mode")
 
 
 @pytest.mark.parametrize("ending", [signal.SIGTERM, signal.SIGINT, signal.SIGHUP, signal.SIGKILL])

@@ -1,5 +1,6 @@
 #include "Tools/Remote/RemotePress.h"
 
+#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <string>
@@ -7,6 +8,7 @@
 #include <X11/Xlib.h>
 
 #include "Diagnostics/Status/DisplayConnection.h"
+#include "Diagnostics/Status/Processes.h"
 #include "Diagnostics/Text/Words.h"
 #include "Platform/desktop/x11/Instance.h"
 #include "Platform/desktop/x11/KeySymbols.h"
@@ -23,7 +25,8 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kPollInterval{10};
-constexpr milliseconds kReadLimit{2000};
+/// Longer than a loaded machine takes; of a process that is stopped the kernel knows.
+constexpr milliseconds kReadLimit{10000};
 
 std::string NameOf(const desktop::InstanceFacts& instance)
 {
@@ -69,19 +72,52 @@ std::string PressedText(const std::string& key, int times)
     return "pressed and released " + key + (times == 1 ? "" : " " + std::to_string(times) + " times");
 }
 
-/// Whether no event of the key is left to read. Of other readers than the application nothing is known.
-bool IsRead(Display* display, const std::string& key, const PressOptions& options)
+bool IsStopped(pid_t pid)
 {
-    const auto instance = desktop::ReadInstance(display);
-    if (!instance) {
-        return !options.anyway;
-    }
-    return Contains(instance->heldKeys, key) && HasReadItsEvents(display, *instance, kReadLimit);
+    const auto processes = status::FindApplicationProcesses().processes;
+    return std::any_of(processes.begin(), processes.end(),
+                       [pid](const auto& process) { return process.pid == pid && process.stopped; });
 }
 
-/// Presses the key and says so.
-void Press(Display* display, const std::string& key, const PressOptions& options, LentKey& lent, Keyboard& keyboard,
-           EndingSignals& signals)
+/// Who got the key, as far as it is known.
+struct Delivery {
+    std::optional<desktop::InstanceFacts> holder; ///< of other readers than the application nothing is known
+    bool stopped = false;                         ///< the holder
+    bool read = false;                            ///< no event of the key is left to read
+};
+
+Delivery FindDelivery(Display* display, const std::string& key, bool anyway)
+{
+    Delivery delivery;
+    const auto instance = desktop::ReadInstance(display);
+    if (!instance || !Contains(instance->heldKeys, key)) {
+        delivery.read = !instance && !anyway; // the application has ended meanwhile
+        return delivery;
+    }
+    delivery.holder = instance;
+    delivery.stopped = IsStopped(instance->pid);
+    delivery.read = !delivery.stopped && HasReadItsEvents(display, *instance, kReadLimit);
+    return delivery;
+}
+
+std::string DeliveryText(const Delivery& delivery)
+{
+    if (!delivery.holder) {
+        return "";
+    }
+    const std::string holds = ", which " + NameOf(*delivery.holder) + " holds";
+    if (delivery.read) {
+        return holds;
+    }
+    const std::string pid = std::to_string(delivery.holder->pid);
+    return holds + " but has not read: " +
+           (delivery.stopped ? "it is stopped, and reads the key once 'kill -CONT " + pid + "' lets it go on"
+                             : "it does not answer; 'vqmctl status' examines it");
+}
+
+/// Presses the key and says what is known of its way.
+Delivery Press(Display* display, const std::string& key, const PressOptions& options, LentKey& lent, Keyboard& keyboard,
+               EndingSignals& signals)
 {
     if (!options.anyway) {
         try {
@@ -92,9 +128,9 @@ void Press(Display* display, const std::string& key, const PressOptions& options
         }
     }
     const int times = keyboard.Press(lent.Code(), options.times, milliseconds(options.holdMilliseconds), signals);
-    const auto instance = desktop::ReadInstance(display);
-    PrintError(PressedText(key, times) +
-               (instance && Contains(instance->heldKeys, key) ? ", which " + NameOf(*instance) + " holds" : ""));
+    Delivery delivery = FindDelivery(display, key, options.anyway);
+    PrintError(PressedText(key, times) + DeliveryText(delivery));
+    return delivery;
 }
 
 } // namespace
@@ -110,14 +146,14 @@ ExitCode PressRemoteKey(const PressOptions& options)
     // Whatever ends the program, a key is not left down, nor lent to the keyboard.
     EndingSignals signals;
     LentKey lent(display.get(), keyboard, symbol);
-    Press(display.get(), key, options, lent, keyboard, signals);
+    const Delivery delivery = Press(display.get(), key, options, lent, keyboard, signals);
     if (lent.IsLent()) {
-        if (IsRead(display.get(), key, options)) {
+        if (delivery.read) {
             lent.GiveBack();
         } else {
             PrintError(key + " is not on this keyboard; it stays on keycode " + std::to_string(lent.Code()) +
                        " until the next 'vqmctl remote press', for whoever has not read it yet");
         }
     }
-    return ExitCode::kOk;
+    return delivery.holder && !delivery.read ? ExitCode::kFindings : ExitCode::kOk;
 }
