@@ -106,7 +106,7 @@ CASES = [
     ("vqmctl --color ", {"auto", "always", "never"}, {"status"}),
     ("vqmctl schedule lint --json ", {"schedule.xml"}, {"always", "notes.txt"}),
     ("vqmctl -v schedule lint --st", {"--strict"}, {"--json"}),
-    ("vqmctl explain ", {"expired", "time-without-seconds"}, {"schedule.xml"}),
+    ("vqmctl explain ", {"expired", "time-without-seconds", "file-size"}, {"schedule.xml"}),
     ("vqmctl check --constants ", {"schedule.xml"}, {"notes.txt", "status"}),
     ("vqmctl remote press XF86Mo", {"XF86More"}, {"XF86SimpleMenu"}),
     ("vqmctl remote press --hold 5 XF86Sim", {"XF86SimpleMenu"}, {"XF86More"}),

@@ -13,6 +13,9 @@ import pytest
 from home import BUILD, ROOT
 
 VQMCTL = str(BUILD / "bin/vqmctl")
+# What `check` finds: its name, what it means, what to do.
+FINDINGS = re.findall(r"^\| `([a-z0-9-]+)` \| ([^|]+) \| ([^|]+) \|$", (ROOT / "Docs/troubleshooting.md").read_text(),
+                      re.MULTILINE)
 RULES = re.findall(r"^### `([a-z0-9-]+)`", (ROOT / "Docs/lint.md").read_text(), re.MULTILINE)
 
 
@@ -58,8 +61,9 @@ def test_help_alone_is_that_of_the_tool():
     (["check", "--colour", "never"],
      "unknown option '--colour' of 'vqmctl check'; did you mean --color? see 'vqmctl check --help'"),
     (["setting", "-x"], "unknown option '-x' of 'vqmctl setting'; see 'vqmctl setting --help'"),
-    (["explain", "expird"], "there is no rule 'expird'; did you mean expired?"),
-    (["explain", "nonsense!"], "there is no rule 'nonsense!'; 'vqmctl explain' lists them"),
+    (["explain", "expird"], "there is no rule or finding 'expird'; did you mean expired?"),
+    (["explain", "file-sise"], "there is no rule or finding 'file-sise'; did you mean file-size?"),
+    (["explain", "nonsense!"], "there is no rule or finding 'nonsense!'; 'vqmctl explain' lists them"),
 ])
 def test_a_slip_of_the_hand_is_answered_with_what_there_is(arguments, complaint):
     result = vqmctl(*arguments)
@@ -80,10 +84,11 @@ def test_help_keeps_to_the_width_of_the_terminal(columns, width):
     assert shown.split() == words
 
 
-def test_explain_lists_all_rules_with_what_they_are_about():
+def test_explain_lists_all_rules_and_findings_with_what_they_are_about():
     result = vqmctl("explain")
     assert (result.returncode, result.stderr) == (0, "")
     assert re.findall(r"^([a-z0-9-]+) \((?:error|warning|note)\)\n    \S", result.stdout, re.MULTILINE) == RULES
+    assert re.findall(r"^([a-z0-9-]+) \(check\)\n    \S", result.stdout, re.MULTILINE) == [name for name, _, _ in FINDINGS]
     assert max(len(line) for line in result.stdout.splitlines()) <= 80
 
 
@@ -95,7 +100,16 @@ def test_explain_prints_the_section_of_the_page(rule):
                         re.MULTILINE | re.DOTALL)
     assert result.stdout.startswith(f"{rule} ({section[1]})\n\n")
     words = re.sub(r"^```\w*$|`", "", section[2], flags=re.MULTILINE).split()
-    assert result.stdout.partition("\n")[2].split() == words
+    assert result.stdout.partition(f"\n{rule} (check)\n")[0].partition("\n")[2].split() == words
     assert "`" not in result.stdout
     for line in re.findall(r"^<.*", section[2], re.MULTILINE):
         assert f"    {line}\n" in result.stdout
+
+
+def test_explain_says_what_a_finding_of_check_means_and_what_to_do():
+    assert len(FINDINGS) > 20
+    for name, meaning, advice in FINDINGS:
+        result = vqmctl("explain", name)
+        assert (result.returncode, result.stderr) == (0, "")
+        told = result.stdout.partition(f"{name} (check)\n")[2].casefold().split()
+        assert told == f"{meaning}. {advice}.".replace("`", "").casefold().split()
