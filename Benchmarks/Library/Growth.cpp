@@ -68,5 +68,6 @@ Work RenderCheckAsJson(std::size_t size)
         file.path = "/opt/media/" + file.name;
         report.contents.files.push_back(file);
     }
-    return {[report] { WriteJson(report, false, [](std::string_view) { return true; }); }, static_cast<double>(size)};
+    return {[report] { WriteJson(report, std::nullopt, [](std::string_view) { return true; }); },
+            static_cast<double>(size)};
 }

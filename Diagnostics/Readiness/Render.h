@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "Diagnostics/Readiness/Readiness.h"
@@ -11,9 +12,9 @@ namespace readiness {
 /// What was looked at, a line for each diagnostic, and the verdict. Fit for a terminal.
 std::string Render(const Report& report, const Style& style = Style());
 
-/// Writes one document of Docs/schemas/check.schema.json, on one line or indented. Returns false when
-/// `sink` did: the reader has gone.
-bool WriteJson(const Report& report, bool oneLine, const JsonWriter::Sink& sink);
+/// Writes one document of Docs/schemas/check.schema.json. `watched` is the time of one answer of many, which takes
+/// one line; a single answer has none, and is indented. Returns false when `sink` did: the reader has gone.
+bool WriteJson(const Report& report, const std::optional<schedule::Moment>& watched, const JsonWriter::Sink& sink);
 
 /// One document of Docs/schemas/constants.schema.json.
 std::string RenderJson(const Constants& constants);

@@ -142,12 +142,17 @@ Json ConstantsJson(const Constants& constants)
     return {{"path", Utf8(constants.path)},
             {"state", NameOf(constants.state)},
             {"problem", TextOrNull(constants.problem)},
-            {"schedule_file", file != nullptr ? Json(Utf8(*file)) : Json()}};
+            {"schedule_file", file != nullptr ? Json(Utf8(*file)) : Json()},
+            {"lines_to_write", TextOrNull(constants.newText)}};
 }
 
-bool WriteJson(const Report& report, bool oneLine, const JsonWriter::Sink& sink)
+bool WriteJson(const Report& report, const std::optional<schedule::Moment>& watched, const JsonWriter::Sink& sink)
 {
-    JsonWriter json(sink, oneLine);
+    JsonWriter json(sink, watched.has_value());
+    if (watched) {
+        json.Member("asked_at",
+                    {{"day", schedule::DayText(watched->day)}, {"time", schedule::TimeText(watched->second)}});
+    }
     json.Member("verdict", VerdictJson(report.verdict));
     json.Member("constants", ConstantsJson(report.constants));
     json.Member("schedule", ScheduleJson(report));

@@ -67,7 +67,7 @@ def test_a_ready_set_as_json(shop):
         "schema_version": 1,
         "verdict": {"ready": True, "ran": True, "problem": None, "schedule": True, "contents": True},
         "constants": {"path": f"{RES}/constants.xml", "state": "loaded", "problem": None,
-                      "schedule_file": "schedule.xml"},
+                      "schedule_file": "schedule.xml", "lines_to_write": None},
         "schedule": {"directory": f"{RECH}/", "path": SCHEDULE, "state": "loaded", "problem": None, "periods": 2,
                      "items": 3, "item_count": 3, "bytes": 1075843072, "total_size": 1075843072, "state_is_ok": True,
                      "expiration": "2030-12-31", "expiry": "valid"},
@@ -289,7 +289,10 @@ def test_each_fault_is_explained_and_the_verdict_is_the_librarys(shop, tmp_path,
     library = 0 if "the TV: ready" in expected else 1
     assert without_lint(shown.partition("media: ")[2].partition("\n")[2]) == (
         expected + 2 * f"code {code}\n" + f"code {library}\n")
-    diagnostics = check_json((tmp_path / "json").read_bytes())["diagnostics"]
+    document = check_json((tmp_path / "json").read_bytes())
+    told_lines = "".join(line[6:] + "\n" for line in expected.splitlines() if line.startswith("      "))
+    assert (document["constants"]["lines_to_write"] or "") == told_lines
+    diagnostics = document["diagnostics"]
     assert [(diagnostic["id"], diagnostic["blocking"]) for diagnostic in diagnostics
             if diagnostic["blocking"] or diagnostic["severity"] == "note"] == [
         (line.rpartition("[")[2][:-1], line.startswith("problem"))
@@ -411,6 +414,8 @@ def test_a_stick_is_checked_before_it_is_plugged_in(shop):
 @pytest.mark.parametrize("arguments, code, complaint", [
     ("check --root /nowhere", 3, "cannot look below '/nowhere': No such file or directory"),
     ("check --root /etc/passwd", 3, "cannot look below '/etc/passwd': it is not a directory"),
+    ("check --schedule -", 2,
+     "--schedule is '-'; expected a file: the check reads it more than once, which stdin does not allow"),
     ("check --schedule a --constants b", 2,
      "--constants only names the schedule, and --schedule does already; expected one of the two"),
     ("schedule lint --root / $rech/schedule.xml", 2, f"--root and --constants say where the TV's own schedule is, but "
@@ -598,7 +603,9 @@ def test_watch_ends_with_its_reader_and_tells_the_last_verdict(shop):
 @pytest.mark.parametrize("signal_name", ["SIGINT", "SIGTERM", "SIGQUIT", "SIGHUP"])
 def test_watch_ends_on_each_signal_that_ends_a_program(shop, signal_name):
     watch = shop.start("exec vqmctl check --watch --json")
-    assert check_json(watch.stdout.readline())["verdict"]["ready"]
+    document = check_json(watch.stdout.readline())
+    assert document["verdict"]["ready"]
+    assert re.fullmatch(TIME, f"{document['asked_at']['day']} {document['asked_at']['time']}\n")
     watch.send_signal(signal.Signals[signal_name])
     assert watch.wait(timeout=2 * PATIENCE) == 0
     assert watch.stderr.read() == ""

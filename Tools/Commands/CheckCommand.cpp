@@ -52,7 +52,7 @@ ExitCode CodeOf(readiness::Outcome outcome)
 ExitCode CheckOnce(const Arguments& arguments)
 {
     const readiness::Report report = Check(arguments);
-    static_cast<void>(arguments.json ? WriteJson(report, false, Print)
+    static_cast<void>(arguments.json ? WriteJson(report, std::nullopt, Print)
                                      : Print(Render(report, Style(WantsColour(STDOUT_FILENO)))));
     return CodeOf(OutcomeOf(report, Explain(report)));
 }
@@ -65,10 +65,10 @@ ExitCode CheckAgainAndAgain(const Arguments& arguments)
     bool first = true;
     ReadinessWatch watch([&arguments] { return Check(arguments); },
                          [&](const readiness::Report& report) {
-                             if (arguments.json) {
-                                 return WriteJson(report, true, Print);
-                             }
                              const schedule::Moment now = schedule::ReadClock().now;
+                             if (arguments.json) {
+                                 return WriteJson(report, now, Print);
+                             }
                              const std::string time = DayText(now.day) + " " + schedule::TimeText(now.second) + "\n";
                              const std::string before = CanRedraw() ? kClearScreen : first ? "" : "\n";
                              first = false;

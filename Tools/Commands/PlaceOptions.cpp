@@ -1,6 +1,7 @@
 #include "Tools/Commands/PlaceOptions.h"
 
 #include "Common/VQMConfig.h"
+#include "Diagnostics/Text/InputFile.h"
 #include "Tools/CommandError.h"
 
 void AddRootOption(CLI::App& command, readiness::Places& places)
@@ -27,6 +28,10 @@ void AddPlaceOptions(CLI::App& command, readiness::Places& places)
 
 void RequirePlausible(const readiness::Places& places)
 {
+    if (places.schedule == kStdin) {
+        throw CommandError(ExitCode::kUsage, "--schedule is '-'; expected a file: the check reads it more than once, "
+                                             "which stdin does not allow");
+    }
     if (!places.schedule.empty() && !places.constants.empty()) {
         throw CommandError(ExitCode::kUsage, "--constants only names the schedule, and --schedule does already; "
                                              "expected one of the two");
