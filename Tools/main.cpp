@@ -3,6 +3,7 @@
 #include "Tools/CommandLine.h"
 #include "Tools/Commands/Commands.h"
 #include "Tools/HandOver.h"
+#include "Tools/Watch/WatchSetting.h"
 
 int main(int argc, char** argv)
 {
@@ -11,7 +12,7 @@ int main(int argc, char** argv)
 
     const auto handOver = [argv](auto&&...) -> ExitCode { HandOver(argv); };
     CommandLine line;
-    AddSettingCommands(line);
+    AddSettingCommands(line, WatchSetting);
     AddRemoteCommands(line, {handOver, handOver});
     AddKeysCommands(line, handOver);
     AddScheduleCommands(line);

@@ -22,7 +22,7 @@ cmake_dependent_option(VQM_BUILD_APPLICATION
     "Build the application and all else that needs EFL, X11 and D-Bus" ${PROJECT_IS_TOP_LEVEL}
     "NOT VQM_PLATFORM STREQUAL none" OFF)
 cmake_dependent_option(VQM_BUILD_TOOLS "Build vqmctl; needs CLI11 and nlohmann-json" ${PROJECT_IS_TOP_LEVEL}
-    "VQM_PLATFORM STREQUAL desktop" OFF)
+    "NOT VQM_PLATFORM STREQUAL none" OFF)
 cmake_dependent_option(VQM_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL}
     "VQM_PLATFORM STREQUAL desktop;VQM_BUILD_APPLICATION;VQM_BUILD_TOOLS" OFF)
 cmake_dependent_option(VQM_BUILD_BENCHMARKS "Build the benchmarks" OFF

@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "Diagnostics/Text/InputFile.h"
-#include "Platform/desktop/base/TemporaryFile.h"
+#include "Platform/common/TemporaryFile.h"
 
 namespace {
 
@@ -111,22 +111,22 @@ void EditableFile::CheckUnchanged() const
 
 void EditableFile::Replace(std::string_view content) const
 {
-    const auto refuse = [this](const desktop::Error& error) {
+    const auto refuse = [this](const platform::Error& error) {
         Refuse("change", std::generic_category().message(error.code));
     };
-    desktop::TemporaryFile::RemoveLeftBehind(name_, kPrefix);
-    desktop::Result<desktop::TemporaryFile> file = desktop::TemporaryFile::CreateFor(name_, kPrefix);
+    platform::TemporaryFile::RemoveLeftBehind(name_, kPrefix);
+    platform::Result<platform::TemporaryFile> file = platform::TemporaryFile::CreateFor(name_, kPrefix);
     if (!file) {
         Refuse("change", "no new file can be made beside it: " + std::generic_category().message(file.Error().code));
     }
-    if (const desktop::Result<void> same = file->TakeOverAll(status_); !same) {
+    if (const platform::Result<void> same = file->TakeOverAll(status_); !same) {
         Refuse("change", "its owner and mode cannot be kept: " + std::generic_category().message(same.Error().code));
     }
-    if (const desktop::Result<void> written = file->Write(content); !written) {
+    if (const platform::Result<void> written = file->Write(content); !written) {
         refuse(written.Error());
     }
     CheckUnchanged();
-    if (const desktop::Result<void> renamed = file->Rename(); !renamed) {
+    if (const platform::Result<void> renamed = file->Rename(); !renamed) {
         refuse(renamed.Error());
     }
 }

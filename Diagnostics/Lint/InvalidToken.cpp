@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <strings.h>
 
-#include "Diagnostics/Text/Characters.h"
 #include "Diagnostics/Text/Words.h"
+#include "Platform/common/Utf8.h"
 
 namespace lint {
 
@@ -36,7 +36,7 @@ char32_t FromWindows1252(unsigned char byte)
 std::string Shown(char32_t code)
 {
     std::string text;
-    AppendCharacter(text, code);
+    platform::AppendCodePoint(text, code);
     return Quoted(text);
 }
 
@@ -136,9 +136,9 @@ std::string DescribeControl(unsigned char byte)
 char32_t TypographicQuoteIn(std::string_view text)
 {
     while (!text.empty()) {
-        const Character character = FirstCharacterOf(text);
-        if (IsTypographicQuote(character.code)) {
-            return character.code;
+        const platform::CodePoint character = platform::FirstCodePoint(text);
+        if (IsTypographicQuote(character.value)) {
+            return character.value;
         }
         text.remove_prefix(character.size == 0 ? 1 : character.size);
     }
@@ -209,18 +209,19 @@ std::string DescribeInvalidToken(const ParseFailure& failure)
     const Context context = ContextOf(failure.before);
     const auto byte = static_cast<unsigned char>(failure.after.front());
     const bool singleBytes = !failure.encoding.empty() && strcasecmp(failure.encoding.c_str(), "UTF-8") != 0;
-    const Character character = singleBytes ? Character{FromWindows1252(byte), 1} : FirstCharacterOf(failure.after);
+    const platform::CodePoint character =
+        singleBytes ? platform::CodePoint{FromWindows1252(byte), 1} : platform::FirstCodePoint(failure.after);
     const bool isAscii = strcasecmp(failure.encoding.c_str(), "US-ASCII") == 0;
     if (character.size == 0 || (isAscii && byte >= 0x80)) {
         return DescribeByte(failure, context);
     }
-    if (character.code == 0xFFFE || character.code == 0xFFFF) {
+    if (character.value == 0xFFFE || character.value == 0xFFFF) {
         return "a code that is no character cannot stand in a document; delete it";
     }
     if (byte < 0x20 && kSpace.find(failure.after.front()) == std::string_view::npos) {
         return DescribeControl(byte);
     }
-    if (character.code == kByteOrderMark) {
+    if (character.value == kByteOrderMark) {
         return "a byte order mark inside the document; delete it";
     }
     if (FollowsAmpersand(failure.before)) {
@@ -230,12 +231,12 @@ std::string DescribeInvalidToken(const ParseFailure& failure)
         return "two hyphens in a comment; write one, or --> where the comment ends";
     }
     if (context.inTag) {
-        return DescribeInTag(failure, context, character.code);
+        return DescribeInTag(failure, context, character.value);
     }
     if (failure.openElement.empty() && !failure.rootClosed) {
         return "text before the first tag; delete it";
     }
-    if (character.code == '>' && failure.before.size() > 1 &&
+    if (character.value == '>' && failure.before.size() > 1 &&
         failure.before.substr(failure.before.size() - 2) == "]]") {
         return "']]>' in a text; write ]]&gt; for the characters themselves";
     }

@@ -1,8 +1,9 @@
 #include <map>
-#include <memory>
 #include <string_view>
 
-#include <glib.h>
+#include <boost/uuid/name_generator_sha1.hpp>
+#include <boost/uuid/uuid.hpp>
+#include <boost/uuid/uuid_io.hpp>
 
 #include "Diagnostics/Lint/Render.h"
 #include "Diagnostics/Lint/RuleText.h"
@@ -15,16 +16,27 @@ namespace {
 
 constexpr char kSchema[] = "https://docs.oasis-open.org/sarif/sarif/v2.1.0/errata01/os/schemas/sarif-schema-2.1.0.json";
 
-struct Free {
-    void operator()(char* text) const { g_free(text); }
-};
-using Text = std::unique_ptr<char, Free>;
+/// The path of a URI: RFC 3986 leaves these characters as they are.
+std::string EscapedPath(std::string_view path)
+{
+    constexpr std::string_view kUnreserved = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~";
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string escaped;
+    for (const char byte : path) {
+        if (byte == '/' || kUnreserved.find(byte) != std::string_view::npos) {
+            escaped += byte;
+        } else {
+            const auto value = static_cast<unsigned char>(byte);
+            escaped.append({'%', kDigits[value >> 4U], kDigits[value & 0xFU]});
+        }
+    }
+    return escaped;
+}
 
 /// A relative reference stays relative, to whatever the reader of the log takes for the root.
 Json LocationJson(const std::string& name)
 {
-    const Text escaped(g_uri_escape_string(name.c_str(), "/", FALSE));
-    return {{"uri", (name.substr(0, 1) == "/" ? "file://" : "") + std::string(escaped.get())}};
+    return {{"uri", (name.substr(0, 1) == "/" ? "file://" : "") + EscapedPath(name)}};
 }
 
 Json RuleJson(const RuleText& text)
@@ -55,10 +67,8 @@ std::string Subject(const Diagnostic& finding)
 
 std::string Fingerprint(const std::string& subject, int occurrence)
 {
-    const std::string text = subject + '\n' + std::to_string(occurrence);
-    const Text sum(
-        g_compute_checksum_for_data(G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(text.data()), text.size()));
-    return sum.get();
+    boost::uuids::name_generator_sha1 named{boost::uuids::uuid()};
+    return to_string(named(subject + '\n' + std::to_string(occurrence)));
 }
 
 Json RegionJson(const Diagnostic& finding)

@@ -15,7 +15,7 @@
 #include "Diagnostics/Readiness/MissingFile.h"
 #include "Diagnostics/Readiness/Readiness.h"
 #include "Diagnostics/Text/InputFile.h"
-#include "Platform/desktop/base/FileDescriptor.h"
+#include "Platform/common/FileDescriptor.h"
 
 namespace readiness {
 
@@ -69,7 +69,7 @@ private:
         }
     }
 
-    desktop::FileDescriptor file_;
+    platform::FileDescriptor file_;
 };
 
 void LoadFrom(const std::string& path, Constants& constants)

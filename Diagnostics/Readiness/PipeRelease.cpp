@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "Diagnostics/Readiness/SignalsBlocked.h"
-#include "Platform/desktop/base/FileDescriptor.h"
+#include "Platform/common/FileDescriptor.h"
 
 namespace readiness {
 
@@ -19,12 +19,12 @@ constexpr std::chrono::milliseconds kInterval{200};
 void ReleaseReader(const std::string& path)
 {
     // What is opened for writing must be the very pipe that was looked at, not a file.
-    const desktop::FileDescriptor place(open(path.c_str(), O_PATH | O_CLOEXEC));
+    const platform::FileDescriptor place(open(path.c_str(), O_PATH | O_CLOEXEC));
     struct stat status = {};
     if (place.IsOpen() && fstat(place.Get(), &status) == 0 && S_ISFIFO(status.st_mode)) {
         const std::string same = "/proc/self/fd/" + std::to_string(place.Get());
         // Fails without a reader; with one, both opens succeed.
-        const desktop::FileDescriptor writer(open(same.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+        const platform::FileDescriptor writer(open(same.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
     }
 }
 

@@ -49,28 +49,12 @@ std::vector<std::string> LocalDisplays()
     return displays;
 }
 
-std::string ListOf(const std::vector<ApplicationProcess>& processes)
+/// `displays`: of the application's processes, when they name more than one.
+std::string WhatToSet(const std::vector<std::string>& displays)
 {
-    std::string text;
-    for (const ApplicationProcess& process : processes) {
-        text += (text.empty() ? "process " : ", process ") + std::to_string(process.pid);
-    }
-    return text;
-}
-
-/// What is known without asking a display.
-ApplicationStatus WithoutDisplay(const ApplicationProcesses& running, const std::vector<std::string>& displays)
-{
-    ApplicationStatus application;
-    if (running.processes.empty() && running.complete) {
-        application.state = ApplicationStatus::State::kNotRunning;
-        return application;
-    }
     const std::vector<std::string> candidates = displays.empty() ? LocalDisplays() : displays;
-    application.problem = running.processes.empty() ? "" : "it runs as " + ListOf(running.processes) + "; ";
-    application.problem += "set DISPLAY" + (candidates.empty() ? std::string(" to the TV's display")
-                                                               : ", for example to " + JoinWithOr(candidates));
-    return application;
+    return "set DISPLAY" +
+           (candidates.empty() ? std::string(" to the TV's display") : ", for example to " + JoinWithOr(candidates));
 }
 
 /// Asks as the process would: over ssh, neither variable is set.
@@ -104,23 +88,6 @@ static void from_json(const Json& json, DisplayAnswer& answer)
     json.at("held").get_to(answer.heldKeys);
     json.at("failed").get_to(answer.failedKeys);
     json.at("tool").get_to(answer.toolKeys);
-}
-
-std::string NameOf(GrabState grab)
-{
-    switch (grab) {
-    case GrabState::kHeld:
-        return "held";
-    case GrabState::kPartly:
-        return "partly-held";
-    case GrabState::kTaken:
-        return "taken";
-    case GrabState::kFree:
-        return "not-held";
-    case GrabState::kAbsent:
-        break;
-    }
-    return "not-on-keyboard";
 }
 
 ApplicationStatus ApplicationFrom(const std::string& display, const std::optional<DisplayAnswer>& answer,
@@ -167,7 +134,7 @@ ApplicationStatus CollectApplication()
     if (found) {
         const std::vector<std::string> displays = DisplaysOf(running.processes);
         if (displays.size() != 1) {
-            return WithoutDisplay(running, displays);
+            return WithoutDisplay(running, WhatToSet(displays));
         }
         display = displays.front();
         Adopt(display, running.processes);

@@ -34,6 +34,7 @@ struct ApplicationStatus {
         kSilent,      ///< it does not answer
         kNotAsked,    ///< for lack of means; `problem` says of which
         kNotRunning,
+        kUnseen, ///< its process is there; no display says which keys it holds
         kRunning,
     };
 
@@ -54,6 +55,9 @@ struct ApplicationStatus {
 /// `answer`: none came in time.
 ApplicationStatus ApplicationFrom(const std::string& display, const std::optional<DisplayAnswer>& answer,
                                   const ApplicationProcesses& running = {});
+
+/// What the processes alone say. `advice`: what helps to know more; may be empty.
+ApplicationStatus WithoutDisplay(const ApplicationProcesses& running, const std::string& advice);
 
 /// Waits a few seconds for a display at the most.
 ApplicationStatus CollectApplication();

@@ -1,4 +1,4 @@
-#include "Diagnostics/Status/PopupStatus.h"
+#include "Diagnostics/Status/PopupNote.h"
 
 #include <cerrno>
 #include <chrono>
@@ -85,23 +85,6 @@ static void from_json(const Json& json, PopupAnswer& answer)
     if (json.contains("paused")) {
         answer.paused = json.at("paused").get<bool>();
     }
-}
-
-std::string NameOf(State state)
-{
-    switch (state) {
-    case State::kShown:
-        return "not-held-back";
-    case State::kHeldBack:
-        return "held-back";
-    case State::kLeftOver:
-        return "left-held-back";
-    case State::kForeign:
-        return "held-back-by-others";
-    case State::kUnknown:
-        break;
-    }
-    return "unknown";
 }
 
 PopupStatus PopupsFrom(const std::optional<PopupNote>& note, const std::optional<PopupAnswer>& answer)

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
-#include "Diagnostics/Status/PopupAnswer.h"
-#include "Platform/desktop/bus/PopupRecord.h"
+#include <sys/types.h>
 
 namespace status {
 
@@ -26,15 +24,6 @@ struct PopupStatus {
 
 /// "held-back" and so on, for programs.
 std::string NameOf(PopupStatus::State state);
-
-/// What the application noted when it held popups back.
-struct PopupNote {
-    desktop::PopupRecord record;
-    bool alive = false; ///< the process that wrote it
-};
-
-/// `answer`: none came in time.
-PopupStatus PopupsFrom(const std::optional<PopupNote>& note, const std::optional<PopupAnswer>& answer);
 
 /// Starts no bus and no daemon, and waits a few seconds at the most.
 PopupStatus CollectPopups();

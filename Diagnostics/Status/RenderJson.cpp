@@ -31,6 +31,8 @@ std::string NameOf(ApplicationStatus::State state)
         return "display-not-asked";
     case State::kNotRunning:
         return "not-running";
+    case State::kUnseen:
+        return "unseen";
     case State::kRunning:
         break;
     }
@@ -46,11 +48,13 @@ Json ApplicationJson(const Report& report)
                  {"display_found", application.displayFound},
                  {"wayland", application.wayland},
                  {"problem", TextOrNull(application.problem)}};
-    if (application.state == ApplicationStatus::State::kRunning) {
+    if (application.pid != 0) {
         json["pid"] = application.pid;
-        json["answers"] = application.answers;
         json["stopped"] = application.stopped;
         json["others"] = application.others;
+    }
+    if (application.state == ApplicationStatus::State::kRunning) {
+        json["answers"] = application.answers;
         json["tool_keys"] = Json::array();
         for (const ToolKey& key : application.toolKeys) {
             json["tool_keys"].push_back({{"key", key.name}, {"state", NameOf(key.grab)}});
@@ -139,24 +143,6 @@ Json VerdictJson(const Report& report, const Verdict& verdict)
 }
 
 } // namespace
-
-std::string NameOf(LaunchStatus::State state)
-{
-    using State = LaunchStatus::State;
-    switch (state) {
-    case State::kReady:
-        return "ready";
-    case State::kNoEntry:
-        return "no-entry";
-    case State::kBadEntry:
-        return "unusable-entry";
-    case State::kNoProgram:
-        return "no-program";
-    case State::kUnknown:
-        break;
-    }
-    return "unknown";
-}
 
 std::string RenderJson(const Report& report, const Verdict& verdict)
 {

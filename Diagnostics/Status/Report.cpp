@@ -2,14 +2,14 @@
 
 #include <cstdlib>
 
-#include "Platform/desktop/environment/ApplicationId.h"
+#include "Common/VQMConfig.h"
 
 namespace status {
 
 Report Collect(const readiness::Places& places)
 {
     Report report;
-    report.applicationId = desktop::kApplicationId;
+    report.applicationId = VQM_APP_ID;
     report.root = places.root;
     if (report.root.empty()) {
         report.setting = CollectSetting();

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include "Common/VQMSyncDemoMonitor.h"
+#include "Platform/desktop/base/Settings.h"
 #include "Platform/desktop/base/SettingsStore.h"
 
 namespace status {
@@ -18,11 +19,6 @@ bool IsAbsent(const std::string& path)
 
 } // namespace
 
-bool IsStrange(const SettingStatus& setting)
-{
-    return setting.stored && *setting.stored != "0" && *setting.stored != "1";
-}
-
 SettingStatus CollectSetting()
 {
     SettingStatus setting;
@@ -36,6 +32,16 @@ SettingStatus CollectSetting()
         setting.problem = stored.Error().text;
     }
     return setting;
+}
+
+std::string SettingPlace()
+{
+    return desktop::SettingsFile(kSyncDemoSettingKey).ValueOr("no file");
+}
+
+std::string StoreProblem()
+{
+    return desktop::LastSettingsError();
 }
 
 } // namespace status

@@ -14,7 +14,7 @@
 #include <unistd.h>
 #include <utility>
 
-#include "Platform/desktop/base/FileDescriptor.h"
+#include "Platform/common/FileDescriptor.h"
 
 namespace status {
 
@@ -101,10 +101,10 @@ std::optional<std::string> AskWithin(std::chrono::milliseconds limit, const std:
     if (pipe2(ends, O_CLOEXEC) == -1) {
         ThrowErrno("pipe");
     }
-    const desktop::FileDescriptor readEnd(ends[0]);
+    const platform::FileDescriptor readEnd(ends[0]);
     pid_t child = -1;
     {
-        const desktop::FileDescriptor writeEnd(ends[1]);
+        const platform::FileDescriptor writeEnd(ends[1]);
         child = fork();
         if (child == 0) {
             Answer(writeEnd.Get(), limit, question);

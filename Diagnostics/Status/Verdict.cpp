@@ -52,6 +52,9 @@ void JudgeApplication(const Report& report, Verdict& verdict)
     const ApplicationStatus& application = report.application;
     if (application.state == State::kNotRunning) {
         verdict.launch.push_back(Reason("application-not-running", ApplicationText(report)));
+    } else if (application.state == State::kUnseen) {
+        JudgeHealth(application, verdict.launch);
+        verdict.unknown.push_back(Reason("keys-unknown", ApplicationText(report), false));
     } else if (application.state != State::kRunning) {
         verdict.unknown.push_back(
             Reason("application-unknown", "whether the application runs is " + ApplicationText(report), false));

@@ -48,7 +48,7 @@ std::string UnreachableHint(const std::string& display)
 
 std::string SettingText(const SettingStatus& setting)
 {
-    std::string state = setting.enabled ? "on" : "off";
+    const std::string state = NameOfSetting(setting.enabled);
     if (!setting.problem.empty()) {
         return state + "; " + setting.problem;
     }
@@ -76,7 +76,11 @@ std::string ApplicationText(const Report& report)
     case State::kSilent:
         return "unknown: " + display + " does not answer";
     case State::kNotAsked:
-        return "unknown: cannot ask " + display + ": " + application.problem;
+        return "unknown: " + (application.display.empty() ? "" : "cannot ask " + display + ": ") + application.problem;
+    case State::kUnseen:
+        return report.applicationId + " runs as process " + std::to_string(application.pid) +
+               "; which keys it holds is not known here" +
+               (application.problem.empty() ? "" : ": " + application.problem);
     case State::kNotRunning:
         return report.applicationId + " does not run" + (application.display.empty() ? "" : " on " + display);
     case State::kRunning:
@@ -179,8 +183,9 @@ std::string ContentsText(const readiness::Contents& contents)
 
 std::string ClockText(const Report& report)
 {
+    const bool isSet = !report.zoneVariable.empty() && report.clock.unknownZone.empty();
     return schedule::DayText(report.clock.now.day) + " " + schedule::TimeText(report.clock.now.second) + " " +
-           ZoneText(report.clock) + (report.zoneVariable.empty() ? "" : ", as TZ=" + report.zoneVariable + " says");
+           ZoneText(report.clock) + (isSet ? ", as TZ=" + report.zoneVariable + " says" : "");
 }
 
 std::string PeriodText(const schedule::ActivePeriod& period)

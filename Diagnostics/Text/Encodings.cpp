@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include <glib.h>
+#include "Platform/common/Utf8.h"
 
 namespace {
 
@@ -16,9 +16,7 @@ std::size_t CutOffBytes(std::string_view bytes)
 {
     constexpr std::size_t kLongest = 3;
     for (std::size_t count = 1; count <= std::min(kLongest, bytes.size()); ++count) {
-        const std::string_view last = bytes.substr(bytes.size() - count);
-        // The result for a character that is cut short.
-        if (g_utf8_get_char_validated(last.data(), static_cast<gssize>(count)) == static_cast<gunichar>(-2)) {
+        if (platform::FirstCodePoint(bytes.substr(bytes.size() - count)).cutOff) {
             return count;
         }
     }
@@ -42,15 +40,11 @@ void Utf8Check::Add(std::string_view bytes)
 bool IsUtf8(std::string_view bytes)
 {
     while (!bytes.empty()) {
-        const char* end = nullptr;
-        if (g_utf8_validate(bytes.data(), static_cast<gssize>(bytes.size()), &end) != FALSE) {
-            return true;
-        }
-        const auto valid = static_cast<std::size_t>(end - bytes.data());
-        if (bytes[valid] != '\0') {
+        const std::size_t size = platform::FirstCodePoint(bytes).size;
+        if (size == 0) {
             return false;
         }
-        bytes.remove_prefix(valid + 1);
+        bytes.remove_prefix(size);
     }
     return true;
 }
@@ -59,13 +53,7 @@ std::string FromLatin1(std::string_view bytes)
 {
     std::string text;
     for (const char byte : bytes) {
-        const auto code = static_cast<unsigned char>(byte);
-        if (IsAscii(byte)) {
-            text += byte;
-        } else {
-            text += static_cast<char>(0xC0U | (code >> 6U));
-            text += static_cast<char>(0x80U | (code & 0x3FU));
-        }
+        platform::AppendCodePoint(text, static_cast<unsigned char>(byte));
     }
     return text;
 }

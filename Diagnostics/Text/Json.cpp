@@ -1,7 +1,6 @@
 #include "Diagnostics/Text/Json.h"
 
-#include <glib.h>
-
+#include "Diagnostics/Text/Encodings.h"
 #include "Diagnostics/Text/TerminalText.h"
 
 namespace {
@@ -17,8 +16,7 @@ Json WithVersion(const Json& content)
 
 std::string Utf8(const std::string& text)
 {
-    const bool isUtf8 = g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE;
-    return isUtf8 ? text : EscapedForTerminal(text);
+    return IsUtf8(text) && text.find('\0') == std::string::npos ? text : EscapedForTerminal(text);
 }
 
 Json TextOrNull(const std::string& text)

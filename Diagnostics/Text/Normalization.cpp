@@ -4,7 +4,7 @@
 #include <iterator>
 
 #include "Diagnostics/Text/CanonicalPairs.h"
-#include "Diagnostics/Text/Characters.h"
+#include "Platform/common/Utf8.h"
 
 namespace {
 
@@ -63,8 +63,8 @@ std::u32string Units(std::string_view text)
     std::u32string units;
     units.reserve(text.size());
     while (!text.empty()) {
-        const Character first = FirstCharacterOf(text);
-        units += first.size == 0 ? kBytes + static_cast<unsigned char>(text.front()) : first.code;
+        const platform::CodePoint first = platform::FirstCodePoint(text);
+        units += first.size == 0 ? kBytes + static_cast<unsigned char>(text.front()) : first.value;
         text.remove_prefix(std::max<std::size_t>(first.size, 1));
     }
     return units;
@@ -88,14 +88,18 @@ std::u32string Decomposed(std::string_view text)
 
 std::optional<MixedForms> FindMixedForms(std::string_view text)
 {
+    // Nearly every name is ASCII.
+    if (std::none_of(text.begin(), text.end(), [](char byte) { return static_cast<unsigned char>(byte) >= 0x80U; })) {
+        return std::nullopt;
+    }
     MixedForms forms;
     char32_t last = 0;
     for (const char32_t unit : Units(text)) {
         if (forms.separate.empty() && IsMark(unit) && IsPair(last, unit)) {
-            AppendCharacter(forms.separate, last);
-            AppendCharacter(forms.separate, unit);
+            platform::AppendCodePoint(forms.separate, last);
+            platform::AppendCodePoint(forms.separate, unit);
         } else if (forms.composed.empty() && unit >= 0x80 && FindPair(unit) != nullptr) {
-            AppendCharacter(forms.composed, unit);
+            platform::AppendCodePoint(forms.composed, unit);
         }
         last = unit;
     }

@@ -2,9 +2,8 @@
 
 #include <algorithm>
 
-#include <glib.h>
-
 #include "Diagnostics/Text/TerminalText.h"
+#include "Platform/common/Utf8.h"
 
 namespace {
 
@@ -52,12 +51,9 @@ Json SourceJson(const Snippet& source)
 {
     const std::string before = Utf8(source.text.substr(0, source.start));
     const std::string subject = Utf8(source.text.substr(source.start, source.length));
-    const auto characters = [](const std::string& text) {
-        return g_utf8_strlen(text.data(), static_cast<gssize>(text.size()));
-    };
     return {{"text", before + subject + Utf8(source.text.substr(source.start + source.length))},
-            {"start", characters(before)},
-            {"length", characters(subject)},
+            {"start", platform::CountCodePoints(before)},
+            {"length", platform::CountCodePoints(subject)},
             {"cut_before", source.cutBefore},
             {"cut_after", source.cutAfter}};
 }

@@ -284,8 +284,8 @@ def test_over_ssh_what_to_set_is_named(desktop):
     completed = over_ssh(desktop, "cp /usr/bin/sleep /opt/VQMKeygrab; "
                          "/opt/VQMKeygrab 600 & pid=$!\n$status; kill $pid")
     assert completed.stderr == ""
-    assert re.search(r"^Application  unknown: DISPLAY is not set; it runs as process [0-9]+; set DISPLAY(, for example to :|"
-                     " to the TV's display)", completed.stdout, re.MULTILINE)
+    assert re.search(rf"^Application  {APP_ID} runs as process [0-9]+; which keys it holds is not known here: "
+                     "set DISPLAY(, for example to :| to the TV's display)", completed.stdout, re.MULTILINE)
 
 
 def test_a_wayland_session_is_named(running, tmp_path):

@@ -3,22 +3,15 @@
 import os
 import re
 import shlex
-import subprocess
 from pathlib import Path
 from xml.etree import ElementTree
 
-import pytest
 from Xlib import X
 
 from desktop import APP_ID, BUILD, COMPANION_ID, TOOL_KEYS, Keyboard, new_desktop, wait_until
+from home import ROOT
+from tv_build import EMULATOR, TV, find_library, run
 
-SOURCE = Path(__file__).parents[2]
-SDK = BUILD / "tv-sdk"
-TV = BUILD / "tv"
-# Empty when the machine that builds runs what it builds.
-SYSROOT = os.environ.get("VQM_TV_SYSROOT", "")
-TOOLCHAIN = os.environ.get("VQM_TV_TOOLCHAIN", "")
-EMULATOR = shlex.split(os.environ.get("VQM_TV_EMULATOR", ""))
 NM = os.environ.get("VQM_TV_NM", "nm")
 
 # Everything the product may ask of the platform.
@@ -40,46 +33,10 @@ OTHERS = re.compile(
 )
 
 
-def run(*command, **environment):
-    completed = subprocess.run(
-        [str(argument) for argument in command],
-        env={**os.environ, **environment},
-        stdin=subprocess.DEVNULL,
-        stdout=subprocess.PIPE,
-        stderr=subprocess.STDOUT,
-        text=True,
-    )
-    assert completed.returncode == 0, f"{command}\n{completed.stdout[-4000:]}"
-    return completed.stdout
-
-
 def symbols(*options_and_files):
     """Names, without the version that a library gives them."""
     lines = run(NM, "-A", *options_and_files).splitlines()
     return {line.split()[-1].split("@")[0] for line in lines if " " in line and "no symbols" not in line}
-
-
-@pytest.fixture(scope="module")
-def sdk():
-    run(SOURCE / "Scripts/tv-stand-in-sdk", SDK, *([SYSROOT] if SYSROOT else []))
-    return SDK / "opt/tv"
-
-
-@pytest.fixture(scope="module")
-def tv(sdk):
-    """The product, built for the TV as its packager would."""
-    modules = sdk / "lib/pkgconfig"
-    environment = {"PKG_CONFIG_PATH": str(modules)}
-    if SYSROOT:
-        environment["VQM_SYSROOT"] = str(SDK)
-    run(
-        "cmake", "-S", SOURCE, "-B", TV, "-G", "Ninja", "-DVQM_PLATFORM=tv",
-        "-DCMAKE_BUILD_TYPE=RelWithDebInfo", f"-DVQM_APP_ID={APP_ID}",
-        *([f"-DCMAKE_TOOLCHAIN_FILE={TOOLCHAIN}"] if TOOLCHAIN else []),
-        **environment,
-    )  # fmt: skip
-    run("cmake", "--build", TV, **environment)
-    return TV
 
 
 def test_the_headers_are_those_of_the_sdk(tv, sdk):
@@ -92,13 +49,15 @@ def test_the_headers_are_those_of_the_sdk(tv, sdk):
 
 
 def product_objects(tv):
-    return [path for path in tv.rglob("*.o") if "CMakeFiles" in path.parts and "VQMCompanion.dir" not in path.parts]
+    others = ("Companion", "Diagnostics", "Platform", "Tools")
+    return [path for path in tv.rglob("*.o")
+            if "CMakeFiles" in path.parts and path.relative_to(tv).parts[0] not in others]
 
 
 def test_the_product_asks_for_nothing_else(tv):
     objects = product_objects(tv)
-    assert len(objects) == len(list(SOURCE.glob("VQMKeygrab/*.cpp"))) + sum(
-        len(list(SOURCE.glob(f"{folder}/*.cpp"))) for folder in ("Common", "VQMSerialize", "Data", "VQMPipe")
+    assert len(objects) == len(list(ROOT.glob("VQMKeygrab/*.cpp"))) + sum(
+        len(list(ROOT.glob(f"{folder}/*.cpp"))) for folder in ("Common", "VQMSerialize", "Data", "VQMPipe")
     )
     wanted = symbols("--undefined-only", *objects) - symbols("--defined-only", *objects)
     cache = run("ninja", "-C", tv, "-t", "commands", "VQMKeygrab").splitlines()[-1]
@@ -115,17 +74,6 @@ def test_the_product_asks_for_nothing_else(tv):
     assert sorted(wanted - INTERFACES - provided) == []
 
 
-def find_library(name):
-    """A shared library of the target."""
-    places = [Path(SYSROOT or "/") / folder for folder in ("lib", "usr/lib")]
-    multiarch = "arm-linux-gnueabihf" if SYSROOT else run("cc", "-print-multiarch").strip()
-    for place in places:
-        for candidate in (place / multiarch / name, place / name):
-            if candidate.exists():
-                return candidate
-    raise AssertionError(f"{name} is not in {places}")
-
-
 def test_nothing_of_the_desktop_platform_is_used(tv):
     desktop_objects = list((BUILD / "Platform/desktop").rglob("*.o"))
     assert desktop_objects
@@ -136,7 +84,7 @@ def test_nothing_of_the_desktop_platform_is_used(tv):
 
 
 def test_the_manifest_names_what_is_installed(tv, tmp_path):
-    run("cmake", "--install", tv, DESTDIR=str(tmp_path))
+    run("cmake", "--install", tv, "--component", "application", DESTDIR=str(tmp_path))
     space = "{http://tizen.org/ns/packages}"
     manifest = ElementTree.parse(tmp_path / f"usr/share/packages/{APP_ID}.xml").getroot()
     applications = {entry.get("appid"): entry for entry in manifest.iter(f"{space}ui-application")}

@@ -12,5 +12,5 @@ void AddExplainCommand(CommandLine& line);
 void AddKeysCommands(CommandLine& line, WatchKeysAction watch);
 void AddRemoteCommands(CommandLine& line, RemoteActions actions);
 void AddScheduleCommands(CommandLine& line);
-void AddSettingCommands(CommandLine& line);
+void AddSettingCommands(CommandLine& line, WatchSettingAction watch);
 void AddStatusCommand(CommandLine& line, StatusAction show);

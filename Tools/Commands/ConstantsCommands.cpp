@@ -17,7 +17,7 @@
 #include "Diagnostics/Text/Json.h"
 #include "Diagnostics/Text/Suggestions.h"
 #include "Diagnostics/Text/TerminalText.h"
-#include "Platform/desktop/base/FileDescriptor.h"
+#include "Platform/common/FileDescriptor.h"
 #include "Tools/CommandError.h"
 #include "Tools/CommandLine.h"
 #include "Tools/Commands/Commands.h"
@@ -117,7 +117,7 @@ void WriteNew(const std::string& path, const std::string& text)
         throw CommandError(ExitCode::kCouldNotRun, "cannot write '" + path + "': " + why +
                                                        (error == ENOENT ? readiness::WhyMissing(path) : ""));
     };
-    const desktop::FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
+    const platform::FileDescriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
     if (!file.IsOpen()) {
         refuse();
     }

@@ -16,6 +16,9 @@ struct RemoteActions {
     std::function<ExitCode(const PressOptions& options)> press;
 };
 
+/// On a desktop, `vqmctl` does this itself.
+using WatchSettingAction = std::function<ExitCode()>;
+
 using WatchKeysAction = std::function<ExitCode(const WatchKeysOptions& options)>;
 
 struct StatusOptions {

@@ -2,7 +2,7 @@
 
 #include "Tools/CommandLine.h"
 #include "Tools/Commands/Commands.h"
-#include "Tools/Desktop/ShowStatus.h"
+#include "Tools/Commands/ShowStatus.h"
 #include "Tools/Remote/KeyWatch.h"
 #include "Tools/Remote/RemoteKeys.h"
 #include "Tools/Remote/RemotePress.h"

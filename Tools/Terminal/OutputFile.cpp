@@ -7,8 +7,8 @@
 #include <system_error>
 #include <unistd.h>
 
-#include "Platform/desktop/base/FileDescriptor.h"
-#include "Platform/desktop/base/ReplaceFile.h"
+#include "Platform/common/FileDescriptor.h"
+#include "Platform/common/ReplaceFile.h"
 #include "Tools/CommandError.h"
 
 namespace {
@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 bool Create(const std::string& name)
 {
     constexpr mode_t kForAll = 0666;
-    const desktop::FileDescriptor file(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kForAll));
+    const platform::FileDescriptor file(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kForAll));
     if (!file.IsOpen() && errno != EEXIST) {
         Refuse(name, std::generic_category().message(errno));
     }
@@ -51,7 +51,7 @@ void WriteOutputFile(const std::string& name, std::string_view content)
 {
     const bool isNew = Create(name);
     const fs::path path = RegularFile(name);
-    if (const desktop::Result<void> result = desktop::ReplaceFile(path, content); !result) {
+    if (const platform::Result<void> result = platform::ReplaceFile(path, content); !result) {
         if (isNew) {
             unlink(path.c_str());
         }

@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include "Platform/desktop/base/FileDescriptor.h"
+#include "Platform/common/FileDescriptor.h"
 #include "Tools/Watch/MainLoop.h"
 
 /// Notices changes in directories, and of the directories: each part of their paths is watched too,
@@ -33,7 +33,7 @@ private:
     void Drain();
 
     std::function<void()> onChange_;
-    desktop::FileDescriptor events_;
+    platform::FileDescriptor events_;
     Places places_;
     std::set<std::string> refused_;
 };

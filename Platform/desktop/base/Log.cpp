@@ -17,9 +17,9 @@
 #include <string_view>
 #include <unistd.h>
 
+#include "Platform/common/VisibleText.h"
 #include "Platform/desktop/base/LogOutput.h"
 #include "Platform/desktop/base/PlatformLog.h"
-#include "Platform/desktop/base/VisibleText.h"
 
 namespace desktop {
 
@@ -134,7 +134,7 @@ public:
     int Write()
     {
         DropLineEnd();
-        if (NeedsEscape(std::string_view(Data(), head_ + size_)) || StandardErrorHasColours()) {
+        if (platform::NeedsEscape(std::string_view(Data(), head_ + size_)) || StandardErrorHasColours()) {
             return WriteRemade();
         }
         if (const auto result = WriteEntry(tag_, Message())) {
@@ -200,11 +200,11 @@ private:
     /// Writes the line with escapes or colours.
     int WriteRemade()
     {
-        const std::string message = Escape(Message());
-        if (const auto result = WriteEntry(Escape(tag_), message)) {
+        const std::string message = platform::Escape(Message());
+        if (const auto result = WriteEntry(platform::Escape(tag_), message)) {
             return *result;
         }
-        std::string line = Escape(Head()) + message;
+        std::string line = platform::Escape(Head()) + message;
         if (StandardErrorHasColours()) {
             line.insert(0, Colour(priority_)).append(kColoursOff);
         }

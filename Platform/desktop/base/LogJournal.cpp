@@ -72,7 +72,7 @@ bool IsJournal(int descriptor)
 
 std::optional<LogSink> ConnectToJournal()
 {
-    FileDescriptor sender(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    platform::FileDescriptor sender(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path, kEntrySocket, sizeof kEntrySocket);

@@ -58,17 +58,17 @@ LogSink LogSink::For(int descriptor)
         }
     }
     if (kind == Kind::kPipe || kind == Kind::kTerminal) {
-        FileDescriptor again = OpenWithoutBlocking(descriptor);
+        platform::FileDescriptor again = OpenWithoutBlocking(descriptor);
         if (again.IsOpen()) {
             return {std::move(again), kind, false};
         }
     }
     // Never one of the standard numbers, which a program may close and open again.
     constexpr int kFirstOfOthers = STDERR_FILENO + 1;
-    return {FileDescriptor(fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstOfOthers)), kind, true};
+    return {platform::FileDescriptor(fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstOfOthers)), kind, true};
 }
 
-LogSink LogSink::ForSocket(FileDescriptor socket)
+LogSink LogSink::ForSocket(platform::FileDescriptor socket)
 {
     return {std::move(socket), Kind::kSocket, false};
 }

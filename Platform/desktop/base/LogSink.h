@@ -6,7 +6,7 @@
 #include <sys/types.h>
 #include <utility>
 
-#include "Platform/desktop/base/FileDescriptor.h"
+#include "Platform/common/FileDescriptor.h"
 
 namespace desktop {
 
@@ -23,7 +23,7 @@ public:
     static LogSink For(int descriptor);
 
     /// Takes over a socket.
-    static LogSink ForSocket(FileDescriptor socket);
+    static LogSink ForSocket(platform::FileDescriptor socket);
 
     /// Writes as much as there is room for, without waiting and without a SIGPIPE. Returns the bytes
     /// written, or -1 and sets errno, to EAGAIN when there is no room. As `write` does, and not with a
@@ -36,11 +36,14 @@ public:
 private:
     enum class Kind { kPlain, kSocket, kPipe, kTerminal };
 
-    LogSink(FileDescriptor held, Kind kind, bool mayBlock) : held_(std::move(held)), kind_(kind), mayBlock_(mayBlock) {}
+    LogSink(platform::FileDescriptor held, Kind kind, bool mayBlock)
+        : held_(std::move(held)), kind_(kind), mayBlock_(mayBlock)
+    {
+    }
 
     bool HasRoom(std::chrono::milliseconds timeout) const;
 
-    FileDescriptor held_;
+    platform::FileDescriptor held_;
     Kind kind_;
     bool mayBlock_;
 };

@@ -57,7 +57,7 @@ SettingsPath::SettingsPath(std::string folder, std::size_t own) : folder_(std::m
 
 Result<void> SettingsPath::Watch()
 {
-    events_ = FileDescriptor(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+    events_ = platform::FileDescriptor(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
     if (!events_.IsOpen()) {
         return SystemError(folder_, errno);
     }

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "Platform/desktop/base/FileDescriptor.h"
+#include "Platform/common/FileDescriptor.h"
 #include "Platform/desktop/base/Result.h"
 
 namespace desktop {
@@ -63,7 +63,7 @@ private:
 
     std::string folder_;
     std::size_t own_;
-    FileDescriptor events_;
+    platform::FileDescriptor events_;
     std::vector<Step> steps_;
     int folderWatch_ = -1;
 };

@@ -9,8 +9,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "Platform/desktop/base/FileDescriptor.h"
-#include "Platform/desktop/base/ReplaceFile.h"
+#include "Platform/common/FileDescriptor.h"
+#include "Platform/common/ReplaceFile.h"
 
 namespace desktop {
 
@@ -84,7 +84,7 @@ Error NotOpened(const std::string& path, int error)
 /// Opens a file of any kind without waiting, and reads it if it is a plain one.
 Result<std::string> ReadPlainFile(const std::string& path, struct stat& status)
 {
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY));
+    const platform::FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY));
     if (!file.IsOpen() || fstat(file.Get(), &status) == -1) {
         return NotOpened(path, errno);
     }
@@ -184,7 +184,7 @@ Result<void> WriteSetting(std::string_view key, std::string_view value)
     if (!content.empty() && content.back() == '\n') {
         content += '\n'; // reading takes one off
     }
-    return ReplaceFile(*path, content);
+    return platform::ReplaceFile(*path, content);
 }
 
 std::optional<int> ParseSettingNumber(std::string_view text)

@@ -23,10 +23,10 @@ void OpenStandardDescriptors()
     }
 }
 
-FileDescriptor OpenWithoutBlocking(int descriptor)
+platform::FileDescriptor OpenWithoutBlocking(int descriptor)
 {
     const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
-    return FileDescriptor(open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    return platform::FileDescriptor(open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
 }
 
 void KeepStandardErrorFromBlocking()
@@ -40,7 +40,7 @@ void KeepStandardErrorFromBlocking()
         constexpr timeval kLimit{0, 100'000};
         setsockopt(STDERR_FILENO, SOL_SOCKET, SO_SNDTIMEO, &kLimit, sizeof kLimit);
     } else if (S_ISFIFO(status.st_mode) || isatty(STDERR_FILENO) == 1) {
-        const FileDescriptor again = OpenWithoutBlocking(STDERR_FILENO);
+        const platform::FileDescriptor again = OpenWithoutBlocking(STDERR_FILENO);
         if (again.IsOpen()) {
             dup2(again.Get(), STDERR_FILENO);
         }

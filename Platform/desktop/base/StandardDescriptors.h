@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/desktop/base/FileDescriptor.h"
+#include "Platform/common/FileDescriptor.h"
 
 namespace desktop {
 
@@ -13,7 +13,7 @@ void OpenStandardDescriptors();
 
 /// Opens the pipe or terminal behind the descriptor once more, for writing without blocking. The flags of
 /// the original, which other processes share, stay as they are. Not open where that is not allowed.
-FileDescriptor OpenWithoutBlocking(int descriptor);
+platform::FileDescriptor OpenWithoutBlocking(int descriptor);
 
 /// Keeps a stopped reader of stderr from blocking this process, for programs whose libraries write there
 /// themselves. What they write in the meantime is lost.

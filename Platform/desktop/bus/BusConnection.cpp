@@ -68,7 +68,7 @@ bool BusConnection::Prepare()
     }
     // A duplicate, because libdbus closes its descriptor when the bus goes away, and the main loop must
     // never watch a number that is closed or belongs to another file.
-    socket_ = FileDescriptor(fcntl(socket, F_DUPFD_CLOEXEC, 0));
+    socket_ = platform::FileDescriptor(fcntl(socket, F_DUPFD_CLOEXEC, 0));
     return socket_.IsOpen() &&
            dbus_connection_set_watch_functions(connection, OnWatchAdded, OnWatchRemoved, OnWatchToggled, this,
                                                nullptr) != FALSE &&

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "Platform/desktop/base/FileDescriptor.h"
+#include "Platform/common/FileDescriptor.h"
 #include "Platform/desktop/bus/BusMessage.h"
 
 namespace desktop {
@@ -98,7 +98,7 @@ private:
     bool ServeUntil(const std::function<bool()>& condition);
 
     std::vector<DBusWatch*> watches_; ///< declared before the connection, whose end removes them
-    FileDescriptor socket_;
+    platform::FileDescriptor socket_;
     std::unique_ptr<DBusConnection, CloseConnection> connection_;
     PendingCall asked_;
     Answered answered_;

@@ -11,7 +11,7 @@
 #include <sys/un.h>
 #include <vector>
 
-#include "Platform/desktop/base/FileDescriptor.h"
+#include "Platform/common/FileDescriptor.h"
 #include "Platform/desktop/bus/BusAddress.h"
 
 namespace desktop {
@@ -65,11 +65,11 @@ SocketAddress ParsePlace(const std::string& place)
 }
 
 /// Closed: the place does not take the connection.
-FileDescriptor Connect(const SocketAddress& place)
+platform::FileDescriptor Connect(const SocketAddress& place)
 {
-    FileDescriptor bus(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    platform::FileDescriptor bus(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!bus.IsOpen() || connect(bus.Get(), reinterpret_cast<const sockaddr*>(&place.address), place.size) == -1) {
-        return FileDescriptor();
+        return platform::FileDescriptor();
     }
     return bus;
 }
@@ -79,7 +79,7 @@ struct Greeted {
     enum class State { kWaiting, kAnswers, kFailed };
 
     std::string place;
-    FileDescriptor socket;
+    platform::FileDescriptor socket;
     State state = State::kFailed;
 };
 

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <unistd.h>
 
-#include "Platform/desktop/base/FileDescriptor.h"
-#include "Platform/desktop/base/ReplaceFile.h"
+#include "Platform/common/FileDescriptor.h"
+#include "Platform/common/ReplaceFile.h"
 
 namespace desktop {
 
@@ -53,7 +53,7 @@ std::string PopupRecordFile(const std::string& applicationId)
 std::optional<PopupRecord> ReadPopupRecord(const std::string& path)
 {
     // Without waiting and without following links: other programs can put anything in the file's place.
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
+    const platform::FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
     std::array<char, kLongestRecord> buffer;
     const ssize_t size = file.IsOpen() ? read(file.Get(), buffer.data(), buffer.size()) : -1;
     if (size <= 0) {
@@ -80,7 +80,7 @@ Result<void> WritePopupRecord(const std::string& path, const PopupRecord& record
     text.append("\ndaemon=").append(record.daemon);
     text.append("\nhow=").append(record.inhibited ? kInhibited : kPaused);
     text.append("\nbefore=").append(record.pausedBefore ? kPaused : kRunning).append("\n");
-    return ReplaceFile(path, text);
+    return platform::ReplaceFile(path, text);
 }
 
 void RemovePopupRecord(const std::string& path)

@@ -9,7 +9,7 @@
 
 #include <X11/Xlib.h>
 
-#include "Platform/desktop/base/FileDescriptor.h"
+#include "Platform/common/FileDescriptor.h"
 
 namespace desktop {
 
@@ -32,7 +32,7 @@ bool AddToolKeySymbols()
 {
     // Xlib reads the database once, at the first name that it does not know. A file in memory needs no
     // place on disk and disappears by itself, and the variable is restored below.
-    const FileDescriptor file(memfd_create("keysyms", MFD_CLOEXEC));
+    const platform::FileDescriptor file(memfd_create("keysyms", MFD_CLOEXEC));
     const auto size = static_cast<ssize_t>(kDatabase.size());
     if (!file.IsOpen() || write(file.Get(), kDatabase.data(), kDatabase.size()) != size) {
         return false;

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include "Diagnostics/Status/PopupNote.h"
 #include "Diagnostics/Status/Render.h"
 #include "Diagnostics/Text/Json.h"
 

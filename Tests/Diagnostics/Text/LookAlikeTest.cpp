@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include "Diagnostics/Text/Characters.h"
 #include "Diagnostics/Text/LookAlike.h"
 #include "Diagnostics/Text/Normalization.h"
+#include "Platform/common/Utf8.h"
 
 namespace {
 
@@ -81,18 +81,34 @@ TEST(Normalization, NamesThatMixBothFormsAreFound)
     }
 }
 
+TEST(Characters, AreCountedAndKnownToBeCutOff)
+{
+    EXPECT_EQ(platform::CountCodePoints(""), 0U);
+    EXPECT_EQ(platform::CountCodePoints("a\u00fc\u4e2d\U0001f600"), 4U);
+    for (const char* whole : {"\u00fc", "\u4e2d", "\U0001f600"}) {
+        const std::string text = whole;
+        for (std::size_t size = 1; size < text.size(); ++size) {
+            EXPECT_TRUE(platform::FirstCodePoint(text.substr(0, size)).cutOff) << size;
+            EXPECT_EQ(platform::FirstCodePoint(text.substr(0, size)).size, 0U) << size;
+        }
+        EXPECT_FALSE(platform::FirstCodePoint(text).cutOff);
+    }
+    EXPECT_FALSE(platform::FirstCodePoint("").cutOff);
+    EXPECT_FALSE(platform::FirstCodePoint("\xff").cutOff);
+}
+
 TEST(Characters, OfUtf8AreReadAndWritten)
 {
     for (const char32_t code : {0x41U, 0x7FU, 0x80U, 0x7FFU, 0x800U, 0xD7FFU, 0xE000U, 0xFFFFU, 0x10000U, 0x10FFFFU}) {
         std::string text;
-        AppendCharacter(text, code);
-        const Character read = FirstCharacterOf(text + "x");
-        EXPECT_EQ(read.code, code);
+        platform::AppendCodePoint(text, code);
+        const platform::CodePoint read = platform::FirstCodePoint(text + "x");
+        EXPECT_EQ(read.value, code);
         EXPECT_EQ(read.size, text.size());
     }
     for (const char* const text : {"", "\x80", "\xC3", "\xC3(", "\xC0\xAF", "\xE0\x80\x80", "\xED\xA0\x80",
                                    "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF"}) {
-        EXPECT_EQ(FirstCharacterOf(text).size, 0U);
+        EXPECT_EQ(platform::FirstCodePoint(text).size, 0U);
     }
 }
 

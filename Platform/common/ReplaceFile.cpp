@@ -1,10 +1,10 @@
-#include "Platform/desktop/base/ReplaceFile.h"
+#include "Platform/common/ReplaceFile.h"
 
 #include <sys/stat.h>
 
-#include "Platform/desktop/base/TemporaryFile.h"
+#include "Platform/common/TemporaryFile.h"
 
-namespace desktop {
+namespace platform {
 
 namespace {
 
@@ -29,4 +29,4 @@ Result<void> ReplaceFile(const std::string& path, std::string_view content)
     return file->Rename();
 }
 
-} // namespace desktop
+} // namespace platform

@@ -3,9 +3,9 @@
 #include <string>
 #include <string_view>
 
-#include "Platform/desktop/base/Result.h"
+#include "Platform/common/Result.h"
 
-namespace desktop {
+namespace platform {
 
 /// Replaces the file at `path` by one with this content, completely or not at all, and syncs it to disk.
 /// A writer that is killed leaves at most a temporary file beside it, ".tvsettings-new-" and some
@@ -13,4 +13,4 @@ namespace desktop {
 /// one that replaces another takes over its mode, and its owner and group where that is allowed.
 Result<void> ReplaceFile(const std::string& path, std::string_view content);
 
-} // namespace desktop
+} // namespace platform

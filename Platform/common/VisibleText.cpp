@@ -1,16 +1,18 @@
-#include "Platform/desktop/base/VisibleText.h"
+#include "Platform/common/VisibleText.h"
 
 #include <algorithm>
-#include <glib.h>
 #include <iterator>
 
-namespace desktop {
+#include "Platform/common/CharacterClass.h"
+#include "Platform/common/Utf8.h"
+
+namespace platform {
 
 namespace {
 
 struct Range {
-    gunichar first;
-    gunichar last;
+    char32_t first;
+    char32_t last;
 };
 
 /// Characters that are invisible although their category is that of letters and marks, and the two that
@@ -20,10 +22,10 @@ constexpr Range kInvisible[] = {
     {0x3164, 0x3164}, {0xfe00, 0xfe0f}, {0xffa0, 0xffa0}, {0xe0100, 0xe01ef},
 };
 
-bool IsVisible(gunichar character)
+bool IsVisible(char32_t character)
 {
     // Control and format characters, surrogates and unassigned numbers do not print.
-    return g_unichar_isprint(character) != FALSE &&
+    return IsPrintable(character) &&
            std::none_of(std::begin(kInvisible), std::end(kInvisible),
                         [=](const Range& range) { return character >= range.first && character <= range.last; });
 }
@@ -77,11 +79,9 @@ FirstCharacter::FirstCharacter(std::string_view text) : size(1), visible(false)
         visible = first >= 0x20 && first != 0x7f;
         return;
     }
-    const gunichar character = g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));
-    // The type's last two values mean "broken" and "cut short".
-    if (character < static_cast<gunichar>(-2)) {
-        size = static_cast<std::size_t>(g_unichar_to_utf8(character, nullptr));
-        visible = IsVisible(character);
+    if (const CodePoint character = FirstCodePoint(text); character.size != 0) {
+        size = character.size;
+        visible = IsVisible(character.value);
     }
 }
 
@@ -118,4 +118,4 @@ std::string Escape(std::string_view text)
     }
 }
 
-} // namespace desktop
+} // namespace platform

@@ -1,4 +1,4 @@
-#include "Tools/Desktop/ShowStatus.h"
+#include "Tools/Commands/ShowStatus.h"
 
 #include <string>
 #include <unistd.h>

@@ -3,7 +3,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace desktop {
+namespace platform {
 
 /// An open file, closed when its owner goes. -1: none.
 class FileDescriptor {
@@ -31,4 +31,4 @@ private:
     int fd_;
 };
 
-} // namespace desktop
+} // namespace platform

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace desktop {
+namespace platform {
 
 /// How text begins: the bytes of its first character (one byte where that is not UTF-8) and whether it
 /// may be shown unchanged. Control characters may not, nor may characters that leave no mark: format
@@ -27,4 +27,4 @@ bool NeedsEscape(std::string_view text);
 /// \x1b and the like, byte by byte.
 std::string Escape(std::string_view text);
 
-} // namespace desktop
+} // namespace platform

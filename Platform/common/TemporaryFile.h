@@ -4,10 +4,10 @@
 #include <string_view>
 #include <sys/stat.h>
 
-#include "Platform/desktop/base/FileDescriptor.h"
-#include "Platform/desktop/base/Result.h"
+#include "Platform/common/FileDescriptor.h"
+#include "Platform/common/Result.h"
 
-namespace desktop {
+namespace platform {
 
 /// A new file beside the one that it is to replace. Until it is renamed, the other file stays as it is,
 /// and the new one is removed with the object.
@@ -54,4 +54,4 @@ private:
     std::string path_;
 };
 
-} // namespace desktop
+} // namespace platform

@@ -1,4 +1,4 @@
-#include "Platform/desktop/base/TemporaryFile.h"
+#include "Platform/common/TemporaryFile.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -12,7 +12,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace desktop {
+namespace platform {
 
 namespace {
 
@@ -166,4 +166,4 @@ int TemporaryFile::Create(const std::string& prefix)
     return 0;
 }
 
-} // namespace desktop
+} // namespace platform
