@@ -19,6 +19,7 @@ import re
 import statistics
 import subprocess
 import sys
+import time
 from pathlib import Path
 
 UNIT = 102400
@@ -59,6 +60,13 @@ class Works:
             for name in names:
                 results[name].append(self.run(name, size, repetitions)[clock])
         return {name: statistics.median(values) for name, values in results.items()}
+
+    def tool(self, *arguments):
+        """Nanoseconds that vqmctl takes, from its start to its end."""
+        before = time.monotonic_ns()
+        subprocess.run([self.program.replace("LibraryWork", "vqmctl"), *arguments], env=self.environment,
+                       stdout=subprocess.DEVNULL, check=True)
+        return time.monotonic_ns() - before
 
     def peak(self, name, size):
         say(f"{name}: {size:,}, memory")
@@ -207,6 +215,19 @@ class Benchmark:
             self.compare(f"check {files:,} files, with reading the schedule", "check/all", ["check/find"], files,
                          20 if files <= 1000 else 1)
 
+    def check_tool(self):
+        """The tool explains each file and lints the schedule too."""
+        items = self.scaled(500000)
+        say(f"vqmctl check, check/repeated: {items:,}")
+        own, tool = [], []
+        for _ in range(self.works.rounds):
+            own.append(self.works.run("check/repeated", items, 1)["ns"])
+            tool.append(self.works.tool("check"))
+        what = f"vqmctl check of {items:,} items, {items // 5:,} files"
+        self.figures += [[what, "vqmctl", human(statistics.median(tool))],
+                         [what, "the library's check", human(statistics.median(own))]]
+        self.table.add(what + ", time", "the library's check", statistics.median(tool) / statistics.median(own), most=1.5)
+
     def numbers(self):
         for kind, what in (("int", "int"), ("size", "uVQMINT64"), ("double", "double")):
             self.compare(f"text to {what}", f"{kind}/product", [f"{kind}/from_chars"], NUMBERS, 50,
@@ -244,7 +265,7 @@ class Benchmark:
             self.per_unit.append([what, f"{self.scaled(sizes[0]):,} and on", *costs])
 
     def run(self):
-        for stage in (self.parse, self.lint, self.read, self.check, self.numbers, self.log, self.growth):
+        for stage in (self.parse, self.lint, self.read, self.check, self.check_tool, self.numbers, self.log, self.growth):
             stage()
 
     def print(self):

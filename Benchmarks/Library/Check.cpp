@@ -36,10 +36,10 @@ void Require(bool fulfilled, const char* what)
 }
 
 /// Makes schedule and media unless an earlier run has left the same.
-void Prepare(std::size_t files)
+void Prepare(std::size_t items, std::size_t files)
 {
     Require(std::filesystem::is_directory(kMedia), "run this in Scripts/sandbox --empty");
-    const std::string document = ScheduleDocument(files, kFileSize, Layout::LineForItem);
+    const std::string document = ScheduleDocument(items, kFileSize, Layout::LineForItem, kItemsOfAPeriod, files);
     if (std::filesystem::exists(MediaFile(files - 1)) && !std::filesystem::exists(MediaFile(files)) &&
         std::filesystem::exists(kSchedule) && std::filesystem::file_size(kSchedule) == document.size()) {
         return;
@@ -54,9 +54,9 @@ void Prepare(std::size_t files)
 }
 
 /// The monitor with all that it looks for in place.
-CVQMSyncDemoMonitor& PreparedMonitor(std::size_t files)
+CVQMSyncDemoMonitor& PreparedMonitor(std::size_t items, std::size_t files)
 {
-    Prepare(files);
+    Prepare(items, files);
     std::ofstream(kConstants) << "<Constants><Data key='ScheduleFile' value='schedule.xml'/></Constants>";
     Require(CVQMDataConstants::Initialize(kConstants), "the constants were not read");
     return *CVQMSyncDemoMonitor::GetInstance();
@@ -78,20 +78,27 @@ void Check(CVQMSyncDemoMonitor& monitor)
 
 Work CheckFiles(std::size_t size)
 {
-    CVQMSyncDemoMonitor& monitor = PreparedMonitor(size);
+    CVQMSyncDemoMonitor& monitor = PreparedMonitor(size, size);
     return {[&monitor] { Check(monitor); }, 1, [&monitor] { Parse(monitor); }};
 }
 
 Work CheckAll(std::size_t size)
 {
-    CVQMSyncDemoMonitor& monitor = PreparedMonitor(size);
+    CVQMSyncDemoMonitor& monitor = PreparedMonitor(size, size);
+    return {[&monitor] { Check(monitor); }};
+}
+
+Work CheckRepeated(std::size_t size)
+{
+    constexpr std::size_t kItemsOfAFile = 5;
+    CVQMSyncDemoMonitor& monitor = PreparedMonitor(size, std::max<std::size_t>(size / kItemsOfAFile, 1));
     return {[&monitor] { Check(monitor); }};
 }
 
 Work CheckWithStat(std::size_t size)
 {
     // After reading the schedule as well, for that leaves the processor's caches to neither.
-    CVQMSyncDemoMonitor& monitor = PreparedMonitor(size);
+    CVQMSyncDemoMonitor& monitor = PreparedMonitor(size, size);
     std::vector<std::string> paths;
     for (std::size_t item = 0; item < size; ++item) {
         paths.push_back(MediaFile(item));
@@ -108,7 +115,7 @@ Work CheckWithStat(std::size_t size)
 
 Work CheckWithFind(std::size_t size)
 {
-    Prepare(size);
+    Prepare(size, size);
     const std::string command = std::string("exec find ") + kMedia + " -size " + std::to_string(kFileSize) + "c";
     return {[=] {
         FILE* const find = popen(command.c_str(), "re");

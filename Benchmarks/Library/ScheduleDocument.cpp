@@ -23,7 +23,8 @@ std::string ItemName(std::size_t item)
     return text;
 }
 
-std::string ScheduleDocument(std::size_t items, std::size_t itemSize, Layout layout, std::size_t itemsOfAPeriod)
+std::string ScheduleDocument(std::size_t items, std::size_t itemSize, Layout layout, std::size_t itemsOfAPeriod,
+                             std::size_t files)
 {
     const char* const childLine = layout == Layout::LineForElement ? "\n      " : "";
     const char* const endLine = layout == Layout::LineForElement ? "\n    " : "";
@@ -41,7 +42,7 @@ std::string ScheduleDocument(std::size_t items, std::size_t itemSize, Layout lay
         }
         text += "    <item id=\"A" + std::to_string(item) + "\" order=\"" + std::to_string(item) + "\">";
         text += childLine;
-        text += "<name>" + ItemName(item) + "</name>";
+        text += "<name>" + ItemName(files == 0 ? item : item % files) + "</name>";
         text += childLine;
         text += "<size>" + size + "</size>";
         text += childLine;

@@ -12,6 +12,7 @@ enum class Layout { LineForItem, LineForElement };
 /// As many as a shop may show in a period.
 constexpr std::size_t kItemsOfAPeriod = 1000;
 
-/// A schedule document: about 200 bytes for each item, every item announced with `itemSize` bytes.
+/// A schedule document: about 200 bytes for each item, every item announced with `itemSize` bytes. The items name
+/// `files` files in turn; 0: each its own.
 std::string ScheduleDocument(std::size_t items, std::size_t itemSize, Layout layout,
-                             std::size_t itemsOfAPeriod = kItemsOfAPeriod);
+                             std::size_t itemsOfAPeriod = kItemsOfAPeriod, std::size_t files = 0);

@@ -54,6 +54,8 @@ Work ReadAtOnce(std::size_t size);
 Work CheckFiles(std::size_t size);
 /// With reading the schedule.
 Work CheckAll(std::size_t size);
+/// The same of `size` items that name a fifth as many files.
+Work CheckRepeated(std::size_t size);
 Work CheckWithStat(std::size_t size);
 Work CheckWithFind(std::size_t size);
 

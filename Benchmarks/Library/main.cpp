@@ -60,6 +60,7 @@ constexpr NamedWork kWorks[] = {
     {"read/at-once", ReadAtOnce},
     {"check/product", CheckFiles},
     {"check/all", CheckAll},
+    {"check/repeated", CheckRepeated},
     {"check/stat", CheckWithStat},
     {"check/find", CheckWithFind},
     {"int/product", ScanInts},
