@@ -144,7 +144,7 @@ Contents ExamineContents(const _VQMPolicy& policy, const FileTree& tree, const s
             file.name = content.strName;
             file.path = directory + content.strName;
             file.announced = content.nSize;
-            const auto [same, isNew] = seen.emplace(content.strName, contents.files.size());
+            const auto [same, isNew] = seen.try_emplace(content.strName, contents.files.size());
             if (isNew) {
                 const std::string place = tree.Locate(file.path);
                 file.size = pipe.GetFileSize(place.c_str());
