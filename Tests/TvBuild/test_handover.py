@@ -43,10 +43,11 @@ class Handover:
     def follow(self, commands):
         """Runs commands behind the first step, which sets variables."""
         script = f"set -euo pipefail\n{self.done}\n{commands}"
-        # One version's compilations serve the next one's.
+        # The package's compilations serve the plain build and the next version's. rpmbuild changes LANG.
         environment = {
             **os.environ, "SDK": str(self.sdk / "opt/tv"), "ROOT": str(self.root),
-            "CCACHE_BASEDIR": str(self.source), "CCACHE_NOHASHDIR": "1", "CXX": str(self.compiler),
+            "CCACHE_BASEDIR": str(self.source), "CCACHE_NOHASHDIR": "1", "CCACHE_SLOPPINESS": "locale",
+            "CXX": str(self.compiler),
         }  # fmt: skip
         return run("bash", "-c", script, cwd=self.source, env=environment)
 
