@@ -105,7 +105,7 @@ std::string DeliveryText(const Delivery& delivery)
     if (!delivery.holder) {
         return "";
     }
-    const std::string holds = ", which " + NameOf(*delivery.holder) + " holds";
+    std::string holds = ", which " + NameOf(*delivery.holder) + " holds";
     if (delivery.read) {
         return holds;
     }
