@@ -105,6 +105,7 @@ int Run(const RemoteOptions& options)
 {
     try {
         RemoteWindow window(options);
+        XSetIOErrorHandler(OnServerGone); // the toolkit has set its own with the first window
         desktop::EndMainLoopOnSignal(elm_exit);
         elm_run();
         desktop::LimitTeardown();
@@ -139,7 +140,6 @@ int main(int argc, char** argv)
         Complain("cannot start the toolkit");
         return kCouldNotRun;
     }
-    XSetIOErrorHandler(OnServerGone);
     result = Run(*options);
     elm_shutdown();
     return result;
