@@ -1,6 +1,7 @@
 #include "RemoteControl/RemoteWindow.h"
 
 #include <cmath>
+#include <cstdlib>
 #include <utility>
 #include <vector>
 
@@ -18,6 +19,8 @@ constexpr char kTitle[] = "Remote control";
 constexpr char kSetting[] = "Sync demo";
 constexpr int kActionRow = kBelowKeys + 22;
 constexpr int kActionHeight = 62;
+constexpr int kFooterHeight = 66;
+constexpr int kFooterSize = 11;
 constexpr Colour kBody{30, 33, 38};
 constexpr Colour kText{240, 242, 245};
 constexpr Colour kDim{171, 178, 191};
@@ -95,7 +98,7 @@ void RemoteWindow::Build()
     elm_win_title_set(window_, kTitle);
     evas_object_smart_callback_add(window_, "delete,request", OnCloseRequested, nullptr);
     Evas* canvas = evas_object_evas_get(window_);
-    const int height = Pixels(kActionRow + (options_.start.empty() ? 1 : 2) * kActionHeight + 34);
+    const int height = Pixels(kActionRow + (options_.start.empty() ? 1 : 2) * kActionHeight + kFooterHeight);
 
     Evas_Object* body = evas_object_rectangle_add(canvas);
     evas_object_color_set(body, kBody.red, kBody.green, kBody.blue, 255);
@@ -111,8 +114,7 @@ void RemoteWindow::Build()
     evas_object_move(headline_, Pixels(kMargin), Pixels(15));
     Evas_Object* tools = AddText(canvas, "Tool keys", false, 10, kDim);
     evas_object_move(tools, Pixels(kMargin + 2), Pixels(kToolRow - 18));
-    footer_ = AddText(canvas, "", false, 10, kText);
-    evas_object_move(footer_, Pixels(kMargin), height - Pixels(24));
+    AddFooter(canvas, height);
 
     evas_object_size_hint_min_set(window_, Pixels(kWindowWidth), height);
     evas_object_size_hint_max_set(window_, Pixels(kWindowWidth), height);
@@ -124,6 +126,21 @@ void RemoteWindow::Build()
     // not wait for one.
     auto* display = static_cast<Display*>(ecore_x_display_get());
     elm_win_override_set(window_, desktop::IsWindowManaged(display) ? EINA_FALSE : EINA_TRUE);
+}
+
+/// Two lines for what happened last.
+void RemoteWindow::AddFooter(Evas* canvas, int windowHeight)
+{
+    const std::string style = "DEFAULT='font=Sans font_size=" + std::to_string(Pixels(kFooterSize)) +
+                              " color=#f0f2f5 wrap=mixed ellipsis=1.0'";
+    Evas_Textblock_Style* look = evas_textblock_style_new();
+    evas_textblock_style_set(look, style.c_str());
+    footer_ = evas_object_textblock_add(canvas);
+    evas_object_textblock_style_set(footer_, look);
+    evas_textblock_style_free(look); // the text keeps it as long as it needs it
+    evas_object_move(footer_, Pixels(kMargin), windowHeight - Pixels(kFooterHeight - 12));
+    evas_object_resize(footer_, Pixels(kWindowWidth - 2 * kMargin), Pixels(kFooterHeight - 24));
+    evas_object_show(footer_);
 }
 
 void RemoteWindow::AddKeys()
@@ -196,7 +213,9 @@ void RemoteWindow::ShowSetting()
 
 void RemoteWindow::Say(const std::string& sentence)
 {
-    evas_object_text_text_set(footer_, sentence.c_str());
+    char* markup = evas_textblock_text_utf8_to_markup(footer_, sentence.c_str());
+    evas_object_textblock_text_markup_set(footer_, markup);
+    std::free(markup);
 }
 
 void RemoteWindow::OnSettingChanged(keynode_t* /*node*/, void* data)

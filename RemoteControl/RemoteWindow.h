@@ -35,6 +35,7 @@ public:
 
 private:
     void Build();
+    void AddFooter(Evas* canvas, int windowHeight);
     void AddKeys();
     void AddActions();
     void AddAction(const Place& place, const char* caption, const char* hint, const char* hostKey,
