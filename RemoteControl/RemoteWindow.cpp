@@ -71,13 +71,14 @@ void OnCloseRequested(void* /*data*/, Evas_Object* /*object*/, void* /*event*/)
 RemoteWindow::RemoteWindow(const RemoteOptions& options) : options_(options)
 {
     Build();
+    // After the toolkit has opened its display: both set Xlib's error handler.
+    tv_ = std::make_unique<TvKeys>(options_.display, Symbols(), [this](const TvState& state) { ShowState(state); });
     AddKeys();
     AddActions();
     // Registered before the first read, so that no change falls between the two.
     CVQMSyncDemoMonitor::SetVconfCallBack(reinterpret_cast<void*>(&RemoteWindow::OnSettingChanged), this);
     ShowSetting();
     keyHandler_ = ecore_event_handler_add(ECORE_EVENT_KEY_DOWN, OnKeyDown, this);
-    tv_ = std::make_unique<TvKeys>(options_.display, Symbols(), [this](const TvState& state) { ShowState(state); });
     evas_object_show(window_);
 }
 
