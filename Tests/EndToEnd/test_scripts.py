@@ -119,6 +119,7 @@ def test_live_promises_no_keys_in_a_wayland_session(desktop, keyboard, build, se
     output = shown(live)
     assert "This is a Wayland session" in output
     assert "are taken" not in output
+    assert output.index("What works:") < output.index("What does not:") < output.index("./run --window")
     assert live.stop() == 0
 
 
@@ -179,17 +180,20 @@ def test_demo_leaves_nothing_behind_when_it_is_ended(desktop, build, number):
 @pytest.mark.parametrize("arguments, text", [
     (["--foo"], "run: unknown argument: --foo"),
     (["--all-keys"], "run: --all-keys goes with --live"),
+    (["--window", "--all-keys"], "run: --all-keys goes with --live"),
+    (["--window", "--live"], "run: --live and --window exclude each other"),
 ])
 def test_misuse_of_run(arguments, text):
     result = subprocess.run([ROOT / "run", *arguments], capture_output=True, text=True, timeout=PATIENCE)
     assert (result.returncode, result.stdout, result.stderr.splitlines()[-1]) == (2, "", text)
 
 
-def test_live_without_a_display_is_refused_before_anything_is_built():
+@pytest.mark.parametrize("option", ["--live", "--window"])
+def test_without_a_display_it_is_refused_before_anything_is_built(option):
     environment = {name: value for name, value in os.environ.items() if name != "DISPLAY"}
-    result = subprocess.run([ROOT / "run", "--live"], env=environment, capture_output=True, text=True, timeout=PATIENCE)
+    result = subprocess.run([ROOT / "run", option], env=environment, capture_output=True, text=True, timeout=PATIENCE)
     assert (result.returncode, result.stdout) == (1, "")
-    assert result.stderr == "run: --live needs your X display, and DISPLAY is not set; plain ./run brings its own\n"
+    assert result.stderr == f"run: {option} needs your X display, and DISPLAY is not set; plain ./run brings its own\n"
 
 
 def test_run_builds_every_program_that_the_documentation_calls():

@@ -19,6 +19,7 @@
 #include "Platform/desktop/x11/Instance.h"
 #include "Platform/desktop/x11/KeySymbols.h"
 #include "Platform/desktop/x11/KeyTable.h"
+#include "RemoteControl/Keys/KeyUse.h"
 #include "Tools/CommandError.h"
 #include "Tools/Remote/AnswerLimit.h"
 #include "Tools/Terminal/Terminal.h"
@@ -42,45 +43,39 @@ int OnServerGone(Display* /*display*/)
     _exit(static_cast<int>(ExitCode::kCouldNotRun));
 }
 
-/// What the application does with a key.
-struct Use {
-    const char* state = "";    ///< "held", "handed-back" or "neither"
-    const char* why = nullptr; ///< it is neither; null for no particular reason
-};
-
-bool Contains(const std::vector<std::string>& names, const std::string& name)
+/// "held", "handed-back" or "neither".
+const char* StateOf(KeyUse use)
 {
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
-
-Use UseOf(const std::optional<desktop::InstanceFacts>& instance, const std::string& key)
-{
-    if (!instance) {
-        return {"neither", "not-running"};
-    }
-    if (Contains(instance->heldKeys, key)) {
-        return {"held", nullptr};
-    }
-    if (Contains(instance->failedKeys, key)) {
-        return {"neither", "taken"};
-    }
-    return {Contains(instance->releasedKeys, key) ? "handed-back" : "neither", nullptr};
-}
-
-std::string Describe(const Use& use)
-{
-    const std::string_view state = use.state;
-    if (state == "held") {
+    if (use == KeyUse::kHeld) {
         return "held";
     }
-    if (state == "handed-back") {
+    return use == KeyUse::kHandedBack ? "handed-back" : "neither";
+}
+
+/// Why the state is "neither"; null for no particular reason.
+const char* ReasonOf(KeyUse use)
+{
+    if (use == KeyUse::kNotRunning) {
+        return "not-running";
+    }
+    return use == KeyUse::kTaken ? "taken" : nullptr;
+}
+
+std::string Describe(KeyUse use)
+{
+    switch (use) {
+    case KeyUse::kHeld:
+        return "held";
+    case KeyUse::kHandedBack:
         return "handed back";
+    case KeyUse::kTaken:
+        return "neither: another program has taken it";
+    case KeyUse::kNotRunning:
+        return "neither: the application does not run";
+    case KeyUse::kNeither:
+        break;
     }
-    if (use.why == nullptr) {
-        return "neither";
-    }
-    return std::string_view(use.why) == "taken" ? "neither: another program has taken it"
-                                                : "neither: the application does not run";
+    return "neither";
 }
 
 std::optional<int> KeyIdOf(const std::string& key)
@@ -113,7 +108,7 @@ private:
     void Report(const KeyEvent& event);
     void Ping();
     std::string NameOf(int code) const;
-    std::string Line(const KeyEvent& event, const std::string& key, const Use& use) const;
+    std::string Line(const KeyEvent& event, const std::string& key, KeyUse use) const;
 
     WatchKeysOptions options_;
     DisplayConnection display_;
@@ -226,18 +221,18 @@ std::string Watch::NameOf(int code) const
 void Watch::Report(const KeyEvent& event)
 {
     std::string key;
-    Use use = {};
+    KeyUse use = KeyUse::kNeither;
     {
         const AnswerLimit limit(DisplayNameOfUser(), kAnswerLimit);
         key = NameOf(event.code);
-        use = UseOf(desktop::ReadInstance(display_.get()), key);
+        use = UseOfKey(desktop::ReadInstance(display_.get()), key);
     }
     if (!Print(Line(event, key, use))) {
         loop_.End();
     }
 }
 
-std::string Watch::Line(const KeyEvent& event, const std::string& key, const Use& use) const
+std::string Watch::Line(const KeyEvent& event, const std::string& key, KeyUse use) const
 {
     const std::optional<int> keyId = KeyIdOf(key);
     if (options_.json) {
@@ -245,8 +240,8 @@ std::string Watch::Line(const KeyEvent& event, const std::string& key, const Use
                                {"keysym", TextOrNull(key)},
                                {"key_code", event.code},
                                {"key_id", keyId ? Json(*keyId) : Json()},
-                               {"application", use.state},
-                               {"reason", use.why == nullptr ? Json() : Json(use.why)}});
+                               {"application", StateOf(use)},
+                               {"reason", ReasonOf(use) == nullptr ? Json() : Json(ReasonOf(use))}});
     }
     Table table({});
     const auto padded = [](std::string text, std::size_t width) {

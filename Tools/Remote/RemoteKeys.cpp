@@ -10,9 +10,9 @@
 #include "Diagnostics/Status/DisplayConnection.h"
 #include "Platform/desktop/x11/Instance.h"
 #include "Platform/desktop/x11/KeySymbols.h"
+#include "RemoteControl/Keys/Keyboard.h"
+#include "RemoteControl/Keys/LentKey.h"
 #include "Tools/CommandError.h"
-#include "Tools/Remote/Keyboard.h"
-#include "Tools/Remote/LentKey.h"
 #include "Tools/Terminal/Terminal.h"
 
 namespace {

@@ -12,12 +12,12 @@
 #include "Diagnostics/Text/Words.h"
 #include "Platform/desktop/x11/Instance.h"
 #include "Platform/desktop/x11/KeySymbols.h"
+#include "RemoteControl/Keys/EndingSignals.h"
+#include "RemoteControl/Keys/Keyboard.h"
+#include "RemoteControl/Keys/LentKey.h"
 #include "Tools/CommandError.h"
-#include "Tools/Remote/EndingSignals.h"
 #include "Tools/Remote/EventsRead.h"
-#include "Tools/Remote/Keyboard.h"
 #include "Tools/Remote/KeyNames.h"
-#include "Tools/Remote/LentKey.h"
 #include "Tools/Terminal/Terminal.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "Tools/Remote/LentKey.h"
+#include "RemoteControl/Keys/LentKey.h"
 
 #include <algorithm>
 #include <chrono>
@@ -11,7 +11,7 @@
 
 #include "Platform/desktop/x11/Instance.h"
 #include "Platform/desktop/x11/XConnection.h"
-#include "Tools/Remote/SelectionLock.h"
+#include "RemoteControl/Keys/SelectionLock.h"
 
 namespace {
 

@@ -1,9 +1,8 @@
-#include "Tools/Remote/SelectionLock.h"
+#include "RemoteControl/Keys/SelectionLock.h"
 
+#include <stdexcept>
 #include <string>
 #include <thread>
-
-#include "Tools/CommandError.h"
 
 namespace {
 
@@ -21,8 +20,8 @@ SelectionLock::SelectionLock(Display* display, const char* name, std::chrono::mi
     while (!Try()) {
         if (std::chrono::steady_clock::now() >= deadline || !Pause(signals)) {
             XDestroyWindow(display_, window_);
-            throw CommandError(ExitCode::kCouldNotRun, "another 'vqmctl remote press' keeps the keyboard of display '" +
-                                                           std::string(DisplayString(display_)) + "' to itself");
+            throw std::runtime_error("another 'vqmctl remote press' keeps the keyboard of display '" +
+                                     std::string(DisplayString(display_)) + "' to itself");
         }
     }
 }

@@ -1,4 +1,4 @@
-#include "Tools/Remote/EndingSignals.h"
+#include "RemoteControl/Keys/EndingSignals.h"
 
 #include <algorithm>
 #include <ctime>

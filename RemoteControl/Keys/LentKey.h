@@ -5,7 +5,7 @@
 
 #include <X11/Xlib.h>
 
-#include "Tools/Remote/Keyboard.h"
+#include "RemoteControl/Keys/Keyboard.h"
 
 /// A key to press: one of the keyboard's own or, where that lacks it, one that is lent to it.
 ///
@@ -16,7 +16,7 @@
 class LentKey {
 public:
     /// Finds the key, or lends it to the keyboard. Takes off what ended processes have left there.
-    /// `display` and `keyboard` are borrowed. Throws `CommandError` when the keyboard has no room.
+    /// `display` and `keyboard` are borrowed. Throws `std::runtime_error` when the keyboard has no room.
     LentKey(Display* display, Keyboard& keyboard, KeySym symbol);
 
     LentKey(const LentKey&) = delete;
@@ -30,7 +30,7 @@ public:
     /// Takes the key off the keyboard again unless another process uses it, and waits a moment for
     /// the application to notice. Call it only when no client has events of the key left to read.
     /// A key that is not given back is taken off by the next process that looks for one to press.
-    /// Throws `CommandError` when another process is busy with the keyboard for too long.
+    /// Throws `std::runtime_error` when another process is busy with the keyboard for too long.
     void GiveBack();
 
 private:

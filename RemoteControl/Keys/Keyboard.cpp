@@ -1,13 +1,14 @@
-#include "Tools/Remote/Keyboard.h"
+#include "RemoteControl/Keys/Keyboard.h"
 
 #include <algorithm>
 #include <memory>
+#include <stdexcept>
+#include <string>
 
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
 
-#include "Tools/CommandError.h"
-#include "Tools/Remote/SelectionLock.h"
+#include "RemoteControl/Keys/SelectionLock.h"
 
 namespace {
 
@@ -56,8 +57,8 @@ Keyboard::Keyboard(Display* display) : display_(display)
     int major = 0;
     int minor = 0;
     if (XTestQueryExtension(display_, &event, &error, &major, &minor) == False) {
-        throw CommandError(ExitCode::kCouldNotRun, std::string("display '") + DisplayString(display_) +
-                                                       "' has no XTest extension, which presses keys");
+        throw std::runtime_error(std::string("display '") + DisplayString(display_) +
+                                 "' has no XTest extension, which presses keys");
     }
 }
 
@@ -81,8 +82,8 @@ KeyCode Keyboard::FindSpare() const
             return static_cast<KeyCode>(code);
         }
     }
-    throw CommandError(ExitCode::kCouldNotRun, std::string("the keyboard of display '") + DisplayString(display_) +
-                                                   "' has no spare keycode left");
+    throw std::runtime_error(std::string("the keyboard of display '") + DisplayString(display_) +
+                             "' has no spare keycode left");
 }
 
 void Keyboard::Put(KeyCode code, KeySym symbol)

@@ -4,18 +4,18 @@
 
 #include <X11/Xlib.h>
 
-#include "Tools/Remote/EndingSignals.h"
+#include "RemoteControl/Keys/EndingSignals.h"
 
 /// Presses keys on an X display as a keyboard would, through XTest.
 class Keyboard {
 public:
-    /// `display` is borrowed. Throws `CommandError` when the server has no XTest extension.
+    /// `display` is borrowed. Throws `std::runtime_error` when the server has no XTest extension.
     explicit Keyboard(Display* display);
 
     /// The keycode that gives `symbol` without any modifier; 0 when no key does.
     KeyCode Find(KeySym symbol) const;
 
-    /// A keycode that gives nothing. Throws `CommandError` when there is none.
+    /// A keycode that gives nothing. Throws `std::runtime_error` when there is none.
     KeyCode FindSpare() const;
 
     /// Makes `code` give `symbol`. Every client is told to read the mapping again.
@@ -29,7 +29,7 @@ public:
 
     /// Presses and releases `code` `times` times, each time held down for `hold`, and returns how
     /// often it did. A signal that ends the program makes it stop after a release. Of several
-    /// processes one at a time holds a key down; throws `CommandError` when another does not let go.
+    /// processes one at a time holds a key down; throws `std::runtime_error` when another does not let go.
     int Press(KeyCode code, int times, std::chrono::milliseconds hold, EndingSignals& signals);
 
 private:
