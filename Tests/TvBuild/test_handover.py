@@ -43,10 +43,12 @@ class Handover:
     def follow(self, commands):
         """Runs commands behind the first step, which sets variables."""
         script = f"set -euo pipefail\n{self.done}\n{commands}"
-        # The package's compilations serve the plain build and the next version's. rpmbuild changes LANG.
+        # The package's compilations serve the plain build, the next version's and the next run's. rpmbuild changes
+        # LANG, and each run has a compiler of its own.
         environment = {
             **os.environ, "SDK": str(self.sdk / "opt/tv"), "ROOT": str(self.root),
             "CCACHE_BASEDIR": str(self.source), "CCACHE_NOHASHDIR": "1", "CCACHE_SLOPPINESS": "locale",
+            "CCACHE_COMPILERCHECK": "%compiler% --version",
             "CXX": str(self.compiler),
         }  # fmt: skip
         return run("bash", "-c", script, cwd=self.source, env=environment)
