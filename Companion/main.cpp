@@ -2,14 +2,15 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <stdexcept>
 #include <unistd.h>
 
 #include <Efreet.h>
 #include <Elementary.h>
 
 #include "Common/VQMConfig.h"
+#include "Companion/CompanionWindow.h"
 #include "Companion/RaiseRequests.h"
-#include "Companion/SyncDemoWindow.h"
 #include "Platform/desktop/base/StandardDescriptors.h"
 #include "Platform/desktop/environment/EndSignals.h"
 #include "Platform/desktop/environment/ToolkitHome.h"
@@ -58,9 +59,10 @@ bool BecomeTheCompanion(Display* display, std::unique_ptr<desktop::InstanceClaim
     return true;
 }
 
-void RunWindow(Display* display, desktop::InstanceClaim& claim)
+/// Returns whether a check still runs when the window has gone.
+bool RunWindow(Display* display, desktop::InstanceClaim& claim)
 {
-    SyncDemoWindow window;
+    CompanionWindow window;
     const RaiseRequests requests(display, claim, [&window] { window.Raise(); });
     window.Raise();
     desktop::EndMainLoopOnSignal(elm_exit);
@@ -68,6 +70,7 @@ void RunWindow(Display* display, desktop::InstanceClaim& claim)
     desktop::LimitTeardown();
     // Before the teardown, so that the next start can take over at once.
     claim.GiveUp();
+    return window.IsChecking();
 }
 
 } // namespace
@@ -90,7 +93,16 @@ int main(int argc, char** argv)
         std::fputs("VQMCompanion: cannot start the toolkit\n", stderr);
         return kCouldNotRun;
     }
-    RunWindow(display, *claim);
+    bool isChecking = false;
+    try {
+        isChecking = RunWindow(display, *claim);
+    } catch (const std::runtime_error& error) {
+        std::fprintf(stderr, "VQMCompanion: %s\n", error.what());
+        return kCouldNotRun;
+    }
     elm_shutdown();
+    if (isChecking) {
+        _exit(EXIT_SUCCESS); // what it uses must not be taken down under it
+    }
     return EXIT_SUCCESS;
 }

@@ -45,6 +45,8 @@ endif()
 
 if(VQM_BUILD_TOOLS)
     find_package(CLI11 REQUIRED)
+endif()
+if(VQM_BUILD_TOOLS OR VQM_BUILD_APPLICATION)
     find_package(nlohmann_json REQUIRED)
 endif()
 

@@ -5,7 +5,7 @@
 #include <app.h>
 #include <Elementary.h>
 
-#include "Companion/SyncDemoWindow.h"
+#include "Companion/CompanionWindow.h"
 
 /// The companion on the TV. The application framework keeps it to one instance: a launch while it runs
 /// arrives as another app_control.
@@ -14,12 +14,12 @@ namespace {
 
 /// What the callbacks get as their user data.
 struct Companion {
-    std::unique_ptr<SyncDemoWindow> window;
+    std::unique_ptr<CompanionWindow> window;
 };
 
 bool Create(void* data)
 {
-    static_cast<Companion*>(data)->window = std::make_unique<SyncDemoWindow>();
+    static_cast<Companion*>(data)->window = std::make_unique<CompanionWindow>();
     return true;
 }
 

@@ -104,7 +104,11 @@ def test_package_holds_what_the_page_lists(handover):
     for path, mode, user, group in map(str.split, lines.splitlines()):
         package[path] = (int(mode, 8) & 0o7777, user, group)
     plain = {path for path, (mode, user, group) in package.items() if path not in listed}
-    assert plain == {APP_DIR, f"{APP_DIR}/bin", f"{APP_DIR}/res"}
+    languages = [f"{APP_DIR}/share/locale/{language}" for language in ("ar", "de")]
+    assert plain == {
+        APP_DIR, f"{APP_DIR}/bin", f"{APP_DIR}/res", f"{APP_DIR}/share", f"{APP_DIR}/share/locale", *languages,
+        *(f"{language}/LC_MESSAGES" for language in languages),
+    }  # fmt: skip
     assert listed == {path: entry for path, entry in package.items() if path in listed}
 
 

@@ -1,18 +1,14 @@
 #include "Tools/Watch/ReadinessWatch.h"
 
-#include <algorithm>
 #include <chrono>
-#include <filesystem>
-#include <set>
 #include <utility>
 
 #include "Diagnostics/Readiness/Render.h"
+#include "Diagnostics/Watch/WatchedDirectories.h"
+#include "Tools/Terminal/Terminal.h"
 
 namespace {
 
-/// Copying a file makes many changes: a check waits until they pause, but not for ever.
-constexpr std::chrono::milliseconds kSettleTime{100};
-constexpr std::chrono::seconds kLongestSettling{1};
 constexpr std::chrono::minutes kMinute{1};
 
 /// While a file is copied its size changes all the time; what is said about it does not.
@@ -25,20 +21,19 @@ std::string Gist(const readiness::Report& report, const std::vector<Diagnostic>&
     return gist;
 }
 
-std::string DirectoryOf(const std::string& path)
-{
-    return std::filesystem::path(path).parent_path().string();
-}
-
 } // namespace
 
 ReadinessWatch::ReadinessWatch(Checker check, Printer print)
     : check_(std::move(check)),
       print_(std::move(print)),
-      files_(loop_, [this] { OnChange(); }),
       settling_(loop_, [this] { CheckAndPrint(); }),
       minute_(loop_, [this] { OnMinute(); })
 {
+    loop_.OnReadable(files_.Descriptor(), [this] {
+        if (files_.TakeChanges()) {
+            OnChange();
+        }
+    });
 }
 
 readiness::Outcome ReadinessWatch::Run()
@@ -51,11 +46,7 @@ readiness::Outcome ReadinessWatch::Run()
 
 void ReadinessWatch::OnChange()
 {
-    const MainLoop::Clock::time_point now = MainLoop::Clock::now();
-    if (!settling_.IsRunning()) {
-        firstChange_ = now;
-    }
-    settling_.StartAt(std::min(now + kSettleTime, firstChange_ + kLongestSettling));
+    settling_.StartAt(changes_.OnChange(MainLoop::Clock::now()));
 }
 
 void ReadinessWatch::OnMinute()
@@ -66,6 +57,9 @@ void ReadinessWatch::OnMinute()
 
 void ReadinessWatch::CheckAndPrint()
 {
+    if (!settling_.IsRunning()) {
+        changes_.Done();
+    }
     readiness::Report report = check_();
     if (WatchWhatDecides(report)) {
         report = check_();
@@ -84,12 +78,9 @@ void ReadinessWatch::CheckAndPrint()
 /// Whether something is watched from now on that was not.
 bool ReadinessWatch::WatchWhatDecides(const readiness::Report& report)
 {
-    std::set<std::string> directories = {DirectoryOf(report.constants.path), DirectoryOf(report.schedule.path),
-                                         DirectoryOf(report.contents.directory)};
-    for (const readiness::ContentFile& file : report.contents.files) {
-        if (file.name.find('/') != std::string::npos) {
-            directories.insert(DirectoryOf(file.path));
-        }
+    const bool isNew = files_.Watch(WatchedDirectories(report));
+    for (const std::string& refusal : files_.TakeRefusals()) {
+        PrintError("note: " + refusal);
     }
-    return files_.Watch(directories);
+    return isNew;
 }

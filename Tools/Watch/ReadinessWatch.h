@@ -4,7 +4,8 @@
 #include <string>
 
 #include "Diagnostics/Readiness/Readiness.h"
-#include "Tools/Watch/FileWatch.h"
+#include "Diagnostics/Watch/FileWatch.h"
+#include "Diagnostics/Watch/Settling.h"
 #include "Tools/Watch/MainLoop.h"
 
 /// Checks again whenever the files change that decide, until a signal, or until the reader of
@@ -38,7 +39,7 @@ private:
     FileWatch files_;
     LoopTimer settling_;
     LoopTimer minute_;
-    MainLoop::Clock::time_point firstChange_; ///< of those that were not checked yet
-    std::string last_;                        ///< what the report printed last came to
+    Settling changes_;
+    std::string last_; ///< what the report printed last came to
     readiness::Outcome outcome_ = readiness::Outcome::kNotChecked;
 };

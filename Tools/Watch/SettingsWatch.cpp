@@ -9,9 +9,10 @@
 #include <string>
 #include <vector>
 
+#include "Diagnostics/Watch/FileWatch.h"
 #include "Platform/desktop/base/SettingCallbacks.h"
 #include "Platform/desktop/base/SettingsStore.h"
-#include "Tools/Watch/FileWatch.h"
+#include "Tools/Terminal/Terminal.h"
 #include "Tools/Watch/MainLoop.h"
 
 namespace desktop {
@@ -20,13 +21,20 @@ namespace {
 
 class Watched {
 public:
-    explicit Watched(MainLoop& loop) : files_(loop, [this] { OnChange(); }) {}
+    explicit Watched(MainLoop& loop)
+    {
+        loop.OnReadable(files_.Descriptor(), [this] {
+            if (files_.TakeChanges()) {
+                OnChange();
+            }
+        });
+    }
 
     void Add(std::string_view key, const std::string& file, vconf_callback_fn callback, void* userData)
     {
         // Watched before it is read: a change in between must not be lost.
         folders_.insert(file.substr(0, file.rfind('/')));
-        files_.Watch(folders_);
+        Watch();
         keys_.push_back(std::make_unique<SettingCallbacks>(key));
         keys_.back()->Add(callback, userData);
     }
@@ -38,9 +46,17 @@ public:
     }
 
 private:
-    void OnChange()
+    void Watch()
     {
         files_.Watch(folders_);
+        for (const std::string& refusal : files_.TakeRefusals()) {
+            PrintError("note: " + refusal);
+        }
+    }
+
+    void OnChange()
+    {
+        Watch();
         for (const auto& key : keys_) {
             key->Deliver();
         }

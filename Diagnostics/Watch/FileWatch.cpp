@@ -1,4 +1,4 @@
-#include "Tools/Watch/FileWatch.h"
+#include "Diagnostics/Watch/FileWatch.h"
 
 #include <array>
 #include <cerrno>
@@ -6,14 +6,14 @@
 #include <cstring>
 #include <deque>
 #include <filesystem>
+#include <stdexcept>
 #include <system_error>
 #include <utility>
 
 #include <sys/inotify.h>
 #include <unistd.h>
 
-#include "Tools/CommandError.h"
-#include "Tools/Terminal/Terminal.h"
+#include "Diagnostics/Text/Words.h"
 
 namespace {
 
@@ -29,14 +29,11 @@ constexpr int kMostLinks = 40;
 
 } // namespace
 
-FileWatch::FileWatch(MainLoop& loop, std::function<void()> onChange)
-    : onChange_(std::move(onChange)), events_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
+FileWatch::FileWatch() : events_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
 {
     if (!events_.IsOpen()) {
-        throw CommandError(ExitCode::kCouldNotRun,
-                           "cannot watch for changes: " + std::generic_category().message(errno));
+        throw std::runtime_error("cannot watch for changes: " + std::generic_category().message(errno));
     }
-    loop.OnReadable(events_.Get(), [this] { Drain(); });
 }
 
 bool FileWatch::Watch(const std::set<std::string>& directories)
@@ -107,12 +104,12 @@ bool FileWatch::AddPlace(const std::string& directory, const std::string& name, 
     const int error = errno;
     // A directory on the way may be one that lets us pass but not read.
     if (isEnd && error != ENOENT && error != ENOTDIR && refused_.insert(directory).second) {
-        PrintError("note: cannot watch '" + directory + "': " + std::generic_category().message(error));
+        refusals_.push_back("cannot watch " + Quoted(directory) + ": " + std::generic_category().message(error));
     }
     return error == EACCES;
 }
 
-void FileWatch::Drain()
+bool FileWatch::TakeChanges()
 {
     alignas(inotify_event) std::array<char, 65536> buffer;
     bool changed = false;
@@ -130,7 +127,5 @@ void FileWatch::Drain()
             offset += static_cast<ssize_t>(sizeof event + event.len);
         }
     }
-    if (changed) {
-        onChange_();
-    }
+    return changed;
 }

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <Elementary.h>
+
+#include "Companion/Model/Screen.h"
+
+namespace companion {
+
+/// The files of a schedule: a tick, or a cross and the reason. A list of any length costs what is in sight.
+class FileListView {
+public:
+    explicit FileListView(Evas_Object* parent);
+    ~FileListView();
+
+    FileListView(const FileListView&) = delete;
+    FileListView& operator=(const FileListView&) = delete;
+
+    /// To be packed into a container, which then owns it.
+    Evas_Object* Object() const { return list_; }
+
+    /// Shows the files of `screen`. The place in the list stays where it was.
+    void Show(std::shared_ptr<const Screen> screen);
+
+private:
+    int RowHeight() const;
+    /// Adds the rows that are missing, some at a time, so that the window stays alive.
+    void Fill();
+    static Eina_Bool OnIdle(void* data);
+    static Evas_Object* AddRow(void* data, Evas_Object* list, const char* part);
+
+    Evas_Object* list_;
+    Elm_Genlist_Item_Class* rowClass_;
+    Ecore_Idler* filling_ = nullptr;
+    std::shared_ptr<const Screen> screen_;
+    int rowHeight_ = 0; ///< of the rows that are there
+};
+
+} // namespace companion
