@@ -48,8 +48,7 @@ std::string ListText(const Style& style)
     for (const readiness::FindingText& finding : readiness::FindingTexts()) {
         text += Heading(finding, style) + "\n" + WrappedHelp("    " + Sentence(finding.meaning), HelpColumns());
     }
-    return text +
-           "\n'vqmctl explain FINDING' prints a rule's examples, or what to do.\n";
+    return text + "\n'vqmctl explain FINDING' prints a rule's examples, or what to do.\n";
 }
 
 /// A rule of the linter and a finding of the check may have one name.
