@@ -6,7 +6,7 @@ struct Colour {
     int red, green, blue;
 };
 
-// Each text colour stands out from each surface that it is used on by 7 to 1 or more.
+// Each text colour stands out from each surface that it is used on by 5 to 1 or more.
 inline constexpr Colour kBackground = {13, 18, 25};
 inline constexpr Colour kCard = {27, 35, 47};
 inline constexpr Colour kOtherRow = {33, 42, 56};
