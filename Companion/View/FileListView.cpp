@@ -28,8 +28,6 @@ constexpr int kNameHeight = 44;
 constexpr int kTextLeft = 68;
 constexpr int kSizeWidth = 400; ///< beside the name
 
-constexpr char kSelfKey[] = "file list";
-
 int WindowHeight(Evas_Object* object)
 {
     int height = 0;
@@ -47,7 +45,6 @@ void AddRowText(Evas_Object* row, const TextStyle& style, const std::string& tex
 FileListView::FileListView(Evas_Object* parent)
     : list_(elm_genlist_add(parent)), rowClass_(elm_genlist_item_class_new())
 {
-    evas_object_data_set(list_, kSelfKey, this);
     rowClass_->item_style = "full";
     rowClass_->func.content_get = AddRow;
     elm_genlist_homogeneous_set(list_, EINA_TRUE);
@@ -95,9 +92,10 @@ void FileListView::Fill()
     std::size_t count = elm_genlist_items_count(list_);
     const std::size_t end = std::min(count + kRowsAtOnce, screen_->files.size());
     for (; count < end; ++count) {
-        // The row looks its number up in the screen that is shown by then.
-        elm_genlist_item_append(list_, rowClass_, reinterpret_cast<void*>(count), nullptr, ELM_GENLIST_ITEM_NONE,
-                                nullptr, nullptr);
+        if (rows_.size() == count) {
+            rows_.push_back({this, count});
+        }
+        elm_genlist_item_append(list_, rowClass_, &rows_[count], nullptr, ELM_GENLIST_ITEM_NONE, nullptr, nullptr);
     }
     if (count < screen_->files.size() && filling_ == nullptr) {
         filling_ = ecore_idler_add(OnIdle, this);
@@ -117,8 +115,7 @@ Eina_Bool FileListView::OnIdle(void* data)
 
 Evas_Object* FileListView::AddRow(void* data, Evas_Object* list, const char* /*part*/)
 {
-    const auto* const self = static_cast<const FileListView*>(evas_object_data_get(list, kSelfKey));
-    const auto number = reinterpret_cast<std::size_t>(data);
+    const auto [self, number] = *static_cast<const Row*>(data);
     if (number >= self->screen_->files.size()) {
         return nullptr;
     }

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <deque>
 #include <memory>
-#include <string>
-#include <vector>
 
 #include <Elementary.h>
 
@@ -26,6 +26,12 @@ public:
     void Show(std::shared_ptr<const Screen> screen);
 
 private:
+    /// What the toolkit keeps of a row. The row looks its number up in the screen that is shown by then.
+    struct Row {
+        const FileListView* owner;
+        std::size_t number;
+    };
+
     int RowHeight() const;
     /// Adds the rows that are missing, some at a time, so that the window stays alive.
     void Fill();
@@ -36,7 +42,8 @@ private:
     Elm_Genlist_Item_Class* rowClass_;
     Ecore_Idler* filling_ = nullptr;
     std::shared_ptr<const Screen> screen_;
-    int rowHeight_ = 0; ///< of the rows that are there
+    int rowHeight_ = 0;    ///< of the rows that are there
+    std::deque<Row> rows_; ///< by number; they stay, so that the toolkit may refer to them
 };
 
 } // namespace companion
