@@ -48,7 +48,7 @@ std::string UnreachableHint(const std::string& display)
 
 std::string SettingText(const SettingStatus& setting)
 {
-    const std::string state = NameOfSetting(setting.enabled);
+    std::string state = NameOfSetting(setting.enabled);
     if (!setting.problem.empty()) {
         return state + "; " + setting.problem;
     }
