@@ -63,7 +63,8 @@ std::string CatalogueFolder()
 }
 
 /// Once, before there are threads: setlocale is not for programs that have them. For "C" gettext translates
-/// nothing; for any other locale LANGUAGE decides, whether or not the system has that language's own.
+/// nothing, and newer C libraries take "C.UTF-8" for the same; for any other locale LANGUAGE decides, whether
+/// or not the system has that language's own.
 void LeaveTheCLocale()
 {
     setlocale(LC_MESSAGES, "");
@@ -72,7 +73,7 @@ void LeaveTheCLocale()
     if (messages != "C" && messages != "POSIX") {
         return;
     }
-    for (const char* const name : {"C.UTF-8", "C.utf8", "en_US.UTF-8"}) {
+    for (const char* const name : {"en_US.UTF-8", "C.UTF-8", "C.utf8"}) {
         if (setlocale(LC_MESSAGES, name) != nullptr) {
             return;
         }

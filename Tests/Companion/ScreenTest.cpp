@@ -77,6 +77,9 @@ schedule::Moment At(int hour)
 /// Speaks a menu language.
 void Speak(const char* language)
 {
+    setenv("LOCPATH", VQM_TEST_LOCALES, 1);
+    unsetenv("LC_ALL");
+    setenv("LC_MESSAGES", "xx_XX.UTF-8", 1);
     recording::settings() = {};
     recording::settings().texts[kLanguageKey] = language;
     FollowMenuLanguage();

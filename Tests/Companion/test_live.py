@@ -1,5 +1,7 @@
 """The companion itself: what it follows without a restart, and how a remote control drives it."""
 
+import shlex
+
 import pytest
 from conftest import CLOSE, FILES, HEADLINE, NOW, SETTING
 from home import BUILD, wait_until
@@ -47,7 +49,7 @@ def test_change_of_files_is_shown_and_so_is_its_end(tv, part, change):
 
 def test_menu_language_is_followed(tv):
     tv.store("menu_widget/language", "en_US.UTF-8")
-    tv.start()
+    tv.start(f"env -u LC_ALL LC_MESSAGES=xx_XX.UTF-8 LOCPATH={shlex.quote(str(BUILD / 'locales'))}")
     (english,) = tv.settled(CLOSE)
     seen = [english]
     for language in ("de_DE.UTF-8", "ar_AE.UTF-8"):
