@@ -27,11 +27,6 @@ constexpr Colour kDiscColour{134, 224, 154};
 constexpr Colour kRingColour{242, 200, 121};
 constexpr Colour kDashColour{171, 178, 191};
 
-int Pixels(double units)
-{
-    return static_cast<int>(std::lround(units * elm_config_scale_get()));
-}
-
 void SetColour(Evas_Object* object, Colour colour)
 {
     evas_object_color_set(object, colour.red, colour.green, colour.blue, 255);
@@ -59,6 +54,11 @@ Evas_Object* AddMark(Evas* canvas, int radius, int stroke, Colour colour)
 }
 
 } // namespace
+
+int Pixels(double units)
+{
+    return static_cast<int>(std::lround(units * elm_config_scale_get()));
+}
 
 Evas_Object* AddText(Evas* canvas, const char* text, bool bold, int size, Colour colour)
 {

@@ -8,6 +8,9 @@
 
 #include "RemoteControl/KeyLayout.h"
 
+/// A length in the layout's units, in pixels of this screen.
+int Pixels(double units);
+
 /// Text on the canvas, in a size of the layout's units. The canvas owns it.
 Evas_Object* AddText(Evas* canvas, const char* text, bool bold, int size, Colour colour);
 

@@ -1,6 +1,5 @@
 #include "RemoteControl/RemoteWindow.h"
 
-#include <cmath>
 #include <cstdlib>
 #include <utility>
 #include <vector>
@@ -25,11 +24,6 @@ constexpr Colour kBody{30, 33, 38};
 constexpr Colour kText{240, 242, 245};
 constexpr Colour kDim{171, 178, 191};
 constexpr Colour kLine{62, 68, 80};
-
-int Pixels(int units)
-{
-    return static_cast<int>(std::lround(units * elm_config_scale_get()));
-}
 
 struct Words {
     Button::Mark mark;
