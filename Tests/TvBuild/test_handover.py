@@ -55,7 +55,7 @@ class Handover:
 
     @property
     def package(self):
-        (package,) = self.source.glob("build/rpm/RPMS/*/vqmkeygrab-*.rpm")
+        (package,) = self.source.glob("build/rpm/RPMS/*/vqmkeygrab-[0-9]*.rpm")  # not the package of debugging information
         return package
 
 
