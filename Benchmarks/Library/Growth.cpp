@@ -62,11 +62,10 @@ Work RenderCheckAsJson(std::size_t size)
 {
     readiness::Report report;
     report.constants.path = "constants.xml";
+    report.contents.directory = "/opt/media/";
     for (std::size_t item = 0; item < size; ++item) {
-        readiness::ContentFile file;
-        file.name = ItemName(item) + ".mp4";
-        file.path = "/opt/media/" + file.name;
-        report.contents.files.push_back(file);
+        report.contents.files.push_back({ItemName(item) + ".mp4"});
+        report.contents.items.push_back({0, item, 1});
     }
     return {[report] { WriteJson(report, std::nullopt, [](std::string_view) { return true; }); },
             static_cast<double>(size)};

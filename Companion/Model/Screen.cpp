@@ -105,16 +105,18 @@ std::vector<FileLine> FilesOf(const readiness::Report& report, const std::vector
 {
     const std::unordered_map<std::string, std::string> reasons = ReasonsOf(diagnostics);
     std::vector<FileLine> lines;
-    std::set<std::pair<std::string, uVQMINT64>> seen; // a file may belong to several items
-    for (const readiness::ContentFile& file : report.contents.files) {
-        if (!seen.emplace(file.name, file.announced).second) {
+    const readiness::Contents& contents = report.contents;
+    std::set<std::pair<std::size_t, uVQMINT64>> seen; // a file may belong to several items
+    for (const readiness::ContentItem& item : contents.items) {
+        if (!seen.emplace(item.file, item.announced).second) {
             continue;
         }
+        const readiness::ContentFile& file = contents.FileOf(item);
         FileLine line;
         line.name = EscapedForTerminal(file.name);
-        line.size = file.announced;
-        line.complete = file.SizeMatches();
-        if (const auto reason = reasons.find(file.path); reason != reasons.end()) {
+        line.size = item.announced;
+        line.complete = contents.SizeMatches(item);
+        if (const auto reason = reasons.find(contents.PathOf(item)); reason != reasons.end()) {
             line.reason = EscapedForTerminal(reason->second);
         } else if (!line.complete) {
             line.reason = EscapedForTerminal(file.problem); // its folder is missing, which is said once

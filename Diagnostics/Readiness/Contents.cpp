@@ -1,14 +1,18 @@
 #include "Diagnostics/Readiness/Contents.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <filesystem>
+#include <future>
 #include <limits>
 #include <map>
+#include <numeric>
 #include <set>
 #include <string_view>
 #include <system_error>
 #include <unordered_map>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -16,6 +20,7 @@
 #include <unistd.h>
 
 #include "Diagnostics/Readiness/Access.h"
+#include "Diagnostics/Readiness/Background.h"
 #include "Diagnostics/Readiness/FileKinds.h"
 #include "Diagnostics/Readiness/MissingFile.h"
 #include "VQMPipe/VQMFilePipe.h"
@@ -24,8 +29,8 @@ namespace readiness {
 
 namespace {
 
-/// Files between two calls of a progress.
-constexpr std::size_t kProgressStep = 64;
+/// What a thread examines before it takes more, and files between two calls of a progress.
+constexpr std::size_t kFilesOfAStep = 64;
 
 uVQMINT64 AddUpTo(uVQMINT64 left, uVQMINT64 right)
 {
@@ -50,15 +55,17 @@ bool TryToRead(const std::string& place, ContentFile& file)
     return count >= 0;
 }
 
-/// `place`: where its path leads.
-void ExamineFile(const FileTree& tree, const std::string& place, ContentFile& file)
+void ExamineFile(const FileTree& tree, const std::string& directory, CVQMFilePipe& pipe, ContentFile& file)
 {
+    const std::string path = directory + file.name;
+    const std::string place = tree.Locate(path);
+    file.size = pipe.GetFileSize(place.c_str());
     struct stat status = {};
     if (stat(place.c_str(), &status) != 0) {
         const int error = errno;
         if (IsAbsence(error)) {
             file.kind = FileKind::kMissing;
-            file.problem = "is missing" + WhyMissing(file.path, tree);
+            file.problem = "is missing" + WhyMissing(path, tree);
         } else {
             file.kind = FileKind::kNotExamined;
             file.problem = std::generic_category().message(error);
@@ -72,29 +79,17 @@ void ExamineFile(const FileTree& tree, const std::string& place, ContentFile& fi
     }
 }
 
-void TakeFacts(const ContentFile& same, ContentFile& file)
-{
-    file.size = same.size;
-    file.kind = same.kind;
-    file.readable = same.readable;
-    file.problem = same.problem;
-}
-
 /// What is still to be copied. The parts of a file that are there need no room again.
-uVQMINT64 BytesToCopy(const std::vector<ContentFile>& files)
+uVQMINT64 BytesToCopy(const Contents& contents)
 {
-    std::unordered_map<std::string, uVQMINT64> lacking;
-    for (const ContentFile& file : files) {
-        if (file.announced > file.size) {
-            uVQMINT64& bytes = lacking[file.path];
-            bytes = std::max(bytes, file.announced - file.size);
+    std::vector<uVQMINT64> lacking(contents.files.size());
+    for (const ContentItem& item : contents.items) {
+        const uVQMINT64 present = contents.FileOf(item).size;
+        if (item.announced > present) {
+            lacking[item.file] = std::max(lacking[item.file], item.announced - present);
         }
     }
-    uVQMINT64 sum = 0;
-    for (const auto& entry : lacking) {
-        sum = AddUpTo(sum, entry.second);
-    }
-    return sum;
+    return std::accumulate(lacking.begin(), lacking.end(), uVQMINT64{0}, AddUpTo);
 }
 
 /// A directory that is missing would come to lie on its parent's disk.
@@ -122,6 +117,63 @@ std::map<std::string, std::string> LookAlikesOf(const Contents& contents, const 
     return missing.empty() ? std::map<std::string, std::string>() : FindLookAlikes(directory, missing);
 }
 
+/// Lists the items of `policy` and the files that they name.
+void ListItems(const _VQMPolicy& policy, Contents& contents)
+{
+    contents.items.reserve(schedule::CountItems(policy));
+    std::unordered_map<std::string_view, std::size_t> indexes;
+    std::size_t period = 0;
+    for (const _VQMSchdule& schedule : policy.listSchedule) {
+        for (const _VQMContentInfo& content : schedule.listContents) {
+            const auto [entry, isNew] = indexes.try_emplace(content.strName, contents.files.size());
+            if (isNew) {
+                contents.files.push_back({content.strName});
+            }
+            contents.items.push_back({period, entry->second, content.nSize});
+        }
+        ++period;
+    }
+}
+
+/// Two threads share the files: a disk and a server bear more than one question at a time.
+void ExamineFiles(const FileTree& tree, Contents& contents, const Progress& progress)
+{
+    const std::size_t total = contents.files.size();
+    std::atomic<std::size_t> next = 0;
+    const auto examine = [&](const Progress& report) {
+        CVQMFilePipe pipe;
+        for (std::size_t first; (first = next.fetch_add(kFilesOfAStep)) < total;) {
+            const std::size_t end = std::min(first + kFilesOfAStep, total);
+            for (std::size_t file = first; file < end; ++file) {
+                ExamineFile(tree, contents.directory, pipe, contents.files[file]);
+            }
+            if (report) {
+                report(first, total);
+            }
+        }
+    };
+    std::future<void> other;
+    if (total > kFilesOfAStep) {
+        other = InBackground([&examine] { examine(nullptr); });
+    }
+    examine(progress);
+    if (other.valid()) {
+        other.get();
+    }
+    if (progress) {
+        progress(total, total);
+    }
+}
+
+void SumUp(Contents& contents)
+{
+    for (const ContentItem& item : contents.items) {
+        contents.complete += contents.SizeMatches(item) ? 1 : 0;
+        contents.announcedBytes = AddUpTo(contents.announcedBytes, item.announced);
+    }
+    contents.missingBytes = BytesToCopy(contents);
+}
+
 } // namespace
 
 Contents ExamineContents(const _VQMPolicy& policy, const FileTree& tree, const std::string& directory,
@@ -132,39 +184,12 @@ Contents ExamineContents(const _VQMPolicy& policy, const FileTree& tree, const s
     const std::string located = tree.Locate(directory);
     std::error_code ignored;
     contents.directoryPresent = std::filesystem::is_directory(located, ignored);
-    const std::size_t total = schedule::CountItems(policy);
-    contents.files.reserve(total);
-    CVQMFilePipe pipe;
-    std::unordered_map<std::string_view, std::size_t> seen; // a file that many items name is examined once
-    std::size_t period = 0;
-    for (const _VQMSchdule& schedule : policy.listSchedule) {
-        for (const _VQMContentInfo& content : schedule.listContents) {
-            ContentFile file;
-            file.period = period;
-            file.name = content.strName;
-            file.path = directory + content.strName;
-            file.announced = content.nSize;
-            const auto [same, isNew] = seen.try_emplace(content.strName, contents.files.size());
-            if (isNew) {
-                const std::string place = tree.Locate(file.path);
-                file.size = pipe.GetFileSize(place.c_str());
-                ExamineFile(tree, place, file);
-            } else {
-                TakeFacts(contents.files[same->second], file);
-            }
-            contents.complete += file.SizeMatches() ? 1 : 0;
-            contents.announcedBytes = AddUpTo(contents.announcedBytes, file.announced);
-            contents.files.push_back(std::move(file));
-            if (progress && (contents.files.size() % kProgressStep == 0 || contents.files.size() == total)) {
-                progress(contents.files.size(), total);
-            }
-        }
-        ++period;
-    }
+    ListItems(policy, contents);
+    ExamineFiles(tree, contents, progress);
+    SumUp(contents);
     const bool refused = std::any_of(contents.files.begin(), contents.files.end(),
                                      [](const ContentFile& file) { return file.kind == FileKind::kNotExamined; });
     contents.closedFolder = refused ? ClosedFolder(located) : "";
-    contents.missingBytes = BytesToCopy(contents.files);
     contents.freeBytes = FreeBytes(located);
     contents.lookAlikes = LookAlikesOf(contents, located);
     if (!contents.directoryPresent) {

@@ -7,7 +7,7 @@
 
 namespace readiness {
 
-/// Examines the file of each item of `policy` in `directory`, a directory of `tree` with "/" at its end.
+/// Examines the files that `policy` names, each once, in `directory`, a directory of `tree` with "/" at its end.
 Contents ExamineContents(const _VQMPolicy& policy, const FileTree& tree, const std::string& directory,
                          const Progress& progress);
 

@@ -54,8 +54,8 @@ private:
     void AddLintErrors();
     void ExplainTotals();
     void ExplainContents();
-    void ExplainFile(const ContentFile& file);
-    void ExplainMatchingFile(const ContentFile& file);
+    void ExplainItem(const ContentItem& item);
+    void ExplainMatchingItem(const ContentItem& item);
     void ExplainUser();
     void ExplainChange();
 
@@ -189,7 +189,7 @@ void Explanation::ExplainKind()
         AddFault("not-a-schedule",
                  "the file " + Quoted(schedule.path) + " " + instead + "; copy the schedule document in its place",
                  schedule.path);
-    } else if (report_.contents.files.empty()) {
+    } else if (report_.contents.items.empty()) {
         AddFault("no-files", "the schedule names no file: nothing is missing, and nothing plays", schedule.path);
     }
 }
@@ -208,12 +208,12 @@ void Explanation::ExplainTotals()
 {
     const _VQMPolicy& policy = report_.schedule.policy;
     const Contents& contents = report_.contents;
-    const auto items = static_cast<long long>(contents.files.size());
+    const auto items = static_cast<long long>(contents.items.size());
     // 0 is also what a document without the number gives.
     if (policy.nItemCount != 0 && policy.nItemCount != items) {
         AddNote("item-count",
                 "item_count is " + std::to_string(policy.nItemCount) + ", but there " + (items == 1 ? "is " : "are ") +
-                    Counted(contents.files.size(), "item") + "; the check goes by the items",
+                    Counted(contents.items.size(), "item") + "; the check goes by the items",
                 report_.schedule.path);
     }
     if (policy.nTotalSize != 0 && policy.nTotalSize != contents.announcedBytes) {
@@ -227,10 +227,10 @@ void Explanation::ExplainTotals()
 void Explanation::ExplainContents()
 {
     const Contents& contents = report_.contents;
-    if (!contents.directoryPresent && contents.closedFolder.empty() && !contents.files.empty()) {
+    if (!contents.directoryPresent && contents.closedFolder.empty() && !contents.items.empty()) {
         AddProblem("media-directory-missing",
                    "the media directory " + Quoted(contents.directory) + " " + contents.directoryProblem +
-                       "; none of " + Counted(contents.files.size(), "item") + " can be there",
+                       "; none of " + Counted(contents.items.size(), "item") + " can be there",
                    contents.directory);
     }
     if (!contents.closedFolder.empty()) {
@@ -240,13 +240,14 @@ void Explanation::ExplainContents()
                    contents.closedFolder);
     }
     subject_ = Diagnostic::Subject::kContentFile;
-    std::set<std::pair<std::string, uVQMINT64>> told; // a file may belong to several items
-    for (const ContentFile& file : contents.files) {
+    std::set<std::pair<std::size_t, uVQMINT64>> told; // a file may belong to several items
+    for (const ContentItem& item : contents.items) {
+        const ContentFile& file = contents.FileOf(item);
         const bool isTold = file.kind == FileKind::kNotExamined && !contents.closedFolder.empty();
         const bool lacksDirectory = !contents.directoryPresent && file.kind == FileKind::kMissing;
-        if (!isTold && !lacksDirectory && (!file.SizeMatches() || !file.readable)) {
-            if (told.emplace(file.name, file.announced).second) {
-                ExplainFile(file);
+        if (!isTold && !lacksDirectory && (!contents.SizeMatches(item) || !file.readable)) {
+            if (told.emplace(item.file, item.announced).second) {
+                ExplainItem(item);
             }
         }
     }
@@ -259,55 +260,60 @@ void Explanation::ExplainContents()
     }
 }
 
-void Explanation::ExplainFile(const ContentFile& file)
+void Explanation::ExplainItem(const ContentItem& item)
 {
-    if (file.SizeMatches()) {
-        ExplainMatchingFile(file);
+    const Contents& contents = report_.contents;
+    if (contents.SizeMatches(item)) {
+        ExplainMatchingItem(item);
         return;
     }
+    const ContentFile& file = contents.FileOf(item);
+    const std::string path = contents.PathOf(item);
     const std::string name = Quoted(file.name);
-    const std::string announced = "the schedule announces " + std::to_string(file.announced);
+    const std::string announced = "the schedule announces " + std::to_string(item.announced);
+    const std::string announcedBytes = "; the schedule announces " + Counted(item.announced, "byte");
     switch (file.kind) {
     case FileKind::kMissing: {
-        std::string message = name + " " + file.problem + "; " + announced + " bytes";
-        const auto other = report_.contents.lookAlikes.find(file.name);
-        if (other != report_.contents.lookAlikes.end()) {
+        std::string message = name + " " + file.problem + announcedBytes;
+        const auto other = contents.lookAlikes.find(file.name);
+        if (other != contents.lookAlikes.end()) {
             message += "; " + other->second;
         }
-        AddProblem("file-missing", message, file.path);
+        AddProblem("file-missing", message, path);
         break;
     }
     case FileKind::kNotExamined:
         AddProblem("file-not-examined",
-                   name + " cannot be examined: " + file.problem + "; it counts as 0 bytes, " + announced, file.path);
+                   name + " cannot be examined: " + file.problem + "; it counts as 0 bytes, " + announced, path);
         break;
     case FileKind::kDirectory:
     case FileKind::kOther:
-        AddProblem("file-of-another-kind", name + " " + file.problem + "; " + announced + " bytes", file.path);
+        AddProblem("file-of-another-kind", name + " " + file.problem + announcedBytes, path);
         break;
     case FileKind::kFile:
-        AddProblem("file-size", name + " has " + std::to_string(file.size) + " bytes; " + announced, file.path);
+        AddProblem("file-size", name + " has " + Counted(file.size, "byte") + "; " + announced, path);
         break;
     }
 }
 
-void Explanation::ExplainMatchingFile(const ContentFile& file)
+void Explanation::ExplainMatchingItem(const ContentItem& item)
 {
+    const ContentFile& file = report_.contents.FileOf(item);
+    const std::string path = report_.contents.PathOf(item);
     const std::string name = Quoted(file.name);
     switch (file.kind) {
     case FileKind::kMissing:
     case FileKind::kNotExamined:
-        AddNote("size-0", name + " is announced with 0 bytes: it counts as present, although it is missing", file.path);
+        AddNote("size-0", name + " is announced with 0 bytes: it counts as present, although it is missing", path);
         break;
     case FileKind::kDirectory:
     case FileKind::kOther:
         AddNote("file-of-another-kind", name + " " + file.problem + "; it counts, for its size is the announced one",
-                file.path);
+                path);
         break;
     case FileKind::kFile:
         AddNote("file-unreadable",
-                name + " has its size, but cannot be read here: " + file.problem + "; the check does not try to",
-                file.path);
+                name + " has its size, but cannot be read here: " + file.problem + "; the check does not try to", path);
         break;
     }
 }
@@ -327,7 +333,7 @@ void Explanation::ExplainChange()
 {
     const Verdict& verdict = report_.verdict;
     const bool parsed = report_.schedule.state == DocumentState::kLoaded;
-    const bool complete = report_.contents.complete == report_.contents.files.size();
+    const bool complete = report_.contents.complete == report_.contents.items.size();
     if (verdict.ran && (verdict.haveSchedule != parsed || (parsed && verdict.haveContents != complete))) {
         AddNote("changed-meanwhile", "files changed while they were looked at: check again", report_.schedule.path);
     }

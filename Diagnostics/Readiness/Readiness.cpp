@@ -99,7 +99,7 @@ void CheckStepByStep(Monitor& monitor, const FileTree& tree, const Progress& pro
         return;
     }
     verdict.haveSchedule = schedule.state == DocumentState::kLoaded;
-    verdict.haveContents = verdict.haveSchedule && report.contents.complete == report.contents.files.size();
+    verdict.haveContents = verdict.haveSchedule && report.contents.complete == report.contents.items.size();
 }
 
 std::string WithSlash(std::string directory)

@@ -65,19 +65,20 @@ enum class FileKind {
     kOther, ///< a pipe, a device, a socket
 };
 
-/// One item of the schedule and the file that belongs to it.
+/// A file that the schedule names.
 struct ContentFile {
-    std::size_t period = 0; ///< index of the period in the policy's list
     std::string name;
-    std::string path;
-    uVQMINT64 announced = 0;
     FileKind kind = FileKind::kMissing;
     uVQMINT64 size = 0;    ///< as the library measures it; 0 when it cannot be examined
     bool readable = false; ///< by this user: it could be opened and its first byte read
     std::string problem{}; ///< why it could not be examined or read
+};
 
-    /// How the library decides: the sizes are equal. An absent file measures 0.
-    bool SizeMatches() const { return size == announced; }
+/// One item of the schedule. A file may belong to several.
+struct ContentItem {
+    std::size_t period = 0; ///< index of the period in the policy's list
+    std::size_t file = 0;   ///< index of its file in the contents' list
+    uVQMINT64 announced = 0;
 };
 
 struct Contents {
@@ -85,12 +86,19 @@ struct Contents {
     bool directoryPresent = false;
     std::string closedFolder{};           ///< on the way to the files, and this user may not enter it; empty: none
     std::string directoryProblem{};       ///< a clause to follow its name when it is missing
-    std::vector<ContentFile> files{};     ///< an entry for each item, in the document's order
-    std::size_t complete = 0;             ///< how many of them the library takes
+    std::vector<ContentFile> files{};     ///< each once, in the order in which the items name them
+    std::vector<ContentItem> items{};     ///< in the document's order
+    std::size_t complete = 0;             ///< how many of the items the library takes
     uVQMINT64 announcedBytes = 0;         ///< of all items; the largest number when they add up to more
     uVQMINT64 missingBytes = 0;           ///< to be copied still; a file that several items name counts once
     std::optional<uVQMINT64> freeBytes{}; ///< of the disk the directory is, or would be, on; null when not known
     std::map<std::string, std::string> lookAlikes{}; ///< by missing name: what is there instead, as a clause
+
+    const ContentFile& FileOf(const ContentItem& item) const { return files[item.file]; }
+    std::string PathOf(const ContentItem& item) const { return directory + FileOf(item).name; }
+
+    /// How the library decides: the sizes are equal. An absent file measures 0.
+    bool SizeMatches(const ContentItem& item) const { return FileOf(item).size == item.announced; }
 };
 
 /// What the library's content check said.
@@ -107,13 +115,13 @@ struct Report {
     Constants constants;
     Verdict verdict{};
     Schedule schedule{};
-    Contents contents{};     ///< without files unless the schedule is loaded
+    Contents contents{};     ///< without items unless the schedule is loaded
     lint::Report findings{}; ///< the linter's, of a schedule that is loaded; only the first errors are kept
     std::vector<std::string> closedToOthers{}; ///< what the application reads and only root and the owner may
     bool compiledIn = true;                    ///< the places are the application's own
 };
 
-/// Called with how many files have been examined, and of how many.
+/// Called with how many files have been examined, and of how many, on the thread that called the check.
 using Progress = std::function<void(std::size_t done, std::size_t total)>;
 
 /// Replaces the constants of the process by those of the file in its place. A missing or broken file is

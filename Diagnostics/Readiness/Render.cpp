@@ -38,7 +38,7 @@ std::string ScheduleLine(const Report& report)
     std::string line = "schedule:  " + schedule.path;
     if (schedule.state == DocumentState::kLoaded) {
         line += " (" + Counted(schedule.policy.listSchedule.size(), "period") + ", " +
-                Counted(report.contents.files.size(), "item") + ", " + ExpiryText(schedule) + ")";
+                Counted(report.contents.items.size(), "item") + ", " + ExpiryText(schedule) + ")";
     }
     return line;
 }
@@ -46,8 +46,8 @@ std::string ScheduleLine(const Report& report)
 std::string MediaLine(const Contents& contents)
 {
     std::string line = "media:     " + contents.directory + " (";
-    if (!contents.files.empty()) {
-        line += std::to_string(contents.complete) + " of " + Counted(contents.files.size(), "item") + " complete, " +
+    if (!contents.items.empty()) {
+        line += std::to_string(contents.complete) + " of " + Counted(contents.items.size(), "item") + " complete, " +
                 BytesText(contents.missingBytes) + " to copy, ";
     }
     return line + (contents.freeBytes ? BytesText(*contents.freeBytes) + " free)" : "free space not known)");
@@ -56,12 +56,12 @@ std::string MediaLine(const Contents& contents)
 /// The first of several, where the TV gave up.
 std::string StoppedAt(const Contents& contents)
 {
-    if (contents.files.size() - contents.complete < 2) {
+    if (contents.items.size() - contents.complete < 2) {
         return "";
     }
-    for (const ContentFile& file : contents.files) {
-        if (!file.SizeMatches()) {
-            return "; the TV looks no further than " + Quoted(file.name);
+    for (const ContentItem& item : contents.items) {
+        if (!contents.SizeMatches(item)) {
+            return "; the TV looks no further than " + Quoted(contents.FileOf(item).name);
         }
     }
     return "";
@@ -103,10 +103,10 @@ std::string SummaryText(const Report& report, const std::vector<Diagnostic>& dia
     if (!report.verdict.haveSchedule) {
         return text + ": there is no readable schedule";
     }
-    if (contents.files.empty()) {
+    if (contents.items.empty()) {
         return text + ": no file is named";
     }
-    return text + "; " + std::to_string(contents.complete) + " of " + Counted(contents.files.size(), "item") +
+    return text + "; " + std::to_string(contents.complete) + " of " + Counted(contents.items.size(), "item") +
            " complete" + StoppedAt(contents);
 }
 

@@ -43,7 +43,7 @@ Json ScheduleJson(const Report& report)
     }
     const bool dated = schedule.expiry != schedule::Expiry::kNone;
     json["periods"] = schedule.policy.listSchedule.size();
-    json["items"] = report.contents.files.size();
+    json["items"] = report.contents.items.size();
     json["item_count"] = schedule.policy.nItemCount;
     json["bytes"] = report.contents.announcedBytes;
     json["total_size"] = schedule.policy.nTotalSize;
@@ -53,11 +53,18 @@ Json ScheduleJson(const Report& report)
     return json;
 }
 
-Json FileJson(const ContentFile& file)
+Json ItemJson(const ContentItem& item, const Contents& contents)
 {
-    return {{"period", file.period + 1},          {"name", Utf8(file.name)},     {"path", Utf8(file.path)},
-            {"kind", NameOf(file.kind)},          {"announced", file.announced}, {"size", file.size},
-            {"size_matches", file.SizeMatches()}, {"readable", file.readable},   {"problem", TextOrNull(file.problem)}};
+    const ContentFile& file = contents.FileOf(item);
+    return {{"period", item.period + 1},
+            {"name", Utf8(file.name)},
+            {"path", Utf8(contents.PathOf(item))},
+            {"kind", NameOf(file.kind)},
+            {"announced", item.announced},
+            {"size", file.size},
+            {"size_matches", contents.SizeMatches(item)},
+            {"readable", file.readable},
+            {"problem", TextOrNull(file.problem)}};
 }
 
 void WriteContents(const Contents& contents, JsonWriter& json)
@@ -70,8 +77,8 @@ void WriteContents(const Contents& contents, JsonWriter& json)
     json.Member("bytes_to_copy", contents.missingBytes);
     json.Member("bytes_free", contents.freeBytes ? Json(*contents.freeBytes) : Json());
     json.BeginArray("files");
-    for (const ContentFile& file : contents.files) {
-        json.Element(FileJson(file));
+    for (const ContentItem& item : contents.items) {
+        json.Element(ItemJson(item, contents));
     }
     json.End();
     json.End();

@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "Diagnostics/Lint/Lint.h"
+#include "Diagnostics/Readiness/Background.h"
 #include "Diagnostics/Readiness/DocumentFile.h"
-#include "Diagnostics/Readiness/SignalsBlocked.h"
 #include "Diagnostics/Text/InputFile.h"
 #include "Diagnostics/Text/Words.h"
 
@@ -52,14 +52,8 @@ lint::Report LintFile(const std::string& place, const schedule::Day& today)
 } // namespace
 
 ScheduleLint::ScheduleLint(std::string place, const schedule::Day& today)
+    : report_(InBackground([place = std::move(place), today] { return LintFile(place, today); }))
 {
-    const auto run = [place = std::move(place), today] { return LintFile(place, today); };
-    const SignalsBlocked blocked;
-    try {
-        report_ = std::async(std::launch::async, run);
-    } catch (const std::system_error&) {
-        report_ = std::async(std::launch::deferred, run);
-    }
 }
 
 lint::Report ScheduleLint::Take()

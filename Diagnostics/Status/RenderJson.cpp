@@ -90,7 +90,7 @@ Json ContentsJson(const readiness::Report& content)
 {
     Json json = {{"directory", Utf8(content.contents.directory)}, {"have_all", content.verdict.haveContents}};
     if (content.schedule.state == readiness::DocumentState::kLoaded) {
-        json["total"] = content.contents.files.size();
+        json["total"] = content.contents.items.size();
         json["complete"] = content.contents.complete;
     }
     return json;

@@ -178,7 +178,7 @@ std::string ScheduleText(const Report& report)
 
 std::string ContentsText(const readiness::Contents& contents)
 {
-    return std::to_string(contents.complete) + " of " + Counted(contents.files.size(), "content") + " there";
+    return std::to_string(contents.complete) + " of " + Counted(contents.items.size(), "content") + " there";
 }
 
 std::string ClockText(const Report& report)

@@ -17,7 +17,7 @@ std::set<std::string> WatchedDirectories(const readiness::Report& report)
                                          DirectoryOf(report.contents.directory)};
     for (const readiness::ContentFile& file : report.contents.files) {
         if (file.name.find('/') != std::string::npos) {
-            directories.insert(DirectoryOf(file.path));
+            directories.insert(DirectoryOf(report.contents.directory + file.name));
         }
     }
     return directories;

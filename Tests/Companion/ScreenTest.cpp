@@ -51,11 +51,10 @@ readiness::Report ReadyReport()
     for (const auto& [name, size] : {std::pair("b.mp4", 2), std::pair("a.mp4", 1), std::pair("c.mp4", 3)}) {
         readiness::ContentFile file;
         file.name = name;
-        file.path = std::string("/m/") + name;
-        file.announced = static_cast<uVQMINT64>(size);
-        file.size = file.announced;
+        file.size = static_cast<uVQMINT64>(size);
         file.kind = readiness::FileKind::kFile;
         file.readable = true;
+        report.contents.items.push_back({0, report.contents.files.size(), file.size});
         report.contents.files.push_back(file);
     }
     report.contents.complete = 3;
@@ -114,7 +113,7 @@ TEST(CompanionScreen, FirstObstacleIsTheHeadlineInTheDiagnosticsWords)
     report.contents.complete = 2;
     report.verdict.haveContents = false;
     const Screen screen = ScreenOf(report, At(10));
-    EXPECT_EQ(Headline(screen), "'a.mp4' is missing; the schedule announces 1 bytes");
+    EXPECT_EQ(Headline(screen), "'a.mp4' is missing; the schedule announces 1 byte");
     EXPECT_EQ(screen.outcome, readiness::Outcome::kPlaysNothing);
 }
 
@@ -123,7 +122,7 @@ TEST(CompanionScreen, FilesThatAreNotInOrderComeFirstAndEachFileOnce)
     Speak("en_US.UTF-8");
     readiness::Report report = ReadyReport();
     Lose(report.contents.files[2]);
-    report.contents.files.push_back(report.contents.files[0]);
+    report.contents.items.push_back(report.contents.items[0]);
     report.contents.complete = 3;
     report.verdict.haveContents = false;
     const Screen screen = ScreenOf(report, At(10));

@@ -484,6 +484,19 @@ END
         + not_ready("99999 of 100000 items complete"))
 
 
+def test_each_of_many_files_has_its_own_answer(shop):
+    """They are examined side by side. Every third is missing, and every second has another size."""
+    numbers = list(range(500)) + list(range(0, 500, 7))
+    items = "".join(item(number, 5 + number % 2) for number in numbers)
+    document = check_json(shop.run(f"""for number in $(seq 0 499); do
+            [ $((number % 3)) = 0 ] || truncate -s 5 $media/$number.mp4; done
+        {store(schedule(items))}; vqmctl check --json""").stdout)
+    assert [(file["name"], file["kind"], file["size"], file["announced"]) for file in document["contents"]["files"]] == [
+        (f"{number}.mp4",) + (("missing", 0) if number % 3 == 0 else ("file", 5)) + (5 + number % 2,) for number in numbers]
+    whole = sum(number % 3 != 0 and number % 2 == 0 for number in numbers)
+    assert (document["contents"]["complete"], document["schedule"]["items"]) == (whole, len(numbers))
+
+
 @pytest.mark.parametrize("options", ["", "--json"])
 def test_a_reader_that_has_gone_leaves_no_trace(shop, options):
     read, write = os.pipe()

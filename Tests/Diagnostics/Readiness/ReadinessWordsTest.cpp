@@ -36,9 +36,9 @@ TEST(ReadinessDiagnostics, ChangeAfterTheCheckDoesNotBlock)
     report.contents.directoryPresent = true;
     readiness::ContentFile gone;
     gone.name = "a.mp4";
-    gone.announced = 5;
     gone.problem = "is missing";
     report.contents.files = {gone};
+    report.contents.items = {{0, 0, 5}};
 
     const auto diagnostics = [&report] {
         std::vector<std::pair<std::string, bool>> told;

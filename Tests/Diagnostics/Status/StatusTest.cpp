@@ -46,8 +46,6 @@ readiness::ContentFile File(const std::string& name, uVQMINT64 size)
 {
     readiness::ContentFile file;
     file.name = name;
-    file.path = "/media/" + name;
-    file.announced = 5;
     file.size = size;
     file.kind = readiness::FileKind::kFile;
     file.readable = true;
@@ -72,6 +70,7 @@ readiness::Report GoodContent()
     content.contents.directory = "/media/";
     content.contents.directoryPresent = true;
     content.contents.files = {File("day.mp4", 5), File("evening.mp4", 5)};
+    content.contents.items = {{0, 0, 5}, {1, 1, 5}};
     content.contents.complete = 2;
     return content;
 }
@@ -135,6 +134,7 @@ void LoseSchedule(Report& report)
     report.content.verdict.haveSchedule = report.content.verdict.haveContents = false;
     report.content.schedule.state = DocumentState::kMissing;
     report.content.schedule.problem = "is missing";
+    report.content.contents.items.clear();
     report.content.contents.files.clear();
 }
 
