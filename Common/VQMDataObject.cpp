@@ -1,4 +1,5 @@
-// A null text stops the process in release builds too.
+// A null text stops the process in release builds too: without this, <cassert> does not declare
+// `__assert_fail` there.
 #undef NDEBUG
 
 #include "Common/VQMDataObject.h"
@@ -17,7 +18,8 @@
 
 namespace {
 
-/// Every number text is cut to this length.
+/// Every number text is cut to this length. Only a double can be longer: it has up to 309 digits before
+/// the point.
 constexpr std::size_t kMaxNumberText = 253;
 
 /// The largest size that an object can have.
@@ -38,7 +40,7 @@ void AssertText(const char* pStr, int line, const char* function)
     }
 }
 
-/// The value of a digit; more than 9 for any other character.
+/// The value of a digit; more than 9 for any other character, because the ones below '0' wrap around.
 unsigned int DigitOf(char character)
 {
     return static_cast<unsigned char>(character) - static_cast<unsigned int>('0');
@@ -115,6 +117,7 @@ void CVQMDataObject::StrToNumber(const char* pStr, int& number)
 {
     AssertText(pStr, __LINE__, "void CVQMDataObject::StrToNumber(const char*, int&)");
     const bool negative = *pStr == '-';
+    // Unsigned, because a signed overflow would be undefined; the result wraps around as documented.
     const auto magnitude = ScanDigits<unsigned int>(negative ? pStr + 1 : pStr);
     number = static_cast<int>(negative ? 0U - magnitude : magnitude);
 }
@@ -135,13 +138,14 @@ void CVQMDataObject::StrToNumber(const char* pStr, double& number)
     const DigitRun whole = ScanExactDigits(pStr);
     auto integer = static_cast<double>(whole.number);
     for (pStr = whole.pEnd; IsDigit(*pStr); ++pStr) {
-        // Fused on every target, also on those that have to call a function for it.
+        // Rounded once, on every target: those without the instruction call a function for it.
         integer = std::fma(integer, 10.0, *pStr - '0');
     }
     double fraction = 0.0;
     double scale = 1.0;
     while (*pStr == '.') {
         ++pStr;
+        // The shortcut counts digits from zero. After a further '.', the fraction so far is not zero.
         if (fraction == 0.0) {
             const DigitRun digits = ScanExactDigits(pStr);
             fraction = static_cast<double>(digits.number);
@@ -151,6 +155,7 @@ void CVQMDataObject::StrToNumber(const char* pStr, double& number)
         }
         for (; IsDigit(*pStr); ++pStr) {
             scale *= 0.1;
+            // Rounded twice, unlike the integer part above: intended.
             fraction = Product(fraction, 10.0) + (*pStr - '0');
         }
         // A further '.' continues from here with the scaled fraction: intended.
@@ -240,6 +245,7 @@ void CVQMDataBufferObject::AppendReserving(const char* pData, uVQMINT64 nSize, u
 std::unique_ptr<char[]> CVQMDataBufferObject::Grow(uVQMINT64 nSize, uVQMINT64 nExpected)
 {
     if (nSize > kMaxSize - m_nSize) {
+        // The text is part of the interface.
         throw std::length_error("vector::_M_emplace_back_aux");
     }
     const std::size_t size = m_nSize + static_cast<std::size_t>(nSize);

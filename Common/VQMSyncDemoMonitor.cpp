@@ -22,6 +22,7 @@ constexpr char kMediaDirectory[] = VQM_MEDIA_DIR;
 constexpr char kScheduleDirectory[] = VQM_APPS_DIR "/" VQM_APP_ID "/RECH";
 
 constexpr char kScheduleFileConstant[] = "ScheduleFile";
+/// Bytes per step of reading the schedule.
 constexpr uVQMINT64 kReadUnit = 102400;
 
 /// The store's only failure; other results, even negative ones, count as success.
@@ -93,6 +94,7 @@ void CVQMSyncDemoMonitor::DestroyInstance()
 bool CVQMSyncDemoMonitor::CheckSyncDemoEnbaled()
 {
     int state = 0;
+    // The result is not checked: a failed read leaves 0, which counts as off.
     vconf_get_int(kSyncDemoSettingKey, &state);
     if (state == 1) {
         VQM_LOG_DEBUG("CVQMSyncDemoMonitor::CheckSyncDemoEnbaled - Enabled \n");
@@ -104,7 +106,7 @@ bool CVQMSyncDemoMonitor::CheckSyncDemoEnbaled()
 
 void CVQMSyncDemoMonitor::SetSyncDemoVocnf(bool enable)
 {
-    // Two reads on purpose: only switching off is decided by the first one alone.
+    // Two reads on purpose: the first one alone decides only a call that switches off.
     const bool switchOff = CheckSyncDemoEnbaled() && !enable;
     if (!switchOff) {
         const bool switchOn = !CheckSyncDemoEnbaled() && enable;
@@ -150,7 +152,7 @@ bool CVQMSyncDemoMonitor::UnSetVconfCallBack(void* callback)
         VQM_LOG_DEBUG("CVQMSyncDemoMonitor::UnSetVconfCallBack - vconf_ignore_key_changed returned error \n");
         return false;
     }
-    bSetVconfCallBack = false;
+    bSetVconfCallBack = false; // even if other callbacks are still registered: intended
     return true;
 }
 
@@ -181,6 +183,7 @@ void CVQMSyncDemoMonitor::CheckContents()
     path += fileName;
     if (!Exists(path)) {
         VQM_LOG_DEBUG("CVQMSyncDemoMonitor::CheckContents - schedule not exist (%s) \n", path.c_str());
+        // The answer about contents and the current policy stay, here and after a failed parse: intended.
         m_bHaveSchedule = false;
         return;
     }
@@ -212,6 +215,7 @@ bool CVQMSyncDemoMonitor::HasAllContents(const _VQMPolicy& policy)
         for (const _VQMContentInfo& content : schedule.listContents) {
             const std::string path = directory + content.strName;
             if (pipe.GetFileSize(path.c_str()) != content.nSize) {
+                // The same words for a file of another size: intended.
                 VQM_LOG_DEBUG_AS("CheckContents", "CVQMSyncDemoMonitor::CheckContents - %s not exist \n", path.c_str());
                 return false;
             }
@@ -248,7 +252,7 @@ bool CVQMSyncDemoMonitor::ParseStoredSchedule(std::string path, _VQMPolicy* targ
 
 void CVQMSyncDemoMonitor::GetCurrentPolicy(_VQMPolicy& out)
 {
-    // The copy is complete before it takes the place of what was there.
+    // Copied first, so that a copy that fails leaves `out` as it was.
     boost::mutex::scoped_lock lock(m_policyMutex);
     _VQMPolicy copy(m_stCurrentPolicy);
     lock.unlock();

@@ -103,7 +103,7 @@ const CLI::Option* MissingArgument(const CLI::App& command)
     return nullptr;
 }
 
-/// The option of the command, or of what it belongs to, that the library's error names.
+/// The option of the command, or of a command above it, that the parser's error names.
 const CLI::Option* NamedOption(const CLI::App* command, const CLI::ParseError& error)
 {
     for (; command != nullptr; command = command->get_parent()) {
@@ -116,7 +116,7 @@ const CLI::Option* NamedOption(const CLI::App* command, const CLI::ParseError& e
     return nullptr;
 }
 
-/// In our own words: the library's differ from version to version.
+/// Does not show the parser's own text, which differs from version to version.
 std::string DescribeArgument(const CLI::App& command, const CLI::ParseError& error)
 {
     if (const CLI::Option* const missing = MissingArgument(command)) {
@@ -163,8 +163,8 @@ ColourMode ParseColour(const std::string& when)
     throw CommandError(ExitCode::kUsage, "--color is '" + when + "'; expected auto, always or never");
 }
 
-/// The library reports each call to the log, for an application's sake. Here its errors are enough,
-/// unless the user asks for more; the log reads its threshold when the first line is written.
+/// The library logs each call, which an application wants. A command shows its errors only, unless the user
+/// asks for more, by the option or in DLOG_LEVEL. The log reads its threshold at its first line.
 void SetLogThreshold(bool verbose)
 {
     setenv("DLOG_LEVEL", verbose ? "debug" : "error", verbose ? 1 : 0);
@@ -182,7 +182,7 @@ CommandLine::CommandLine() : app_("The command-line tool of VQMKeygrab.", "vqmct
         ->each([](const std::string& when) { SetColour(ParseColour(when)); });
     app_.footer(kFooter);
     app_.require_subcommand(1);
-    app_.fallthrough();
+    app_.fallthrough(); // options that hold everywhere may also stand behind a command
     const auto words = std::make_shared<std::vector<std::string>>();
     CLI::App& help = AddCommand("help", "Print the help of a command", [this, words] { return Help(*words); });
     help.add_option("command", *words, "The command's words, such as: schedule lint")->type_name("COMMAND");
@@ -219,7 +219,7 @@ std::function<std::string(const std::string&)> WholeNumber(const std::string& op
             throw CommandError(ExitCode::kUsage, option + " is '" + text + "'; expected a whole number from " +
                                                      std::to_string(least) + " to " + std::to_string(most));
         }
-        return "";
+        return ""; // the parser's sign for a valid value
     };
 }
 

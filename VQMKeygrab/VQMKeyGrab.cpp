@@ -19,7 +19,8 @@ constexpr const char* kToolKeys[] = {"XF86SimpleMenu", "XF86More"};
 
 /// The service's or-exclusive mode.
 constexpr unsigned int kOrExclusive = 0x80000;
-/// The keys that every other application needs: they are grabbed with the rest and released again.
+/// The keys that every other application needs: they are grabbed with the rest and released again. The
+/// service numbers the keys; the order is part of the interface.
 constexpr int kReleasedAgain[] = {75, 76, 17, 10, 31, 26, 27, 28, 29, 30};
 
 bool IsToolKey(const char* key)
@@ -32,7 +33,8 @@ bool IsToolKey(const char* key)
     return false;
 }
 
-/// Gives up the creator's reference and deletes the object.
+/// Deletes the object, after giving up one reference if any is counted. The toolkit counts none for a new
+/// object, so usually there is none to give up.
 void ReleaseObject(Evas_Object*& object, const char* function, const char* name)
 {
     if (evas_object_ref_get(object) > 0) {
@@ -102,8 +104,10 @@ bool CVQMKeyGrab::CreateWindow(void* data)
     evas_object_render_op_set(m_background, EVAS_RENDER_COPY);
     evas_object_resize(m_background, width, height);
     evas_object_show(m_background);
+    // The window itself is not resized: intended.
     evas_object_show(m_window);
 
+    // Null until the toolkit has opened its first window.
     void* display = ecore_x_display_get();
     if (display == nullptr) {
         VQM_LOG_DEBUG("CVQMKeyGrab::CreateWindow - disp is NULL\n");
@@ -130,6 +134,7 @@ void CVQMKeyGrab::DestroyWindow()
         evas_object_hide(m_background);
         ReleaseObject(m_background, __func__, "m_background");
     }
+    // Not freed: the canvas belongs to the window, which is deleted last because the rectangle lies on it.
     if (m_evas != nullptr) {
         VQM_LOG_DEBUG("m_evas is not null");
         m_evas = nullptr;
@@ -150,6 +155,7 @@ void CVQMKeyGrab::OrExclusiveGrabKeys(void* display, unsigned int window, bool /
         return;
     }
 
+    // No result of the service is checked: intended.
     GrabKeyList grabList;
     GrabKeyList releaseList;
     Grab_InitKeys(&grabList);

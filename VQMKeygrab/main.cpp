@@ -50,15 +50,18 @@ void _languageChange(app_event_info* /*event*/, void* /*data*/)
     char* language = vconf_get_str(kLanguageKey);
     if (language != nullptr) {
         elm_language_set(language);
+        // The misspelling is intended.
         VQM_LOG_DEBUG("Set Lanauge: %s\n", language);
         std::free(language);
     } else {
         VQM_LOG_DEBUG("Can not Set multi-language mode!! \n");
     }
+    // Also without a language: intended.
     bindtextdomain(kTextDomain, kCatalogueDirectory);
 }
 
 /// Each event type has its own slot in `handlers`; only a change of language is acted on.
+/// The other types are registered without a callback, and no result is checked: intended.
 void RegisterEventHandlers(app_event_handler_h (&handlers)[kEventTypes])
 {
     const struct {
@@ -76,6 +79,7 @@ void RegisterEventHandlers(app_event_handler_h (&handlers)[kEventTypes])
     }
 }
 
+/// The popup service may throw. The application then runs on, with popups.
 void BlockPopups(const char* function)
 {
     try {
@@ -135,6 +139,7 @@ int elm_main(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    // The steps of the toolkit's ELM_MAIN.
     _elm_startup_time = ecore_time_unix_get();
     elm_init(argc, argv);
     const int result = elm_main(argc, argv);

@@ -26,7 +26,8 @@ std::optional<int> ParsePart(const std::string& digits, int limit)
 bool IsZoneRule(std::string_view value)
 {
     constexpr char kLetters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
-    constexpr std::size_t kShortestName = 3;
+    constexpr std::size_t kShortestName = 3; // as POSIX asks
+    // Without a '>', `find` + 1 wraps around to 0, which is too short.
     const std::size_t nameEnd = value.front() == '<' ? value.find('>') + 1 : value.find_first_not_of(kLetters);
     if (nameEnd < kShortestName || nameEnd == std::string_view::npos) {
         return false;
@@ -46,14 +47,15 @@ std::filesystem::path ZoneDatabase()
 bool IsTimeZone(std::string_view value)
 {
     if (!value.empty() && value.front() == ':') {
-        value.remove_prefix(1);
+        value.remove_prefix(1); // the C library skips it
     }
     // These need no database.
     if (value.empty() || value == "UTC" || value == "GMT" || IsZoneRule(value)) {
         return true;
     }
     std::error_code ignored;
-    return std::filesystem::is_regular_file(ZoneDatabase() / value, ignored); // or `value` itself, with "/" in front
+    // An absolute `value` replaces the whole path.
+    return std::filesystem::is_regular_file(ZoneDatabase() / value, ignored);
 }
 
 Clock ReadClock()

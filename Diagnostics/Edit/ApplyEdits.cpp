@@ -11,6 +11,7 @@ std::vector<Edit> SortedEdits(std::string_view document, std::vector<Edit> edits
     std::uint64_t free = 0; // from where on no edit lies
     bool isFirst = true;
     for (const Edit& edit : edits) {
+        // Edits may touch. An insertion may not touch the edit before it: their order would be a guess.
         const bool apart = isFirst || edit.offset > free || (edit.offset == free && !edit.oldText.empty());
         if (!apart || edit.offset > document.size() ||
             document.substr(static_cast<std::size_t>(edit.offset), edit.oldText.size()) != edit.oldText) {

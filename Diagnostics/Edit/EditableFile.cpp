@@ -46,6 +46,7 @@ EditableFile::EditableFile(const std::string& name, Use use) : name_(name)
     }
     try {
         if (use == Use::kReplace) {
+            // The name is checked first, because opening follows a link; what was opened is checked below.
             struct stat named = {};
             if (lstat(name.c_str(), &named) != 0) {
                 throw std::system_error(errno, std::generic_category());
@@ -83,12 +84,13 @@ void EditableFile::CheckReplaceable(const struct stat& status) const
         Refuse("change", "it has " + std::to_string(status.st_nlink) +
                              " names (hard links), and the others would keep the old content");
     }
+    // A rename needs no right to write to the old file, so a read-only one would be replaced.
     if (faccessat(AT_FDCWD, name_.c_str(), W_OK, AT_EACCESS) != 0) {
         Refuse("change", std::generic_category().message(errno));
     }
 }
 
-/// Not by the time of the last change: two changes may have the same.
+/// Compares the content and not the time of the last change: two changes may have the same time.
 void EditableFile::CheckUnchanged() const
 {
     struct stat named = {};

@@ -79,6 +79,7 @@ public:
         std::vector<Change> hunk;
         for (std::size_t next = 0; next < edits.size() && wanted_;) {
             Change change = TakeChange(edits, next);
+            // Changes whose context lines meet share a hunk.
             if (!hunk.empty() && change.line - (hunk.back().line + hunk.back().lines) > 2 * kContext) {
                 WriteHunk(hunk);
                 hunk.clear();
@@ -133,7 +134,7 @@ private:
             end = LineEnd(document_, end);
         }
         const std::uint64_t oldLines = hunk.back().line + hunk.back().lines + after - first;
-        std::uint64_t added = 0; // beyond those that they replace; counts modulo its range
+        std::uint64_t added = 0; // less the lines that they replace; wraps around where that is below 0
         for (const Change& change : hunk) {
             added += CountLines(NewLines(change)) - change.lines;
         }

@@ -38,7 +38,7 @@ std::string ValueOf(const _VQMPolicy& policy, Field field)
     return "";
 }
 
-/// One form for each address, whatever way it is written.
+/// One form for each IPv6 address, however it is written; an IPv4 address has only one.
 std::string Normal(const std::string& address)
 {
     in6_addr parsed = {};
@@ -171,7 +171,7 @@ private:
         }
     }
 
-    /// What the linter finds wrong with an address or a mask by itself is not said again.
+    /// Leaves out texts that are not an address or a mask: the linter reports them.
     void CompareSubnets()
     {
         const std::optional<std::uint32_t> firstMask = lint::ParseIPv4(all_[0].Value(Field::kSubnetMask));

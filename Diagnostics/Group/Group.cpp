@@ -22,7 +22,7 @@ Report Compare(const std::vector<std::string>& paths)
         report.documents.push_back(other.Name());
         ComparePeriods(first, other, number, differences);
     }
-    // In a list of their own: the other may be full of items by now.
+    // In a separate list, because the first one may be full of differences between items.
     DifferenceList ofFacts;
     CompareFacts(facts, ofFacts);
     differences.Take(std::move(ofFacts));

@@ -51,7 +51,7 @@ std::vector<Period> PeriodsOf(const Document& document)
     return periods;
 }
 
-/// By name; of several of a name, by the rest.
+/// Sorted by name, and items of one name by their order.
 std::vector<Item> ItemsOf(const Period& period)
 {
     std::vector<Item> items;
@@ -100,6 +100,7 @@ public:
             [this](const Period& left, const Period& right) { CompareItems(left, right); },
             [&missing](const Period& period) { missing.push_back(period); },
             [&extra](const Period& period) { extra.push_back(period); });
+        // Periods left over on both sides are paired in the order of their times.
         const std::size_t moved = std::min(missing.size(), extra.size());
         for (std::size_t index = 0; index < moved; ++index) {
             const Period& left = missing[index];

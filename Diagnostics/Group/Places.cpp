@@ -34,7 +34,7 @@ constexpr std::array<FieldInfo, kFields> kFieldInfos = {{
     {"SubnetMask", Element::kRechInfo},
 }};
 
-/// More than the parser is given at once, which counts in int.
+/// The most bytes that the parser is given at once; it counts in int.
 constexpr std::size_t kPiece = 16777216;
 
 /// Follows the parser as the library's own reader of documents does: by names, whatever contains what.
@@ -54,6 +54,7 @@ public:
     {
         for (std::uint64_t offset = 0; offset < window_.End() && !thrown_; offset += kPiece) {
             const std::string_view piece = window_.View(offset, kPiece);
+            // No call is the final one, which would only report errors: the library has accepted the document.
             XML_Parse(parser_.get(), piece.data(), static_cast<int>(piece.size()), XML_FALSE);
         }
         if (thrown_) {

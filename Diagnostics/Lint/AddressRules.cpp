@@ -24,7 +24,7 @@ std::optional<Problem> JudgeEmpty(const std::string& attribute, const std::strin
     return Problem{Rule::kEmptyAddress, attribute + " is empty", "an address, or no attribute", kEffect};
 }
 
-/// A mask is ones, then zeros.
+/// A mask is ones, then zeros: its complement is one less than a power of two.
 bool IsMask(std::uint32_t mask)
 {
     const std::uint32_t zeros = ~mask;

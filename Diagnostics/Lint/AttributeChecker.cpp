@@ -42,6 +42,7 @@ const std::vector<Judgement>& AttributeChecker::Check(const StartTag& tag)
         if (info == nullptr) {
             CheckUnknown(tag, index);
         } else if (index >= static_cast<std::size_t>(tag.Info().slots)) {
+            // The TV looks at a fixed number of attributes, from the first on.
             const bool isState = info->kind == ValueKind::kState;
             reporter_.Report(
                 tag.NamePlace(index),

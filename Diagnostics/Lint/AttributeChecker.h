@@ -39,7 +39,8 @@ private:
     Reporter& reporter_;
     schedule::Day today_;
     std::vector<Judgement> judgements_;
-    std::vector<std::string> meant_; ///< the names that misspelt ones of the tag may stand for
+    std::vector<std::string>
+        meant_; ///< names that were reported as misspelt or out of place: they are not missing as well
 };
 
 } // namespace lint

@@ -16,6 +16,7 @@ namespace lint {
 
 namespace {
 
+/// Bytes that one step of the parser takes, unless a token is longer.
 constexpr std::size_t kPiece = 262144;
 
 /// A piece that grows to this size without a "<" is cut anywhere.
@@ -75,6 +76,8 @@ void DocumentParse::Run()
     }
 }
 
+/// Each round reads a piece, and beyond it what a snippet may show; parses up to the last "<" of the piece;
+/// and forgets what no finding can need any more.
 bool DocumentParse::ParseAll()
 {
     while (true) {
@@ -92,7 +95,7 @@ bool DocumentParse::ParseAll()
         if (!ParseTo(end, false)) {
             return false;
         }
-        // A long token is scanned from its start at each step: then the steps get longer.
+        // The parser scans an unfinished token from its start at each step, so a long one gets longer steps.
         piece_ = Offset() > before ? kPiece : std::min(2 * piece_, kMaxPiece);
         const std::uint64_t current = window_.Advance(std::min(Offset(), parsed_)).offset;
         const std::uint64_t needed = checker_.NeededFrom(current);
@@ -124,13 +127,15 @@ bool DocumentParse::ParseTo(std::uint64_t end, bool isFinal)
     return status != XML_STATUS_ERROR;
 }
 
-/// Where the parser is; before its first event it is nowhere.
+/// The offset that the parser has reached; 0 before its first event.
 std::uint64_t DocumentParse::Offset() const
 {
     const std::int64_t index = ByteIndex(parser_.get());
     return index < 0 ? 0 : static_cast<std::uint64_t>(index);
 }
 
+/// Runs the body of a handler. An exception must not pass through the parser's C code: it stops the parser,
+/// and `Run` throws it again.
 template <typename Action>
 void DocumentParse::Guarded(Action action)
 {
@@ -173,7 +178,7 @@ void DocumentParse::OnDoctype(void* self, const char* name, const char* /*system
 {
     auto& parse = *static_cast<DocumentParse*>(self);
     parse.Guarded([&] {
-        // The event comes after the declaration's own beginning.
+        // The parser reports the declaration from a place after its beginning: look backwards for that.
         const std::uint64_t begin = parse.window_.Begin();
         const std::size_t place = parse.window_.View(begin, parse.Offset() - begin).rfind(kDoctype);
         const Position position =
@@ -214,6 +219,7 @@ bool DocumentParse::WouldBeUtf8()
 {
     const XML_Error error = XML_GetErrorCode(parser_.get());
     const std::string_view place = window_.View(Offset(), 1);
+    // The other errors are about the encoding as such. This one is a byte beyond ASCII in declared US-ASCII.
     const bool isWideByte = error == XML_ERROR_INVALID_TOKEN && !place.empty() && !IsUtf8(place);
     if (error != XML_ERROR_UNKNOWN_ENCODING && error != XML_ERROR_INCORRECT_ENCODING && !isWideByte) {
         return false;

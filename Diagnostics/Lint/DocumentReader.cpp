@@ -8,10 +8,11 @@ namespace lint {
 
 namespace {
 
+/// Enough to recognise another kind of file.
 constexpr std::size_t kHeadSize = 512;
 constexpr std::size_t kReadUnit = 65536;
 
-/// What has this much nothing in it may have no end, as devices do.
+/// The most bytes that are searched for text: a device such as /dev/zero has no end.
 constexpr std::uint64_t kMaxSearched = 67108864;
 
 bool HasText(std::string_view bytes)

@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-/// The place of the first "\n" or "\r" from `start` on; the size without one. Every byte of a document
-/// comes by here.
+/// The place of the first "\n" or "\r" from `start` on; the size without one. It uses `memchr`, because
+/// every byte of a document passes here.
 std::size_t LineEnd(std::string_view bytes, std::size_t start)
 {
     const auto find = [&bytes, start](char wanted, std::size_t end) {
@@ -109,7 +109,7 @@ Snippet DocumentWindow::SnippetAt(const Position& position, std::uint64_t size) 
     }
     snippet.cutBefore = position.offset - before.size() != position.lineStart;
 
-    // A byte more than is shown says whether the line goes on, however long it is.
+    // One byte more than is shown is enough to see that the line goes on.
     std::string_view after = View(position.offset, kSnippetReach + 1);
     after = after.substr(0, after.find_first_of("\r\n"));
     if (after.size() > kSnippetReach) {

@@ -8,6 +8,7 @@ namespace lint {
 
 namespace {
 
+/// The lowest rank is kept longest: errors first, then by place.
 auto Rank(Rule rule, std::uint64_t line, std::uint64_t column)
 {
     return std::make_tuple(SeverityOf(rule), line, column, rule);
@@ -38,7 +39,7 @@ bool FindingList::Wants(Rule rule, std::uint64_t line, std::uint64_t column) con
         return true;
     }
     if (heap_.empty()) {
-        return false;
+        return false; // the limit is 0
     }
     const Kept& last = heap_.front();
     return Rank(rule, line, column) < Rank(last.rule, last.diagnostic.line, last.diagnostic.column);

@@ -31,6 +31,7 @@ constexpr Signature kSignatures[] = {
     {"\xFF\xD8\xFF"sv, 0, {"a JPEG picture", kCopyAgain}},
     {"\x89PNG"sv, 0, {"a PNG picture", kCopyAgain}},
     {"ftyp"sv, 4, {"a film", kCopyAgain}},
+    // Two literals: in one, the E would be a third digit of the escape.
     {"\x7F"
      "ELF"sv,
      0,
@@ -50,7 +51,7 @@ void SkipSpace(std::string_view& text)
     text.remove_prefix(std::min(text.find_first_not_of(kSpace), text.size()));
 }
 
-/// Skips what starts with `start`, up to the end of `end`.
+/// Skips markup from `start` to `end` and the space after it. False when the text does not begin so.
 bool Skip(std::string_view& text, std::string_view start, std::string_view end)
 {
     if (text.substr(0, start.size()) != start) {
@@ -81,7 +82,8 @@ bool IsHtml(std::string_view markup)
                        [markup](std::string_view start) { return StartsWithIgnoringCase(markup, start); });
 }
 
-/// A text has no control characters but white space. Zero bytes say nothing: they end a text for the TV.
+/// True when control characters other than white space are found. Zero bytes do not count: for the TV they
+/// end a text.
 bool HoldsBinaryData(std::string_view head)
 {
     const auto isControl = [](char byte) {
@@ -119,7 +121,7 @@ const char* WideEncoding(std::string_view head)
         std::string_view bytes;
         const char* encoding;
     };
-    // The heads of UTF-32 come first: one of them begins as one of UTF-16 does.
+    // UTF-32 first: two of its heads begin with one of UTF-16.
     static constexpr Head kHeads[] = {
         {"\xFF\xFE\0\0"sv, "UTF-32"}, {"\0\0\xFE\xFF"sv, "UTF-32"}, {"<\0\0\0"sv, "UTF-32"}, {"\0\0\0<"sv, "UTF-32"},
         {"\xFF\xFE"sv, "UTF-16"},     {"\xFE\xFF"sv, "UTF-16"},     {"<\0"sv, "UTF-16"},     {"\0<"sv, "UTF-16"},

@@ -57,6 +57,7 @@ struct Context {
     std::string_view lastValue{}; ///< what the quotes hold that were closed last
 };
 
+/// Scans the markup before the place again, because the parser does not say what it was reading.
 Context ContextOf(std::string_view before)
 {
     Context context;
@@ -90,7 +91,7 @@ Context ContextOf(std::string_view before)
     return context;
 }
 
-/// The "&" before the place, if only a name stands between them.
+/// Whether an "&" comes before the place, with nothing but a name in between.
 bool FollowsAmpersand(std::string_view before)
 {
     std::size_t place = before.size();
@@ -156,6 +157,7 @@ std::string DescribeAfterValue(const Context& context, char32_t code)
     return "a blank is missing before " + Shown(code);
 }
 
+/// The order matters: the more specific cause comes first.
 std::string DescribeInTag(const ParseFailure& failure, const Context& context, char32_t code)
 {
     const std::string_view markup = context.markup;
@@ -192,7 +194,7 @@ std::string DescribeInTag(const ParseFailure& failure, const Context& context, c
     return Shown(code) + " cannot stand here in a tag";
 }
 
-/// The parser's own text says the same again for the commonest error.
+/// The parser's own text for the commonest error is "not well-formed (invalid token)".
 std::string InWordsOfTheParser(XML_Error error)
 {
     return error == XML_ERROR_INVALID_TOKEN ? "not well-formed: invalid token"
@@ -209,6 +211,83 @@ std::string DescribeInvalidToken(const ParseFailure& failure)
     const Context context = ContextOf(failure.before);
     const auto byte = static_cast<unsigned char>(failure.after.front());
     const bool singleBytes = !failure.encoding.empty() && strcasecmp(failure.encoding.c_str(), "UTF-8") != 0;
+    // In a document of single bytes, 80 to 9F are taken for windows-1252: ISO-8859-1 has only control
+    // characters there.
+    const platform::CodePoint character = platform::FirstCodePoint(text);
+    if (IsTypographicQuote(character.value)) {
+        return character.value;
+    }
+    text.remove_prefix(character.size == 0 ? 1 : character.size);
+}
+return 0;
+}
+
+std::string DescribeAfterValue(const Context& context, char32_t code)
+{
+    if (const char32_t quote = TypographicQuoteIn(context.lastValue); quote != 0) {
+        return "a quote before this place is typographic: " + Shown(quote) + "; write straight ones: \" or '";
+    }
+    if (context.lastValue.find('=') != std::string_view::npos) {
+        return "a quote is missing: the value before " + Shown(code) + " holds the next attribute";
+    }
+    return "a blank is missing before " + Shown(code);
+}
+
+/// The order matters: the more specific cause comes first.
+std::string DescribeInTag(const ParseFailure& failure, const Context& context, char32_t code)
+{
+    const std::string_view markup = context.markup;
+    if (context.quote != '\0' && code == '<') {
+        return std::string("'<' in a value; write &lt;, or ") + context.quote + " where the value ends";
+    }
+    if (markup == "<" && code == '/') {
+        return "an end tag that closes nothing; delete it";
+    }
+    if (markup == "<") {
+        return "'<' begins no tag here; write &lt; for the character itself";
+    }
+    if (IsTypographicQuote(code)) {
+        return TypographicQuote(code);
+    }
+    if (markup.substr(0, 2) == "<?") {
+        return "this is no XML declaration; write <?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+    }
+    if (code == kNoBreakSpace) {
+        return "a no-break space in a tag; write a plain one";
+    }
+    if (EndsWithSign(failure.before)) {
+        return "a value must stand in quotes; write one before " + Shown(code) + " and one where the value ends";
+    }
+    if (code == '<') {
+        return "the tag before '<' is not closed; write '>'";
+    }
+    if (context.afterValue) {
+        return DescribeAfterValue(context, code);
+    }
+    if (code == '>' || code == '/') {
+        return "the attribute before " + Shown(code) + " has no value; write =\"\" with the value in it";
+    }
+    return Shown(code) + " cannot stand here in a tag";
+}
+
+/// The parser's own text for the commonest error is "not well-formed (invalid token)".
+std::string InWordsOfTheParser(XML_Error error)
+{
+    return error == XML_ERROR_INVALID_TOKEN ? "not well-formed: invalid token"
+                                            : std::string("not well-formed: ") + XML_ErrorString(error);
+}
+
+} // namespace
+
+std::string DescribeInvalidToken(const ParseFailure& failure)
+{
+    if (failure.after.empty()) {
+        return InWordsOfTheParser(failure.error);
+    }
+    const Context context = ContextOf(failure.before);
+    const auto byte = static_cast<unsigned char>(failure.after.front());
+    const bool singleBytes = !failure.encoding.empty() && strcasecmp(failure.encoding.c_str(), "UTF-8") != 0;
+    // In a document of single bytes, 80 to 9F are read as windows-1252, which its author had in mind.
     const platform::CodePoint character =
         singleBytes ? platform::CodePoint{FromWindows1252(byte), 1} : platform::FirstCodePoint(failure.after);
     const bool isAscii = strcasecmp(failure.encoding.c_str(), "US-ASCII") == 0;

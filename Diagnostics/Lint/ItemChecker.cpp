@@ -90,6 +90,7 @@ void ItemChecker::Text(std::string_view text, std::uint64_t offset)
     if (open_ == Element::kName) {
         facts_.file += text;
     } else if (open_ == Element::kSize) {
+        // The TV reads each piece as a whole number, and the last one counts.
         ++sizePieces_;
         lastPiece_ = text;
         facts_.size = tv::Unsigned(lastPiece_);
@@ -108,13 +109,15 @@ void ItemChecker::EndChild(std::uint64_t endTagOffset)
             facts_.sizePlace = TextBetweenTags(child, endTagOffset);
         }
     } else if (open_ == Element::kFormat) {
+        // As the TV does it: the extension joins what the name has so far, when the format ends.
         facts_.file += '.';
         facts_.file += child.text;
     }
     open_ = Element::kUnknown;
 }
 
-/// Without bytes where it holds a comment or a section, or comes out of an entity.
+/// The range has bytes, which an edit may replace, only where plain text stands between the tags: no
+/// comment, no section, nothing out of an entity.
 Range ItemChecker::TextBetweenTags(const Child& child, std::uint64_t endTagOffset) const
 {
     const DocumentWindow& window = reporter_.Window();

@@ -26,7 +26,7 @@ bool HasOnlyDigits(ValueKind kind, std::string_view text)
 /// Most numbers are short and plain, and then there is nothing to convert.
 bool IsPlain(const std::string& text)
 {
-    constexpr std::size_t kSafeDigits = 9;
+    constexpr std::size_t kSafeDigits = 9; // never too many for 32 bits
     return !text.empty() && text.size() <= kSafeDigits && text.find_first_not_of("0123456789") == std::string::npos;
 }
 

@@ -7,7 +7,8 @@ namespace lint {
 
 namespace {
 
-/// More than the seconds up to 24:59:59; a power of two keeps the tree's levels whole.
+/// One for each second up to 24:59:59, rounded up to a power of two. Node 1 is the root, the children of
+/// node n are 2n and 2n + 1, and the second s is node kLeaves + s.
 constexpr std::size_t kLeaves = 1U << 17U;
 
 /// Up to this many, comparing is cheaper than the 2 MiB of the tree.
@@ -49,6 +50,8 @@ std::optional<Period> PeriodOverlaps::FirstOfFew(const Period& period) const
     return found == periods_.end() ? std::nullopt : std::optional<Period>(*found);
 }
 
+/// From both ends of the stretch upwards, takes the largest nodes that lie in it. A period meets the stretch
+/// if it touches such a node or covers one above it.
 std::uint32_t PeriodOverlaps::FirstIn(std::size_t start, std::size_t end) const
 {
     std::uint32_t first = kNone;
@@ -69,6 +72,7 @@ std::uint32_t PeriodOverlaps::FirstIn(std::size_t start, std::size_t end) const
     return first;
 }
 
+/// Takes the same nodes as `FirstIn`.
 void PeriodOverlaps::Cover(std::size_t start, std::size_t end, std::uint32_t period)
 {
     const auto put = [&](std::size_t node) {

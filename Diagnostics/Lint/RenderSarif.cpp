@@ -16,7 +16,7 @@ namespace {
 
 constexpr char kSchema[] = "https://docs.oasis-open.org/sarif/sarif/v2.1.0/errata01/os/schemas/sarif-schema-2.1.0.json";
 
-/// The path of a URI: RFC 3986 leaves these characters as they are.
+/// A path in a URI: RFC 3986 leaves only the unreserved characters as they are.
 std::string EscapedPath(std::string_view path)
 {
     constexpr std::string_view kUnreserved = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~";
@@ -33,7 +33,7 @@ std::string EscapedPath(std::string_view path)
     return escaped;
 }
 
-/// A relative reference stays relative, to whatever the reader of the log takes for the root.
+/// A relative name stays relative: the reader of the log knows its root.
 Json LocationJson(const std::string& name)
 {
     return {{"uri", (name.substr(0, 1) == "/" ? "file://" : "") + EscapedPath(name)}};
@@ -57,7 +57,8 @@ Json RulesJson()
     return rules;
 }
 
-/// What a finding is about: no line number, so that it stays when lines come and go before it.
+/// Identifies a finding across versions of the file. Without the line number, which changes with the lines
+/// before it.
 std::string Subject(const Diagnostic& finding)
 {
     const std::string& line = finding.source.text;
@@ -65,6 +66,7 @@ std::string Subject(const Diagnostic& finding)
     return finding.id + '\n' + (first == std::string::npos ? "" : line.substr(first));
 }
 
+/// `occurrence` tells findings with the same subject apart.
 std::string Fingerprint(const std::string& subject, int occurrence)
 {
     boost::uuids::name_generator_sha1 named{boost::uuids::uuid()};

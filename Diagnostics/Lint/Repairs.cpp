@@ -4,7 +4,7 @@ namespace lint {
 
 std::vector<Edit> FindRepairs(std::string_view document, Options options)
 {
-    options.maxFindings = 0;
+    options.maxFindings = 0; // fixes are collected all the same
     std::vector<Edit> edits;
     std::vector<Fix> fixes = Lint(document, options).fixes;
     for (const Fix& fix : fixes) {
@@ -13,6 +13,7 @@ std::vector<Edit> FindRepairs(std::string_view document, Options options)
         }
     }
     if (!edits.empty()) {
+        // What else is wrong shows once the document is read in its true encoding.
         options.asUtf8 = true;
         fixes = Lint(document, options).fixes;
     }

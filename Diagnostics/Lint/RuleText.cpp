@@ -16,7 +16,7 @@ std::string WithoutMarks(std::string_view text)
     return plain;
 }
 
-/// A paragraph word by word.
+/// Breaks a paragraph into lines.
 class Paragraph {
 public:
     explicit Paragraph(std::size_t columns) : columns_(columns) {}

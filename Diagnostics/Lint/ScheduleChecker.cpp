@@ -194,7 +194,8 @@ int ScheduleChecker::OpenTextElements() const
     return OpenCount(Element::kName) + OpenCount(Element::kSize) + OpenCount(Element::kFormat);
 }
 
-/// Whether the innermost element is a name, size or format that the item's check follows.
+/// Whether the innermost element is a name, size or format of an item, and not inside another one: only then
+/// `item_` takes its text and its end.
 bool ScheduleChecker::IsReadChild() const
 {
     return !open_.empty() && IsTextElement(open_.back().element) && OpenTextElements() == 1 &&
@@ -232,7 +233,7 @@ void ScheduleChecker::Text(std::string_view text, std::uint64_t offset)
         item_.Text(text, offset);
         return;
     }
-    // An element that is unknown or in the wrong place was reported; its text goes with it.
+    // An element that is unknown or in the wrong place has been reported, and so has an earlier text.
     const bool isReported =
         open_.empty() || open_.back().strayText || open_.back().element == Element::kUnknown || OpenTextElements() > 0;
     if (isReported || IsBlank(text)) {

@@ -16,6 +16,7 @@ std::optional<std::uint64_t> SeenTexts::Add(std::string_view text, std::uint64_t
     if (2 * (entries_.size() + 1) > slots_.size()) {
         Grow();
     }
+    // Open addressing: from the slot of the hash on, the first free one ends the search.
     const auto hash = static_cast<std::uint32_t>(std::hash<std::string_view>()(text));
     const std::size_t mask = slots_.size() - 1;
     std::size_t place = hash & mask;
@@ -66,6 +67,7 @@ std::optional<std::uint64_t> SeenNumbers::Add(int number, std::uint64_t line)
         ascending_.push_back({number, static_cast<std::uint32_t>(line)});
         return std::nullopt;
     }
+    // Always found: the number is not above the last one.
     const auto place = std::lower_bound(ascending_.begin(), ascending_.end(), number,
                                         [](const Entry& entry, int wanted) { return entry.number < wanted; });
     if (place->number == number) {

@@ -49,13 +49,13 @@ Range StartTag::ValuePlace(std::size_t index) const
     }
     Range range = {PositionAt(position_.offset + place->value), place->valueSize};
     const std::string_view bytes = window_.View(range.position.offset, range.size);
-    if (bytes == AttributeValue(index)) { // not where the parser has replaced entities
+    if (bytes == AttributeValue(index)) { // they differ where the parser has replaced entities
         range.bytes = bytes;
     }
     return range;
 }
 
-/// Attributes are asked about from the first to the last: counting goes on where it was.
+/// Callers ask from the first attribute to the last, so counting goes on from the place before.
 Position StartTag::PositionAt(std::uint64_t offset) const
 {
     last_ = window_.PositionAt(offset, offset < last_.offset ? position_ : last_);

@@ -32,23 +32,23 @@ std::vector<std::string> SplitAtColons(const std::string& text)
     return parts;
 }
 
-/// Digits, of which there may be too many for any number.
+/// `digits` may be too many for any integer, so their number is compared first.
 bool Exceeds(std::string digits, int limit)
 {
     digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size()));
     return digits.size() > 4 || tv::Integer(digits) > limit;
 }
 
-std::string SetTakesTime(const std::string& text)
+std::string TvReadsTime(const std::string& text)
 {
     return "the TV reads " + tv::TimeText(tv::Time(text));
 }
 
-/// What is wrong with the text as such; it says a time of day where nothing is.
+/// What is wrong with the text as such; none when it is a time of day.
 std::optional<Problem> JudgeTimeText(const std::string& attribute, const std::string& text)
 {
     const auto problem = [&](Rule rule, const std::string& what) {
-        return Problem{rule, attribute + " " + QuotedShort(text) + " " + what, kTimeExpected, SetTakesTime(text)};
+        return Problem{rule, attribute + " " + QuotedShort(text) + " " + what, kTimeExpected, TvReadsTime(text)};
     };
     const std::vector<std::string> parts = SplitAtColons(text);
     if (parts.size() == 1 || parts.size() > 3 || parts[0].empty()) {
@@ -57,7 +57,7 @@ std::optional<Problem> JudgeTimeText(const std::string& attribute, const std::st
     static const std::vector<std::string> kPartNames = {"hour", "minute", "second"};
     static const std::vector<int> kLimits = {24, 59, 59};
     for (std::size_t index = 0; index < parts.size(); ++index) {
-        // A last part may be empty: "09:30:" is read well, and "09:" has no seconds in any case.
+        // The last part may be empty: the TV reads "09:30:" as meant, and "09:" is reported for its seconds.
         if (!IsDigits(parts[index]) && (index + 1 < parts.size() || !parts[index].empty())) {
             return problem(Rule::kTimeNotDigits, "has a " + kPartNames[index] + " that is not digits only");
         }
@@ -66,7 +66,7 @@ std::optional<Problem> JudgeTimeText(const std::string& attribute, const std::st
         if (Exceeds(parts[index], kLimits[index])) {
             return Problem{Rule::kTimeOutOfRange,
                            attribute + " " + QuotedShort(text) + " has a " + kPartNames[index] + " out of range",
-                           "a " + kPartNames[index] + " up to " + std::to_string(kLimits[index]), SetTakesTime(text)};
+                           "a " + kPartNames[index] + " up to " + std::to_string(kLimits[index]), TvReadsTime(text)};
         }
     }
     if (parts.size() == 2) {
@@ -120,16 +120,16 @@ TimeVerdict JudgeTime(const std::string& attribute, const std::string& text)
         verdict.problems.push_back({Rule::kTimeAfterMidnight,
                                     attribute + " " + QuotedShort(text) + " lies after the end of the day",
                                     isStart ? "a time up to 23:59:59" : "a time up to 24:00:00",
-                                    SetTakesTime(text) + ", which no clock reaches"});
+                                    TvReadsTime(text) + ", which no clock reaches"});
     } else if (time.nHour == 24) {
         verdict.problems.push_back({Rule::kHour24, attribute + " " + QuotedShort(text) + " has hour 24",
                                     "23:59:59, where the last second does not matter",
-                                    SetTakesTime(text) + ", the end of the day"});
+                                    TvReadsTime(text) + ", the end of the day"});
     }
     if (!HasTwoDigitParts(text)) {
         verdict.problems.push_back({Rule::kTimeStyle,
                                     attribute + " " + QuotedShort(text) + " is not in two-digit parts", kTimeExpected,
-                                    SetTakesTime(text)});
+                                    TvReadsTime(text)});
     }
     return verdict;
 }

@@ -22,6 +22,7 @@ _VQMTime Date(const std::string& text)
 int Integer(const std::string& text)
 {
     int number = 0;
+    // Every data object converts; an empty buffer costs nothing.
     CVQMDataBufferObject().StrToNumber(text.c_str(), number);
     return number;
 }

@@ -36,7 +36,7 @@ public:
 
 private:
     const InputFile& file_;
-    std::size_t left_ = kMaxDocument + 1;
+    std::size_t left_ = kMaxDocument + 1; ///< one more than is allowed, which shows that there is more
 };
 
 Document ReadDocument(const std::string& path)
@@ -57,7 +57,8 @@ Document ReadDocument(const std::string& path)
     throw std::runtime_error("cannot " + what + " '" + name + "': " + why);
 }
 
-/// A wide encoding shows in its first bytes, zero bytes among them.
+/// Why the document is rejected. A text in UTF-16 ends at its first zero byte, so only the head shows its
+/// encoding.
 std::string Cause(const Document& document)
 {
     const bool endsEarly = document.text.size() < document.head.size();

@@ -21,7 +21,7 @@ public:
     void Consider(std::size_t number, const Span& span)
     {
         if (span.IsEmpty() || (span.start == 0 && span.end == kDaySeconds)) {
-            return;
+            return; // never or always playing: nothing changes
         }
         Consider(span.start, number, &Change::starting);
         Consider(span.end % kDaySeconds, number, &Change::ending);
@@ -32,6 +32,7 @@ public:
 private:
     void Consider(int second, std::size_t number, std::vector<std::size_t> Change::*list)
     {
+        // What changes at this very second has changed: the next time is tomorrow.
         const int distance = second > second_ ? second - second_ : second + kDaySeconds - second_;
         if (distance > distance_) {
             return;

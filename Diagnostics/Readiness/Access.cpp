@@ -13,6 +13,7 @@ namespace {
 
 bool IsClosed(const std::string& directory)
 {
+    // For the effective user, as the library opens files; `access` would ask for the real one.
     return faccessat(AT_FDCWD, directory.c_str(), X_OK, AT_EACCESS) != 0 && errno == EACCES;
 }
 
@@ -20,7 +21,7 @@ bool IsOpenToAll(const std::string& path)
 {
     struct stat status = {};
     if (stat(path.c_str(), &status) != 0) {
-        return true; // whatever it is, it is not its mode
+        return true; // its own mode is not the reason
     }
     const mode_t needed = S_ISDIR(status.st_mode) ? S_IXOTH : S_IROTH;
     return (status.st_mode & needed) != 0;

@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::size_t kReadUnit = 65536;
 
-/// The library has no way to list or forget constants.
+/// The library has no way to list or forget constants, but lets derived classes see its cache.
 struct OpenConstants : CVQMDataConstants {
     using CVQMDataConstants::m_DataCache;
 };

@@ -29,7 +29,7 @@ namespace readiness {
 
 namespace {
 
-/// What a thread examines before it takes more, and files between two calls of a progress.
+/// The number of files that a thread takes at a time. Progress is reported after each such step.
 constexpr std::size_t kFilesOfAStep = 64;
 
 uVQMINT64 AddUpTo(uVQMINT64 left, uVQMINT64 right)
@@ -59,6 +59,7 @@ void ExamineFile(const FileTree& tree, const std::string& directory, CVQMFilePip
 {
     const std::string path = directory + file.name;
     const std::string place = tree.Locate(path);
+    // The library's own measure, because its check goes by it. `stat` only explains.
     file.size = pipe.GetFileSize(place.c_str());
     struct stat status = {};
     if (stat(place.c_str(), &status) != 0) {
@@ -79,7 +80,8 @@ void ExamineFile(const FileTree& tree, const std::string& directory, CVQMFilePip
     }
 }
 
-/// What is still to be copied. The parts of a file that are there need no room again.
+/// How many bytes are still to be copied. The part of a file that is there needs no room again; a file of
+/// several items counts once, with the largest size.
 uVQMINT64 BytesToCopy(const Contents& contents)
 {
     std::vector<uVQMINT64> lacking(contents.files.size());
@@ -92,9 +94,11 @@ uVQMINT64 BytesToCopy(const Contents& contents)
     return std::accumulate(lacking.begin(), lacking.end(), uVQMINT64{0}, AddUpTo);
 }
 
-/// A directory that is missing would come to lie on its parent's disk.
+/// Of the disk that holds the directory. One that is missing would be created on the disk of its nearest
+/// parent.
 std::optional<uVQMINT64> FreeBytes(const std::string& directory)
 {
+    // The first step takes only the "/" at the end off.
     for (std::filesystem::path place = std::filesystem::path(directory).parent_path();; place = place.parent_path()) {
         struct statvfs status = {};
         if (statvfs(place.c_str(), &status) == 0) {
@@ -135,7 +139,8 @@ void ListItems(const _VQMPolicy& policy, Contents& contents)
     }
 }
 
-/// Two threads share the files: a disk and a server bear more than one question at a time.
+/// Two threads share the files, because a disk or a server can work on more than one request at a time. Only
+/// the calling thread reports progress.
 void ExamineFiles(const FileTree& tree, Contents& contents, const Progress& progress)
 {
     const std::size_t total = contents.files.size();

@@ -20,7 +20,7 @@ public:
     std::vector<Diagnostic> Take();
 
 private:
-    /// Nothing keeps a TV from being ready that is ready.
+    /// An error, unless the TV is ready: then it has not mattered.
     void AddProblem(const char* id, std::string message, const std::string& path)
     {
         Add(id, ready_ ? Severity::kNote : Severity::kError, std::move(message), path);
@@ -29,7 +29,7 @@ private:
     {
         Add(id, Severity::kNote, std::move(message), path);
     }
-    /// The TV is ready and plays nothing.
+    /// An error even on a TV that is ready: it plays nothing.
     void AddFault(const char* id, std::string message, const std::string& path)
     {
         Add(id, Severity::kError, std::move(message), path);
@@ -147,7 +147,7 @@ void Explanation::ExplainScheduleFile()
 void Explanation::ExplainSchedule()
 {
     const Schedule& schedule = report_.schedule;
-    // What names no schedule has been explained: that the TV then looks for the directory itself helps nobody.
+    // Without a name for the schedule, the path is the directory itself. The missing name has been explained.
     if (schedule.state == DocumentState::kLoaded || schedule.path == schedule.directory) {
         return;
     }
@@ -180,7 +180,7 @@ void Explanation::ExplainDocument()
     ExplainKind();
 }
 
-/// The library takes any XML document, and a schedule of nothing is complete.
+/// The library accepts any XML document, and finds a schedule without items complete.
 void Explanation::ExplainKind()
 {
     const Schedule& schedule = report_.schedule;
@@ -328,7 +328,7 @@ void Explanation::ExplainUser()
     }
 }
 
-/// The check looked first, the explanation after it.
+/// The check and the examination look at the files one after the other, and the files may change in between.
 void Explanation::ExplainChange()
 {
     const Verdict& verdict = report_.verdict;

@@ -28,7 +28,7 @@ std::vector<std::string> PartsOf(const std::string& path)
     return parts;
 }
 
-/// Follows links of a tree, of which it never leaves the root.
+/// Follows the links of a tree as a system does whose root directory is the tree's.
 class Walk {
 public:
     Walk(const std::string& root, const std::string& path) : root_(root) { PutFirst(path); }
@@ -79,7 +79,7 @@ private:
         std::error_code error;
         const std::filesystem::path target = std::filesystem::read_symlink(Path(), error);
         if (error) {
-            return false;
+            return false; // not a link, or nothing is there
         }
         reached_.pop_back();
         if (target.is_absolute()) {

@@ -35,7 +35,7 @@ void ForEachEntry(const fs::path& directory, std::size_t& left,
 /// "a link to 'b', which is a link to 'c', which is not there"
 std::string DescribeDanglingLink(fs::path link)
 {
-    constexpr int kMostLinks = 8;
+    constexpr int kMostLinks = 8; // more would not help a reader, and links may form a ring
     std::string text;
     for (int count = 0; count < kMostLinks; ++count) {
         std::error_code error;
@@ -44,7 +44,7 @@ std::string DescribeDanglingLink(fs::path link)
             break;
         }
         text += (count == 0 ? "a link to " : ", which is a link to ") + Quoted(target.string());
-        link = link.parent_path() / target;
+        link = link.parent_path() / target; // an absolute target replaces the whole path
     }
     return text + ", which is not there";
 }
@@ -68,6 +68,7 @@ std::string WhyMissing(const std::string& path, const FileTree& tree)
         if (fs::exists(tree.Locate(place.string()), error) || error) {
             continue;
         }
+        // Only the parent is located: the link itself must not be followed.
         const fs::path link = fs::path(tree.Locate(place.parent_path().string())) / part;
         if (fs::is_symlink(fs::symlink_status(link, error))) {
             return (place == last ? ": it is " : ": " + Quoted(place.string()) + " is ") + DescribeDanglingLink(link);
@@ -108,7 +109,7 @@ std::map<std::string, std::string> FindLookAlikes(const std::string& directory, 
         }
         for (const std::u32string& key : LookAlikeKeys(name)) {
             const auto match = wanted.find(key);
-            // A link that leads nowhere is there under the very name.
+            // A link to a missing file is found under the wanted name itself.
             if (match != wanted.end() && *match->second != name) {
                 found.emplace(*match->second, DescribeLookAlike(*match->second, name));
             }

@@ -13,7 +13,7 @@ namespace readiness {
 
 namespace {
 
-/// Most readings are over before the first look.
+/// Between two looks. Most readings end before the first one.
 constexpr std::chrono::milliseconds kInterval{200};
 
 void ReleaseReader(const std::string& path)

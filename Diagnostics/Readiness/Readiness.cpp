@@ -19,7 +19,7 @@ namespace readiness {
 
 namespace {
 
-/// The monitor checks once in its life, so that each check has one of its own.
+/// The monitor checks once in its life, so each check gets a new one.
 class Monitor {
 public:
     Monitor() = default;
@@ -91,7 +91,7 @@ void CheckStepByStep(Monitor& monitor, const FileTree& tree, const Progress& pro
     Verdict& verdict = report.verdict;
     ReadPolicy(monitor, schedule);
     report.contents = ExamineContents(schedule.policy, tree, report.contents.directory, progress);
-    // Of what cannot be examined the library's check does not say anything either: it throws.
+    // The library's check throws where the schedule's path cannot be examined, so it has not run there either.
     const DocumentFile file = Examine(schedule.place);
     verdict.ran = !file.wouldBlock && !file.notExamined;
     if (!verdict.ran) {
@@ -141,7 +141,7 @@ Schedule FindSchedule(const Places& places, const Constants& constants)
     Schedule schedule;
     if (!places.schedule.empty()) {
         const bool bare = places.schedule.find('/') == std::string::npos;
-        schedule.path = (bare ? "./" : "") + places.schedule;
+        schedule.path = (bare ? "./" : "") + places.schedule; // its directory is searched if it is missing
         schedule.directory = schedule.path.substr(0, schedule.path.rfind('/') + 1);
     } else {
         std::string directory;

@@ -53,7 +53,7 @@ std::string MediaLine(const Contents& contents)
     return line + (contents.freeBytes ? BytesText(*contents.freeBytes) + " free)" : "free space not known)");
 }
 
-/// The first of several, where the TV gave up.
+/// Where the check stopped: at the first of several items that do not match. Empty for one.
 std::string StoppedAt(const Contents& contents)
 {
     if (contents.items.size() - contents.complete < 2) {

@@ -16,7 +16,7 @@ namespace readiness {
 
 namespace {
 
-/// An author who has made more mistakes than these runs the linter.
+/// Shown with the answer; an author who has made more errors runs the linter itself.
 constexpr std::size_t kMostErrors = 5;
 
 bool BeginsLike(std::string_view text, std::string_view lowerCase)
@@ -29,7 +29,7 @@ bool BeginsLike(std::string_view text, std::string_view lowerCase)
 
 lint::Report LintFile(const std::string& place, const schedule::Day& today)
 {
-    // The library does not take what is no plain file, and such a thing may have no end.
+    // The library accepts plain files only, and anything else may have no end.
     if (Examine(place).state != DocumentState::kLoaded) {
         return {};
     }

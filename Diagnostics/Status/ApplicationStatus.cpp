@@ -57,7 +57,7 @@ std::string WhatToSet(const std::vector<std::string>& displays)
            (candidates.empty() ? std::string(" to the TV's display") : ", for example to " + JoinWithOr(candidates));
 }
 
-/// Asks as the process would: over ssh, neither variable is set.
+/// Takes over the variables of the process on this display: over ssh, neither is set.
 void Adopt(const std::string& display, const std::vector<ApplicationProcess>& processes)
 {
     setenv("DISPLAY", display.c_str(), 1);
@@ -70,7 +70,7 @@ void Adopt(const std::string& display, const std::vector<ApplicationProcess>& pr
 
 } // namespace
 
-// The library of JSON finds these two by their names beside the type.
+// The JSON library finds these two by name, in the namespace of the type.
 
 static void to_json(Json& json, const DisplayAnswer& answer)
 {

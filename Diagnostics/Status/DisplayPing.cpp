@@ -59,6 +59,7 @@ bool Answers(Display* display, Window window)
     const Atom protocols = XInternAtom(display, "WM_PROTOCOLS", False);
     const Atom ping = XInternAtom(display, "_NET_WM_PING", False);
     const desktop::XErrorTrap trap(display); // the window may be gone
+    // The window answers with the same message to the root window.
     XSelectInput(display, root, SubstructureNotifyMask);
     XEvent question = {};
     question.xclient.type = ClientMessage;
@@ -89,6 +90,7 @@ bool IsWaylandGuest(Display* display)
             return false;
         }
     }
+    // A local server of an unknown name counts as a guest where this process runs in a Wayland session.
     int ignored = 0;
     const char* session = std::getenv("WAYLAND_DISPLAY");
     return server == "Xwayland" || XQueryExtension(display, "XWAYLAND", &ignored, &ignored, &ignored) == True ||

@@ -13,7 +13,7 @@ PopupAnswer AskSessionBus()
         return answer;
     }
     answer.daemon = desktop::UniqueNameIn(bus.Call(desktop::NameOwnerRequest(desktop::kNotificationsName)));
-    // Asked second: without it, no owner only means that the bus fell silent.
+    // Asked second: if the bus still answers, an empty owner above means that there is none.
     answer.busIdentity = desktop::IdentityIn(bus.Call(desktop::IdentityRequest()));
     answer.busAnswers = !answer.busIdentity.empty();
     if (answer.daemon.empty() || !answer.busAnswers) {

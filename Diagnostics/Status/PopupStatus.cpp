@@ -16,7 +16,7 @@ namespace {
 
 using State = PopupStatus::State;
 
-/// More than the calls to the bus take together, each of which has a limit of its own.
+/// More than the calls to the bus take together; each has its own limit.
 constexpr std::chrono::seconds kAnswersTimeout{3};
 
 PopupStatus Unknown(const std::string& why)
@@ -36,7 +36,7 @@ State StateOf(const std::optional<PopupNote>& note, const PopupAnswer& answer)
 {
     const bool noted = note && IsAbout(note->record, answer);
     if (noted && note->record.inhibited) {
-        return note->alive ? State::kHeldBack : State::kShown;
+        return note->alive ? State::kHeldBack : State::kShown; // an inhibition ends with its process
     }
     if (!answer.paused.value_or(false)) {
         return State::kShown;
@@ -61,7 +61,7 @@ std::optional<PopupNote> ReadNote()
 
 } // namespace
 
-// The library of JSON finds these two by their names beside the type.
+// The JSON library finds these two by name, in the namespace of the type.
 
 static void to_json(Json& json, const PopupAnswer& answer)
 {

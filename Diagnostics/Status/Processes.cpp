@@ -41,7 +41,7 @@ std::string ValueOf(std::string_view environment, std::string_view name)
     return "";
 }
 
-/// "12 (VQMKeygrab) S 1 ...": the name may hold anything but more than 15 bytes.
+/// The state in "12 (VQMKeygrab) S 1 ...". The name may itself contain a ")", so the last one ends it.
 char StateIn(const std::string& stat)
 {
     const std::size_t nameEnd = stat.rfind(')');
@@ -55,7 +55,7 @@ pid_t PidIn(const std::string& name)
     return std::from_chars(name.data(), end, pid).ptr == end ? pid : 0;
 }
 
-/// False for what is no process of the application, or is about to end.
+/// False for anything but a process of the application, and for one that has ended.
 bool Read(const fs::path& folder, ApplicationProcess& process)
 {
     process.pid = PidIn(folder.filename().string());
@@ -81,6 +81,7 @@ ApplicationProcesses FindApplicationProcesses(const std::string& proc)
 {
     ApplicationProcesses found;
     std::error_code error;
+    // A kernel that hides the processes of other users hides the first process too.
     found.complete = fs::exists(fs::path(proc) / "1" / "comm", error);
     for (fs::directory_iterator entry(proc, error); !error && entry != fs::directory_iterator();
          entry.increment(error)) {

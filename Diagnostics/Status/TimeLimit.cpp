@@ -27,7 +27,7 @@ namespace {
 
 void EndThisProcessAfter(std::chrono::milliseconds limit)
 {
-    // Whoever started us may have ignored or blocked the signal.
+    // The parent of this process may have ignored or blocked the signal, which is inherited.
     std::signal(SIGALRM, SIG_DFL);
     sigset_t alarm;
     sigemptyset(&alarm);
@@ -51,7 +51,7 @@ bool WriteAll(int descriptor, std::string_view text)
     return true;
 }
 
-/// An answer is its length and its text: what ends early is none.
+/// An answer is its length and its text, so that a text cut off is noticed.
 using Length = std::uint64_t;
 
 bool WriteAnswer(int descriptor, const std::string& text)
@@ -90,7 +90,7 @@ std::optional<std::string> ReadAnswer(int descriptor)
         WriteAnswer(descriptor, question());
     } catch (...) { // NOLINT(bugprone-empty-catch): the missing answer says enough
     }
-    _exit(0);
+    _exit(0); // without exit handlers, which belong to the parent
 }
 
 } // namespace
@@ -115,7 +115,8 @@ std::optional<std::string> AskWithin(std::chrono::milliseconds limit, const std:
     }
     // The child's end of the pipe closes with the child at the latest.
     std::optional<std::string> answer = ReadAnswer(readEnd.Get());
-    // How the child ended cannot always be known: a parent that ignores SIGCHLD passes that on to us.
+    // How the child ended does not matter. It is not even known where SIGCHLD is ignored, which this process may
+    // have inherited.
     while (waitpid(child, nullptr, 0) == -1 && errno == EINTR) {
     }
     return answer;

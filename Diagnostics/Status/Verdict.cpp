@@ -93,7 +93,7 @@ void JudgeLaunch(const LaunchStatus& status, Reasons& launch)
     }
 }
 
-/// Of many files that are missing the first one is enough here.
+/// Takes over the check's diagnostics. Of many files that are missing or wrong, the first one stands for all.
 void JudgeContent(const readiness::Report& content, Verdict& verdict)
 {
     Reasons& play = verdict.play;
@@ -135,7 +135,7 @@ void JudgeProgramme(const Report& report, Reasons& play)
     }
 }
 
-/// What it comes to, without the reason.
+/// How the sentence begins; the gravest reason completes it.
 std::string Outcome(const Verdict& verdict)
 {
     if (!verdict.launch.empty()) {

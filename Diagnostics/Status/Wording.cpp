@@ -32,10 +32,10 @@ bool IsToolKey(const ApplicationStatus& application, const std::string& name)
                        [&](const ToolKey& key) { return key.name == name; });
 }
 
-/// Whether it is there and refuses, or is not there.
+/// What helps where this machine has the display and it refuses; empty for any other display.
 std::string UnreachableHint(const std::string& display)
 {
-    const std::size_t end = display.find('.');
+    const std::size_t end = display.find('.'); // the screen's number, which the socket's name lacks
     if (display.size() < 2 || display.front() != ':' || display.find('/') != std::string::npos) {
         return "";
     }

@@ -11,10 +11,11 @@ namespace {
 
 constexpr char32_t kNoBreakSpace = 0xA0;
 
+/// For Latin, Greek and Cyrillic letters, in every locale.
 char32_t LowerCase(char32_t code)
 {
     const bool latin = code >= 'A' && code <= 'Z';
-    const bool latinExtra = code >= 0xC0 && code <= 0xDE && code != 0xD7;
+    const bool latinExtra = code >= 0xC0 && code <= 0xDE && code != 0xD7; // the multiplication sign
     const bool greekOrCyrillic = (code >= 0x391 && code <= 0x3A9) || (code >= 0x410 && code <= 0x42F);
     if (latin || latinExtra || greekOrCyrillic) {
         return code + 0x20;
@@ -116,6 +117,7 @@ std::vector<std::u32string> LookAlikeKeys(std::string_view name)
 
 std::string DescribeLookAlike(std::string_view wanted, std::string_view there)
 {
+    // From the smallest difference to the largest: each test leaves out more than the one before.
     const std::string isThere = Quoted(there) + " is there";
     const std::u32string left = Decomposed(wanted);
     const std::u32string right = Decomposed(there);

@@ -80,7 +80,7 @@ std::u32string Decomposed(std::string_view text)
     }
     for (auto mark = std::find_if(decomposed.begin(), decomposed.end(), IsMark); mark != decomposed.end();) {
         const auto end = std::find_if_not(mark, decomposed.end(), IsMark);
-        std::sort(mark, end);
+        std::sort(mark, end); // not Unicode's order, but one that is the same for both texts compared
         mark = std::find_if(end, decomposed.end(), IsMark);
     }
     return decomposed;

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// Longer words are not slips of the hand, and comparing them costs the product of their lengths.
+/// A longer word is not a typing error, and comparing two words costs the product of their lengths.
 constexpr std::size_t kLongestWord = 64;
 
 bool SameLetter(char left, char right)
@@ -17,6 +17,8 @@ bool SameLetter(char left, char right)
 
 std::size_t EditDistance(std::string_view left, std::string_view right)
 {
+    // Row i, column j of the table: the distance between the first i letters of `left` and the first j of
+    // `right`. Swapped neighbours look two rows back, so three rows are kept.
     const std::size_t width = right.size() + 1;
     std::vector<std::size_t> beforeLast(width);
     std::vector<std::size_t> last(width);
@@ -48,10 +50,11 @@ std::vector<std::string> Suggest(std::string_view word, const std::vector<std::s
     if (word.size() > kLongestWord) {
         return {};
     }
+    // One wrong letter in three, and at least one.
     const std::size_t tolerance = std::max<std::size_t>(1, word.size() / 3);
     std::vector<Scored> scored;
     for (const std::string& candidate : candidates) {
-        // Each character more or less is an edit.
+        // The distance is at least the difference in length.
         const std::size_t longer = std::max(word.size(), candidate.size());
         if (longer - std::min(word.size(), candidate.size()) > tolerance) {
             continue;

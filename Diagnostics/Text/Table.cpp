@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kGap = 2;
 
-/// A wider cell stands out of its column: else one long text would be paid for in each line.
+/// A wider cell sticks out of its column; otherwise one long text would widen every line.
 constexpr std::size_t kWidestColumn = 80;
 
 std::size_t WidthInColumn(const std::string& cell)
@@ -42,7 +42,7 @@ std::string Table::Text(std::size_t indent) const
     }
     std::string text;
     for (const std::vector<std::string>& line : lines_) {
-        std::string blanks(indent, ' ');
+        std::string blanks(indent, ' '); // written only before a further cell: no line ends in blanks
         for (std::size_t column = 0; column < line.size(); ++column) {
             const std::string padding(widths[column] - WidthInColumn(line[column]), ' ');
             const bool right = columns_[column] == Align::kRight;

@@ -32,7 +32,7 @@ constexpr Length kTop = Pixels(116); ///< of the rows
 constexpr Length kRowHeight = Pixels(56);
 constexpr Length kBarHeight = Pixels(24);
 constexpr Length kLineHeight = Pixels(18);
-/// Of a column of a terminal, more than an average letter takes.
+/// What a character of a row's words is reckoned to take, a little more than an average letter.
 constexpr Length kColumnWidth = 720;
 
 constexpr char kDefinitions[] = R"(<defs>
@@ -125,7 +125,7 @@ private:
     template <typename Stretches, typename SpanOf>
     std::string Bands(const Stretches& stretches, SpanOf spanOf, const char* look) const
     {
-        constexpr Length kSmallest = 25;
+        constexpr Length kSmallest = 25; // a quarter of a pixel
         std::string text;
         Box band = {0, kTop, 0, bottom_ - kTop};
         const auto add = [&] { text += band.width > 0 ? svg::Rectangle(band, look) : ""; };

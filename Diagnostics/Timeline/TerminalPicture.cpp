@@ -32,6 +32,7 @@ struct Look {
 
 const Look& LookOf(Cell cell)
 {
+    // In the order of `Cell`.
     static constexpr std::array<Look, 6> kLooks = {{
         {".", "\u00b7", "2", nullptr},
         {"=", "\u2588", "32", "plays"},
@@ -110,6 +111,7 @@ private:
 std::string Picture::Hours() const
 {
     const std::size_t perHour = cells_ / kHours;
+    // A name takes two characters, and a blank must follow.
     const std::size_t step = perHour == 1 ? 4 : perHour == 2 ? 2 : perHour == 3 ? 2 : 1;
     std::string names = Indent();
     std::string ruler = Indent();
@@ -200,6 +202,7 @@ std::string Picture::Legend() const
         if (!used_[index] || LookOf(cell).meaning == nullptr) {
             continue;
         }
+        // Three blanks, the sign, a blank and the meaning.
         const std::size_t needed = 5 + std::string_view(LookOf(cell).meaning).size();
         const bool fits = width + needed <= style_.columns;
         text += fits ? "   " : "\n" + Indent();

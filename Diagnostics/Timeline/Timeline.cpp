@@ -32,6 +32,7 @@ std::vector<Edge> EdgesOf(const std::vector<DayPeriod>& periods)
             edges.push_back({each.span.end, false, each.number});
         }
     }
+    // Edges of one second may come in any order: the stretch between them is empty.
     std::sort(edges.begin(), edges.end(),
               [](const Edge& left, const Edge& right) { return left.second < right.second; });
     return edges;
@@ -57,6 +58,7 @@ void AddStretch(const Span& span, const std::set<std::size_t>& playing, Timeline
     timeline.overlaps.push_back(std::move(stretch));
 }
 
+/// Goes through the edges in the order of the day: between two of them, the same periods play.
 void AddStretches(Timeline& timeline)
 {
     std::set<std::size_t> playing;

@@ -17,11 +17,12 @@
 
 namespace {
 
-/// What puts another directory, or none, in the place of one on the way.
+/// Events that put another directory, or none, in the place of one on a path. IN_MASK_ADD, because a directory
+/// may be the end of one path and lie on another.
 constexpr std::uint32_t kReplaced = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB | IN_DELETE_SELF |
                                     IN_MOVE_SELF | IN_ONLYDIR | IN_MASK_ADD;
 
-/// The same and what changes a file; not reading, which is what a check does.
+/// The same, and changes of files. Not that a file is read: each check reads.
 constexpr std::uint32_t kChanged = kReplaced | IN_MODIFY | IN_CLOSE_WRITE;
 
 /// As many links as the system follows in a path.
@@ -102,7 +103,7 @@ bool FileWatch::AddPlace(const std::string& directory, const std::string& name, 
         return true;
     }
     const int error = errno;
-    // A directory on the way may be one that lets us pass but not read.
+    // A directory on the way may be closed to reading, and so to watching, but open to passing through.
     if (isEnd && error != ENOENT && error != ENOTDIR && refused_.insert(directory).second) {
         refusals_.push_back("cannot watch " + Quoted(directory) + ": " + std::generic_category().message(error));
     }

@@ -4,7 +4,9 @@
 
 namespace {
 
+/// The pause after the last change that starts a check.
 constexpr std::chrono::milliseconds kSettleTime{100};
+/// From the first change on, even without a pause.
 constexpr std::chrono::seconds kLongestSettling{1};
 
 } // namespace

@@ -19,6 +19,7 @@ Result<void> ReplaceFile(const std::string& path, std::string_view content)
     if (!file) {
         return file.Error();
     }
+    // A link is replaced itself, so the mode of the file behind it does not matter.
     struct stat old {};
     if (lstat(path.c_str(), &old) == 0 && S_ISREG(old.st_mode)) {
         file->TakeOver(old);

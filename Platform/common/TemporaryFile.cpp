@@ -29,6 +29,8 @@ std::string OrWorkingDirectory(const std::string& folder)
 
 void RemoveIfLeftBehind(int folder, const char* name)
 {
+    // Other programs may have made a FIFO or a link of that name: neither may stop this call or lead
+    // elsewhere.
     const FileDescriptor file(openat(folder, name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
     // A file whose lock is free has no living writer.
     if (file.IsOpen() && flock(file.Get(), LOCK_EX | LOCK_NB) == 0) {
@@ -75,6 +77,7 @@ void TemporaryFile::RemoveLeftBehind(const std::string& target, std::string_view
     }
 }
 
+// `other` must have no path afterwards, because its destructor removes the file at that path.
 TemporaryFile::TemporaryFile(TemporaryFile&& other) noexcept
     : target_(std::move(other.target_)), file_(std::move(other.file_)), path_(std::exchange(other.path_, {}))
 {
@@ -95,12 +98,13 @@ void TemporaryFile::TakeOver(const struct stat& other)
     }
     bool sameGroup = own.st_gid == other.st_gid;
     if (own.st_uid != other.st_uid || !sameGroup) {
-        // Only root gives files away; a member may hand them to the group.
+        // Only root may change the owner; the members of a group may hand their files to it.
         sameGroup = fchown(file_.Get(), other.st_uid, other.st_gid) == 0 ||
                     fchown(file_.Get(), own.st_uid, other.st_gid) == 0 || sameGroup;
     }
     constexpr mode_t kOfGroup = S_IRWXG;
     const mode_t mode = other.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
+    // The rights of the old group must not fall to another one.
     fchmod(file_.Get(), sameGroup ? mode : mode & ~kOfGroup);
 }
 
@@ -156,7 +160,8 @@ int TemporaryFile::Create(const std::string& prefix)
     }
     struct stat status {};
     // Between its creation and the lock, another writer may lock the file, or take it for a leftover and
-    // remove it.
+    // remove it. On a file system without locks, `flock` fails with another error, and the file is used
+    // unlocked.
     const bool taken = flock(file_.Get(), LOCK_EX | LOCK_NB) == -1 && errno == EWOULDBLOCK;
     if (taken || (fstat(file_.Get(), &status) == 0 && status.st_nlink == 0)) {
         unlink(path.c_str());

@@ -16,7 +16,8 @@ struct Range {
     char32_t last;
 };
 
-/// The blocks of East Asian writing and of pictures.
+/// The blocks of East Asian writing and of pictures. Boost has the categories of characters, but not their
+/// widths.
 constexpr Range kWide[] = {
     {0x1100, 0x115f},   {0x2e80, 0x303e},   {0x3041, 0xa4cf},   {0xa960, 0xa97c}, {0xac00, 0xd7a3},
     {0xf900, 0xfaff},   {0xfe30, 0xfe6f},   {0xff00, 0xff60},   {0xffe0, 0xffe6}, {0x1f300, 0x1f64f},
@@ -38,7 +39,7 @@ bool IsPrintable(char32_t character)
     case ucd::properties::surrogate:
         return false;
     default:
-        return true; // what is unassigned in these tables is not so in newer ones
+        return true; // an unassigned one may have a meaning in a newer Unicode
     }
 }
 

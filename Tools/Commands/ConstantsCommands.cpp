@@ -35,8 +35,8 @@ struct Arguments {
     bool json = false;
 };
 
-/// Complains of a file that is not as it should be. The part before an error counts for the TV,
-/// and so it is shown; the exit code says that something is wrong.
+/// Reports a file that is missing or broken. What stands before an error in it counts for the TV and is shown
+/// all the same; the exit code says that something is wrong.
 ExitCode Judge(const Constants& constants)
 {
     switch (constants.state) {
@@ -55,7 +55,7 @@ ExitCode Judge(const Constants& constants)
     return ExitCode::kCouldNotRun;
 }
 
-void ComplainOfMissing(const Constants& constants, const std::string& key)
+void ReportMissing(const Constants& constants, const std::string& key)
 {
     std::vector<std::string> keys;
     for (const auto& entry : constants.values) {
@@ -73,7 +73,7 @@ ExitCode Get(const Arguments& arguments)
     const auto found = constants.values.find(arguments.key);
     if (found == constants.values.end()) {
         if (code != ExitCode::kCouldNotRun) {
-            ComplainOfMissing(constants, arguments.key);
+            ReportMissing(constants, arguments.key);
             code = ExitCode::kFindings;
         }
         constants.values.clear();
@@ -108,7 +108,7 @@ ExitCode List(const Arguments& arguments)
     return code;
 }
 
-/// Never over something that is there, and nothing of it stays when it cannot be written to its end.
+/// Writes a new file. Never overwrites one, and leaves nothing behind when it fails.
 void WriteNew(const std::string& path, const std::string& text)
 {
     const auto refuse = [&path] {

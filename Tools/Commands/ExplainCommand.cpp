@@ -30,7 +30,7 @@ std::string Heading(const readiness::FindingText& finding, const Style& style)
     return style.Bold(std::string(finding.id)) + " (check)";
 }
 
-/// A cell of the documentation's table.
+/// A cell of the documentation's table, a clause with marks of Markdown, as a plain sentence.
 std::string Sentence(std::string_view clause)
 {
     std::string text(clause);

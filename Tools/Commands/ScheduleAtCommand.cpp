@@ -44,6 +44,7 @@ Question QuestionFrom(const Arguments& arguments)
         throw CommandError(ExitCode::kUsage, "'" + arguments.first + "' is not a time of day; expected " +
                                                  (swapped ? "the time first, then the document" : kTimeExpected));
     }
+    // A document may have a name such as "09:30".
     if (second && access(arguments.first.c_str(), F_OK) != 0) {
         return {"", second};
     }

@@ -78,7 +78,7 @@ lint::FileResult LintFile(const std::string& name, const lint::Options& options)
     return result;
 }
 
-/// Prints as long as somebody reads.
+/// Prints until the reader has gone.
 class Output {
 public:
     void Write(const std::string& text)
@@ -97,6 +97,7 @@ std::vector<std::string> NamesIn(const Arguments& arguments)
     if (arguments.files.empty()) {
         return {GivenOrTvSchedule("", arguments.places)};
     }
+    // Only for its check of the options: --root and --constants do not go with a file.
     static_cast<void>(GivenOrTvSchedule(arguments.files.front(), arguments.places));
     return arguments.files;
 }

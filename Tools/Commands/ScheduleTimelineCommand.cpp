@@ -42,7 +42,7 @@ Day DayFrom(const std::string& text, const Day& today)
     return *day;
 }
 
-/// A name that ends otherwise is a slip, and may be that of the document.
+/// Refuses a name with another ending: it is probably a slip, and may be that of the document.
 void CheckPictureName(const std::string& name)
 {
     const bool isPicture = name.size() > kPictureEnding.size() &&

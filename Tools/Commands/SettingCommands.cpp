@@ -27,8 +27,8 @@ ExitCode Get()
 ExitCode Set(bool enable)
 {
     CVQMSyncDemoMonitor::SetSyncDemoVocnf(enable);
-    // Storing reports nothing to its caller: only the store knows. A setting that is another one
-    // by now is no failure: somebody else has stored it since.
+    // The library's operation returns nothing, so the store is asked for its last error. Without one, a setting
+    // that differs by now is not a failure: another process has changed it since.
     const std::string problem = status::StoreProblem();
     if (!problem.empty() && CVQMSyncDemoMonitor::CheckSyncDemoEnbaled() != enable) {
         throw CommandError(ExitCode::kCouldNotRun, std::string("cannot switch the setting ") +

@@ -5,7 +5,7 @@
 
 namespace desktop {
 
-/// The application's, and not this program's own: what the application would start is asked here.
+/// The application's folder instead of this program's own: the question is what the application would start.
 const std::string& ProgramFolder()
 {
     static const std::string folder = [] {

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Composed beforehand: a signal handler may not.
+/// Composed beforehand, because a signal handler must not allocate memory.
 std::string& Message()
 {
     static std::string message;
@@ -21,7 +21,7 @@ std::size_t messageSize = 0;
 
 void OnAlarm(int /*number*/)
 {
-    // There is nothing to do where even this cannot be written.
+    // A failure is ignored: there is no other place to report it.
     static_cast<void>(write(STDERR_FILENO, messageText, messageSize) == 0);
     _exit(static_cast<int>(ExitCode::kCouldNotRun));
 }

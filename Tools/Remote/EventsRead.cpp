@@ -25,7 +25,7 @@ public:
         event.xclient.message_type = XInternAtom(display_, "WM_PROTOCOLS", False);
         event.xclient.format = 32;
         event.xclient.data.l[0] = static_cast<long>(name_);
-        event.xclient.data.l[1] = number_;
+        event.xclient.data.l[1] = number_; // in the place of a time: tells this answer from others
         event.xclient.data.l[2] = static_cast<long>(window_);
         XSendEvent(display_, window_, False, NoEventMask, &event);
     }
@@ -60,13 +60,14 @@ private:
 
 bool HasReadItsEvents(Display* display, const desktop::InstanceFacts& instance, milliseconds limit)
 {
+    // `None` is an application without a window for keys, no value one that is still starting.
     if (instance.keyWindow.value_or(None) == None) {
         return instance.keyWindow.has_value();
     }
     desktop::XErrorTrap trap(display);
     Ping ping(display, *instance.keyWindow);
     if (!trap.FailedRequests().empty()) {
-        return true;
+        return true; // the window is gone
     }
     const auto deadline = std::chrono::steady_clock::now() + limit;
     while (!ping.IsAnswered()) {

@@ -19,12 +19,12 @@ struct Range {
     KeySym last;
 };
 
-/// Where the keys of keyboards and remotes have their numbers.
+/// The numbers of the keysyms that keyboards and remote controls have.
 constexpr std::array<Range, 4> kRanges = {{
-    {0x20, 0xFF},
-    {0xFE00, 0xFFFF},
-    {0x1008FE00, 0x1008FFFF},
-    {0x10081000, 0x100813FF},
+    {0x20, 0xFF},             // Latin-1
+    {0xFE00, 0xFFFF},         // function, cursor and modifier keys
+    {0x1008FE00, 0x1008FFFF}, // multimedia keys, and the two tool keys
+    {0x10081000, 0x100813FF}, // key codes of the Linux kernel
 }};
 
 std::vector<std::string> KnownNames()
@@ -45,7 +45,7 @@ bool StartsWithVendor(const std::string& name)
     return EditDistance(name.substr(0, kVendorPrefix.size()), kVendorPrefix) == 0;
 }
 
-/// The prefix is easily left out: "SimpleMenu" is meant for XF86SimpleMenu rather than for another word.
+/// The prefix is easily left out, so "SimpleMenu" means XF86SimpleMenu rather than a similar name.
 std::vector<std::string> NamesMeantBy(const std::string& name)
 {
     const std::vector<std::string> known = KnownNames();

@@ -36,7 +36,7 @@ std::string DisplayNameOfUser()
     return name == nullptr ? "" : name;
 }
 
-/// Xlib lets its caller do no more than end the process.
+/// Xlib ends the process when this handler returns; this end says why.
 int OnServerGone(Display* /*display*/)
 {
     PrintError("display '" + DisplayNameOfUser() + "' is gone");
@@ -170,7 +170,7 @@ void Watch::Introduce()
                "; Ctrl-C ends this");
 }
 
-/// A server that is stopped is noticed although nobody presses a key.
+/// Notices a stopped server even while no key is pressed.
 void Watch::Ping()
 {
     {

@@ -25,7 +25,7 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kPollInterval{10};
-/// Longer than a loaded machine takes; of a process that is stopped the kernel knows.
+/// Longer than a loaded machine takes. A stopped process is recognised without waiting.
 constexpr milliseconds kReadLimit{10000};
 
 std::string NameOf(const desktop::InstanceFacts& instance)
@@ -123,7 +123,7 @@ Delivery Press(Display* display, const std::string& key, const PressOptions& opt
         try {
             RequireHeld(display, key, milliseconds(options.waitMilliseconds), signals);
         } catch (const CommandError&) {
-            lent.GiveBack();
+            lent.GiveBack(); // nothing was pressed, so there is no reader to wait for
             throw;
         }
     }
@@ -143,7 +143,7 @@ ExitCode PressRemoteKey(const PressOptions& options)
 
     const DisplayConnection display = OpenDisplay();
     Keyboard keyboard(display.get());
-    // Whatever ends the program, a key is not left down, nor lent to the keyboard.
+    // However the program ends, no key stays down. One that stays lent is taken back by the next press.
     EndingSignals signals;
     LentKey lent(display.get(), keyboard, symbol);
     const Delivery delivery = Press(display.get(), key, options, lent, keyboard, signals);

@@ -11,13 +11,13 @@ namespace {
 constexpr std::size_t kNarrowest = 40;
 constexpr std::size_t kWidest = 100;
 
-/// Where the text of a line begins that its following lines stand below.
+/// The column at which the rest of a line continues: that of its second column of text, if it has one.
 std::size_t TextColumn(const std::string& line)
 {
     const std::size_t first = std::min(line.find_first_not_of(' '), line.size());
     const std::size_t gap = first > 0 ? line.find("  ", first) : std::string::npos;
     const std::size_t second = gap == std::string::npos ? gap : line.find_first_not_of(' ', gap);
-    // An option that stands alone must not look like two.
+    // The rest of an option without a description is indented, so that it does not look like another option.
     const std::size_t below = first > 0 ? first + 4 : 0;
     return second == std::string::npos ? below : second;
 }

@@ -20,7 +20,8 @@ namespace fs = std::filesystem;
     throw CommandError(ExitCode::kCouldNotRun, "cannot write '" + name + "': " + why);
 }
 
-/// Makes an empty file, which has the mode that the user wants for new ones. Returns false when the name is taken.
+/// Makes an empty file, whose mode comes from the user's umask; the file that replaces it takes the mode over.
+/// Returns false when the name is taken.
 bool Create(const std::string& name)
 {
     constexpr mode_t kForAll = 0666;

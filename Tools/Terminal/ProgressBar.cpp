@@ -41,7 +41,7 @@ void ProgressBar::Show(std::size_t done, std::size_t total, const std::string& w
     part.insert(0, whole.size() - std::min(part.size(), whole.size()), ' '); // so that the bar keeps its width
     const std::string text = " " + part + " of " + whole + " " + what;
     std::string line;
-    // The bar takes what the words leave over; a line that is full would begin another.
+    // The bar takes what the words leave over. The last column stays free: a full line would begin another one.
     const std::size_t room = columns_ > text.size() + 3 ? columns_ - text.size() - 3 : 0;
     if (const std::size_t width = std::min(room, kWidestBar); width >= kNarrowestBar) {
         const auto full = static_cast<std::size_t>(static_cast<unsigned long long>(width) * done / total);

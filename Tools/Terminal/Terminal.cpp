@@ -81,6 +81,7 @@ std::size_t OutputColumns()
 
 bool ShowsUnicode()
 {
+    // Not `setlocale`, which would change the locale of the whole process.
     const locale_t locale = newlocale(LC_CTYPE_MASK, "", nullptr);
     if (locale == nullptr) {
         return false;

@@ -39,7 +39,7 @@ void Catch(int number)
 {
     struct sigaction action = {};
     action.sa_handler = OnSignal;
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    action.sa_flags = static_cast<int>(SA_RESETHAND); // a second signal ends the process
     sigaction(number, &action, nullptr);
 }
 
@@ -54,7 +54,8 @@ bool IsIgnored(int number)
 MainLoop::MainLoop()
 {
     for (const int number : kEndingSignals) {
-        // A shell ignores SIGINT for what it starts in the background; SIGHUP is ignored by a wish: nohup.
+        // An ignored SIGHUP is the user's wish: nohup. An ignored SIGINT need not be: a shell ignores it for a command
+        // in the background.
         if (number != SIGHUP || !IsIgnored(number)) {
             Catch(number);
         }
@@ -114,8 +115,8 @@ void MainLoop::Run()
 
 bool MainLoop::Wait(std::vector<pollfd>& polled) const
 {
-    // A signal that comes between the look at the flag and the wait must end the wait: the signals
-    // are let in by the wait itself.
+    // A signal between the look at the flag and the wait must end the wait. So the signals are blocked here, and
+    // `ppoll` unblocks them while it waits.
     const sigset_t ending = EndingSignals();
     sigset_t before;
     sigprocmask(SIG_BLOCK, &ending, &before);

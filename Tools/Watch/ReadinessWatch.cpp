@@ -11,7 +11,8 @@ namespace {
 
 constexpr std::chrono::minutes kMinute{1};
 
-/// While a file is copied its size changes all the time; what is said about it does not.
+/// What decides whether a report is printed. It leaves out sizes, which change all the time while a file is
+/// copied.
 std::string Gist(const readiness::Report& report, const std::vector<Diagnostic>& diagnostics)
 {
     std::string gist = readiness::VerdictLine(report) + SummaryLine(report, diagnostics);
@@ -57,10 +58,12 @@ void ReadinessWatch::OnMinute()
 
 void ReadinessWatch::CheckAndPrint()
 {
+    // The check of the minute leaves changes that still settle to their own check.
     if (!settling_.IsRunning()) {
         changes_.Done();
     }
     readiness::Report report = check_();
+    // What happened in a new place before it was watched has not been noticed.
     if (WatchWhatDecides(report)) {
         report = check_();
     }

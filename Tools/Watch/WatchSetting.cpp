@@ -25,7 +25,7 @@ private:
     MainLoop loop_;
     bool known_ = false;
     bool enabled_ = false;
-    std::unique_ptr<CommandError> failure_; ///< kept over the loop, whose C code no exception may cross
+    std::unique_ptr<CommandError> failure_; ///< thrown once the loop has ended: a callback of the store must not throw
 };
 
 ExitCode Watch::Run()

@@ -80,7 +80,7 @@ Eina_Bool OnLocaleChanged(void* /*data*/, int /*type*/, void* /*event*/)
 
 Eina_Bool OnScreenChanged(void* /*data*/, int /*type*/, void* event)
 {
-    // Changes of the resolution arrive here as well.
+    // Changes of the resolution arrive here as well. The screen is taken to be unrotated at the start.
     static Ecore_X_Randr_Orientation orientation = ECORE_X_RANDR_ORIENTATION_ROT_0;
     const auto* change = static_cast<const Ecore_X_Event_Screen_Change*>(event);
     if (change->orientation != orientation) {

@@ -30,6 +30,7 @@ constexpr int kFailure = -1;
 [[gnu::constructor]] void PrepareProcess(int argc, char** argv)
 {
     AnswerCommandLine(argc, argv);
+    // The environment is set first: CatchEndSignals initialises the toolkit's main loop, which reads it.
     PrepareForToolkit();
     CatchEndSignals(LeaveAtOnce);
 }

@@ -30,6 +30,7 @@ constexpr char kVersion[] = PLATFORM_APP_NAME " " PLATFORM_APP_VERSION "\n";
 [[noreturn]] void Answer(const char* text)
 {
     const bool written = std::fputs(text, stdout) >= 0 && std::fflush(stdout) == 0;
+    // Without exit handlers: other constructor functions may not have run yet.
     std::_Exit(written ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 

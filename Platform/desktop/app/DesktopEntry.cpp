@@ -10,6 +10,7 @@ namespace desktop {
 namespace {
 
 constexpr char kGroup[] = G_KEY_FILE_DESKTOP_GROUP;
+/// In bytes. GLib reads the file as a whole.
 constexpr off_t kLargestEntry = 1 << 20;
 
 struct Release {
@@ -145,7 +146,7 @@ Result<EntryCache::Entry*> EntryCache::Get(const EntryFile& file)
         return &entry_;
     }
     settled_ = false;
-    const bool settled = HasSettled(file); // asked before the content is read
+    const bool settled = HasSettled(file); // before the content is read: a change during the reading must be noticed
     Result<DesktopEntry> content = ReadEntry(file);
     if (!content) {
         return content.Error();

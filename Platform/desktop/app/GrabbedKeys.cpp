@@ -40,6 +40,7 @@ public:
     void Ask(const Place& place, unsigned int modifiers)
     {
         places_[NextRequest(display_)] = place;
+        // Asynchronous, so that a press never freezes the keyboard until this process reads it.
         XGrabKey(display_, place.first, modifiers, place.second, False, GrabModeAsync, GrabModeAsync);
     }
 
@@ -196,6 +197,7 @@ GrabState GrabbedKeys::StateOf(int keyId) const
     GrabState worst = GrabState::kWhole;
     for (const auto& [place, key] : keys_) {
         if (key.keyId == keyId) {
+            // The states stand in the order from best to worst.
             worst = std::max(worst, key.state);
         }
     }

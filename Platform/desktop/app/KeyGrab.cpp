@@ -183,6 +183,7 @@ int Grab_RegisterKeys(void* display, unsigned int window, GrabKeyList* list)
     }
     Publish();
 
+    // A key that this keyboard lacks, or that TV_REMOTE_KEYS leaves out, is not a failure.
     int result = 0;
     for (GrabKey& slot : list->keys) {
         slot.result = HeldKeys()->StateOf(slot.keyId) == desktop::GrabState::kWhole ? 0 : kFailure;

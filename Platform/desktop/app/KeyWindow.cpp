@@ -174,6 +174,7 @@ Eina_Bool FilterEvent(void* /*data*/, void* /*loopData*/, int type, void* event)
 
 void KeepOutOfTheWay(Ecore_X_Window window)
 {
+    // A window manager gives no focus to a window that declines input.
     ecore_x_icccm_hints_set(window, EINA_FALSE, ECORE_X_WINDOW_STATE_HINT_NORMAL, 0, 0, 0, 0, EINA_FALSE);
     ecore_x_mwm_borderless_set(window, EINA_TRUE);
     Ecore_X_Window_State states[] = {ECORE_X_WINDOW_STATE_SKIP_TASKBAR, ECORE_X_WINDOW_STATE_SKIP_PAGER};

@@ -41,6 +41,7 @@ std::vector<unsigned int> LockModifierCombinations(Display* display, const Keybo
         }
     }
 
+    // Each lock doubles the combinations: those so far, without it and with it.
     std::vector<unsigned int> combinations = {0};
     for (const unsigned int lock : locks) {
         const std::size_t count = combinations.size();

@@ -39,6 +39,7 @@ XRecordContext CreateContext(Display* display)
 
 void OnReport(XPointer /*closure*/, XRecordInterceptData* data)
 {
+    // The report of the start counts too: a key may have been released before the watch took effect.
     reported = reported || data->category != XRecordEndOfData;
     XRecordFreeData(data);
 }

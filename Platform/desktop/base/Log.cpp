@@ -77,6 +77,7 @@ int OwnProcess()
     return process;
 }
 
+/// A negative priority wraps around to an index beyond the letters.
 char Letter(int priority)
 {
     constexpr std::string_view kLetters = "??VDIWEF";
@@ -236,7 +237,8 @@ private:
     std::size_t size_ = 0; ///< of the message
 };
 
-/// Logs, before the next line, how many lines are missing.
+/// Logs, before the next line, how many lines are missing. `dlog_print` comes back here and finds no more
+/// lines to report.
 void TellDroppedLines()
 {
     const unsigned long long lines = TakeDroppedLines();

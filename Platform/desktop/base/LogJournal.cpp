@@ -20,6 +20,7 @@ struct SourcePlace {
     std::string_view line;
 };
 
+/// Reads the prefix of a message such as "main.cpp: elm_main(107) > text"; none where there is no prefix.
 std::optional<SourcePlace> PlaceOf(std::string_view message)
 {
     const std::size_t end = message.find(") > ");
@@ -54,6 +55,7 @@ const char* SyslogPriority(int priority)
     }
 }
 
+/// The journal's simple form of a field, for values without a line end: they are escaped before.
 void AppendField(std::string& entry, const char* name, std::string_view value)
 {
     entry.append(name).append("=").append(value).append("\n");
@@ -65,6 +67,7 @@ bool IsJournal(int descriptor)
 {
     sockaddr_un peer{};
     socklen_t size = sizeof peer;
+    // The comparison includes the terminator, which `peer` has even where the kernel does not count it.
     return getpeername(descriptor, reinterpret_cast<sockaddr*>(&peer), &size) == 0 && peer.sun_family == AF_UNIX &&
            size >= offsetof(sockaddr_un, sun_path) + sizeof kStreamSocket - 1 &&
            std::memcmp(peer.sun_path, kStreamSocket, sizeof kStreamSocket) == 0;

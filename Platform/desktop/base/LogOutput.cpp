@@ -191,7 +191,7 @@ JournalAnswer WriteToJournal(int priority, std::string_view tag, std::string_vie
             return JournalAnswer::kDropped;
         }
         if (error == EMSGSIZE || error == ENOBUFS) {
-            break;
+            break; // too large for one datagram: the stream takes it as a line
         }
         standardError.entries.reset();
     }

@@ -16,7 +16,7 @@ constexpr char kReason[] = "this library was built without VQM_ECORE_WATCH";
 
 Result<void> AddSettingWatch(std::string_view key, vconf_callback_fn /*callback*/, void* /*userData*/)
 {
-    // Logged as well: who gets a bare -1 from the C interface would look for a fault of the store.
+    // Logged as well: the C interface returns a bare -1, which looks like a fault of the store.
     PLATFORM_LOG(DLOG_ERROR, "%s: changes are not reported: %s", std::string(key).c_str(), kReason);
     return Error{kReason};
 }

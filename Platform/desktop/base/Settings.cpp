@@ -73,6 +73,7 @@ const std::string& desktop::LastSettingsError()
 
 int vconf_get_int(const char* in_key, int* intval)
 {
+    // A null result pointer is refused as a null key is.
     return ReadAs("a number", intval != nullptr ? in_key : nullptr, [intval](const std::string& text) {
         const std::optional<int> number = desktop::ParseSettingNumber(text);
         if (number) {

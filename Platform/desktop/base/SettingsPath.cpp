@@ -15,9 +15,13 @@ namespace desktop {
 
 namespace {
 
+/// A folder on the path goes elsewhere. The flags refuse a link, which is watched with `kLink`.
 constexpr unsigned kItself = IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR | IN_DONT_FOLLOW;
+/// A name in a folder of the path appears or disappears.
 constexpr unsigned kEntries = IN_CREATE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
+/// A setting has its new value: its writer has closed it, or another file has taken its place, or it is gone.
 constexpr unsigned kStores = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
+/// A writer works on a setting in place and may not have finished.
 constexpr unsigned kWrites = IN_CREATE | IN_MODIFY;
 /// Replacing a link changes its number of names, which is reported as an attribute.
 constexpr unsigned kLink = IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_DONT_FOLLOW;
@@ -88,7 +92,7 @@ Result<void> SettingsPath::Watch()
 /// Each folder is watched before the path goes on in it, so that no change falls between the two.
 std::optional<SettingsPath::Obstacle> SettingsPath::Follow()
 {
-    constexpr int kMostLinks = 40;
+    constexpr int kMostLinks = 40; // as the kernel's own limit
     Names names;
     Prepend(names, folder_);
     steps_.clear();
@@ -151,6 +155,7 @@ bool SettingsPath::IsOnPath(int watch, const char* name) const
 std::vector<SettingsPath::Event> SettingsPath::Read()
 {
     std::vector<Event> all;
+    // Events that do not fit stay in the queue, and the descriptor stays readable.
     alignas(inotify_event) std::array<char, 4096> buffer;
     const ssize_t size = read(events_.Get(), buffer.data(), buffer.size());
     for (ssize_t at = 0; at < size;) {

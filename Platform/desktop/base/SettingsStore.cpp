@@ -17,6 +17,7 @@ namespace desktop {
 namespace {
 
 constexpr char kFolderName[] = "/tvsettings";
+/// The longest file name that file systems take, in bytes.
 constexpr std::size_t kLongestPart = 255;
 
 bool IsValidPart(std::string_view part)

@@ -9,6 +9,7 @@ namespace desktop {
 
 namespace {
 
+/// With such a place, libdbus starts a bus if there is none.
 constexpr std::string_view kLaunchesOne = "autolaunch:";
 constexpr std::size_t kMostPlaces = 8;
 constexpr std::size_t kLongestShown = 300;

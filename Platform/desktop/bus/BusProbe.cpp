@@ -64,7 +64,8 @@ SocketAddress ParsePlace(const std::string& place)
     return UnixSocket(path != nullptr ? path : abstract, path == nullptr);
 }
 
-/// Closed: the place does not take the connection.
+/// Closed: the place does not take the connection. A Unix socket takes it at once or not at all: one with a
+/// full queue refuses, because this socket does not wait.
 platform::FileDescriptor Connect(const SocketAddress& place)
 {
     platform::FileDescriptor bus(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
@@ -89,7 +90,7 @@ Greeted Greet(const std::string& place)
     result.place = place;
     const SocketAddress address = ParsePlace(place);
     if (address.kind == PlaceKind::kOther) {
-        result.state = Greeted::State::kAnswers;
+        result.state = Greeted::State::kAnswers; // not probed: other kinds may take long to connect
     } else if (address.kind == PlaceKind::kUnixSocket) {
         result.socket = Connect(address);
         // A zero byte, then the question which ways of authentication there are.

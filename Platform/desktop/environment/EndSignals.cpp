@@ -41,7 +41,7 @@ void SetAlarm(seconds timeout)
     alarm(static_cast<unsigned int>(timeout.count()));
 }
 
-/// The teardown has a limit of its own.
+/// Sets the limit that a signal brings. The teardown keeps its own limit.
 void LimitWaitForEnd()
 {
     if (phase != kTeardown) {
@@ -52,7 +52,7 @@ void LimitWaitForEnd()
 void OnSignal(int /*signal*/)
 {
     const int error = errno;
-    // Only the first signal: others do not put the end off.
+    // Only the first signal sets a limit: further ones must not postpone the end.
     if (requested == 0) {
         requested = 1;
         LimitWaitForEnd();
@@ -128,7 +128,7 @@ void EndMainLoopOnSignal(void (*quit)())
     phase = kRunning;
     alarm(0);
     if (requested != 0) {
-        LimitWaitForEnd(); // the signal's own limit may be gone
+        LimitWaitForEnd(); // `alarm(0)` may have cancelled the limit that the signal set
     }
     quitLoop = quit;
     ecore_main_fd_handler_add(wakeUp, ECORE_FD_READ, OnWakeUp, nullptr, nullptr, nullptr);

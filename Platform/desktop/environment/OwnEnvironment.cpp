@@ -61,6 +61,7 @@ char* FoundEntry(const char* name)
 {
     for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
         if (Names(*entry, name)) {
+            // Never freed: it is handed on for as long as the process lives.
             return strdup(*entry);
         }
     }

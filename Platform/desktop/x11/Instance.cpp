@@ -133,6 +133,7 @@ void SendMessage(Display* display, Window window, const char* type, Window item)
     message.xclient.message_type = AtomNamed(display, type);
     message.xclient.format = 32;
     message.xclient.data.l[0] = static_cast<long>(item);
+    // Without a mask, the event goes to the client that created the window.
     XSendEvent(display, window, False, NoEventMask, &message);
 }
 
@@ -163,6 +164,7 @@ bool AwaitEvent(Display* display, std::chrono::milliseconds timeout, IsAwaited i
             return false;
         }
         pollfd readable = {ConnectionNumber(display), POLLIN, 0};
+        // A signal ends the wait early; the next round waits for the rest.
         poll(&readable, 1, static_cast<int>(rest));
     }
 }
@@ -213,6 +215,7 @@ std::optional<InstanceFacts> ReadInstance(Display* display, const char* applicat
 
 LaunchAnswer RequestLaunch(Display* display, const InstanceFacts& instance, std::chrono::milliseconds timeout)
 {
+    // Watched before the request goes out: the instance may end without an answer.
     if (!WatchWindow(display, instance.window)) {
         return LaunchAnswer::kGone;
     }
