@@ -39,8 +39,8 @@ private:
     Reporter& reporter_;
     schedule::Day today_;
     std::vector<Judgement> judgements_;
-    std::vector<std::string>
-        meant_; ///< names that were reported as misspelt or out of place: they are not missing as well
+    /// Names that were reported as misspelt or out of place: they are not missing as well.
+    std::vector<std::string> meant_;
 };
 
 } // namespace lint
