@@ -36,6 +36,7 @@ class Works:
 
     def __init__(self, build, rounds):
         self.program = str(build / "bin/LibraryWork")
+        self.vqmctl = str(build / "bin/vqmctl")
         self.rounds = rounds
         self.folder = Path("/opt/benchmark")
         self.folder.mkdir(exist_ok=True)
@@ -64,9 +65,23 @@ class Works:
     def tool(self, *arguments):
         """Nanoseconds that vqmctl takes, from its start to its end."""
         before = time.monotonic_ns()
-        subprocess.run([self.program.replace("LibraryWork", "vqmctl"), *arguments], env=self.environment,
-                       stdout=subprocess.DEVNULL, check=True)
-        return time.monotonic_ns() - before
+        process = os.posix_spawn(self.vqmctl, [self.vqmctl, *arguments], self.environment,
+                                 file_actions=[(os.POSIX_SPAWN_OPEN, 1, os.devnull, os.O_WRONLY, 0)])
+        _, status = os.waitpid(process, 0)
+        taken = time.monotonic_ns() - before
+        if status != 0:
+            raise SystemExit(f"vqmctl {' '.join(arguments)} failed")
+        return taken
+
+    def tool_instructions(self, *arguments):
+        """Valgrind's count."""
+        return self._valgrind(self.vqmctl, *arguments)
+
+    def tool_libraries(self):
+        """How many libraries the loader maps for vqmctl."""
+        loaded = subprocess.run([self.vqmctl], env={**self.environment, "LD_TRACE_LOADED_OBJECTS": "1"},
+                                capture_output=True, text=True, check=True)
+        return loaded.stdout.count("=>")
 
     def peak(self, name, size):
         say(f"{name}: {size:,}, memory")
@@ -81,12 +96,12 @@ class Works:
         if self.counter_can_be_read:
             return self.run(name, size, repetitions)["instructions"]
         # The difference leaves out what preparing takes.
-        return (self._valgrind(name, size, 1 + repetitions) - self._valgrind(name, size, 1)) / repetitions
+        once, more = (self._valgrind(self.program, name, str(size), str(count)) for count in (1, 1 + repetitions))
+        return (more - once) / repetitions
 
-    def _valgrind(self, name, size, repetitions):
+    def _valgrind(self, *command):
         done = subprocess.run(["valgrind", "--tool=cachegrind", "--cache-sim=no", "--cachegrind-out-file=/dev/null",
-                               self.program, name, str(size), str(repetitions)],
-                              env=self.environment, capture_output=True, text=True, check=True)
+                               *command], env=self.environment, capture_output=True, text=True, check=True)
         return int(re.search(r"I +refs: +([\d,]+)", done.stderr)[1].replace(",", ""))
 
 
@@ -128,6 +143,7 @@ class Benchmark:
     def __init__(self, works, shrink, valgrind):
         self.works = works
         self.shrink = shrink
+        self.valgrind = valgrind
         self.instructions_can_be_counted = valgrind or works.counter_can_be_read
         self.table = Table()
         self.figures = [["", "", "time"]]
@@ -228,6 +244,16 @@ class Benchmark:
                          [what, "the library's check", human(statistics.median(own))]]
         self.table.add(what + ", time", "the library's check", statistics.median(tool) / statistics.median(own), most=1.5)
 
+    def start_of_tool(self):
+        """The shortest command: what starting vqmctl takes."""
+        say("vqmctl --version")
+        times = [self.works.tool("--version") for _ in range(20 * self.works.rounds)]
+        self.table.add("vqmctl --version, ms", "", statistics.median(times) / 1e6, most=1.5)
+        self.figures.append(["vqmctl --version", "libraries", f"{self.works.tool_libraries()}"])
+        if self.valgrind:
+            self.figures.append(["vqmctl --version", "instructions, by valgrind",
+                                 f"{self.works.tool_instructions('--version'):,}"])
+
     def numbers(self):
         for kind, what in (("int", "int"), ("size", "uVQMINT64"), ("double", "double")):
             self.compare(f"text to {what}", f"{kind}/product", [f"{kind}/from_chars"], NUMBERS, 50,
@@ -265,7 +291,8 @@ class Benchmark:
             self.per_unit.append([what, f"{self.scaled(sizes[0]):,} and on", *costs])
 
     def run(self):
-        for stage in (self.parse, self.lint, self.read, self.check, self.check_tool, self.numbers, self.log, self.growth):
+        for stage in (self.parse, self.lint, self.read, self.check, self.check_tool, self.start_of_tool, self.numbers,
+                      self.log, self.growth):
             stage()
 
     def print(self):

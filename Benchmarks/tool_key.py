@@ -43,6 +43,7 @@ GOALS = [
     ("instructions", ELEMENTARY, 1.2),
     ("time", ELEMENTARY, 1.2),
     ("dirty", ELEMENTARY, 1.05),
+    ("private", ELEMENTARY, 1.05),
     ("startup", ELEMENTARY, 1.05),
 ]
 
@@ -120,9 +121,10 @@ class Peer:
             raise SystemExit(f"{self.name}: {done.stderr}" + (self.folder / "peer.log").read_text()[-2000:])
         return [int(line) for line in done.stdout.split()]
 
-    def dirty_pages(self):
-        kilobytes = re.search(r"^Private_Dirty: +(\d+)", Path(f"/proc/{self.pid}/smaps_rollup").read_text(), re.M)
-        return int(kilobytes[1]) * 1024 // PAGE
+    def private_bytes(self, *states):
+        """Of memory that no other process maps, in these states."""
+        usage = Path(f"/proc/{self.pid}/smaps_rollup").read_text()
+        return sum(int(re.search(rf"^Private_{state}: +(\d+)", usage, re.M)[1]) for state in states) * 1024
 
     def wake_ups(self):
         return sum(
@@ -270,7 +272,8 @@ def measure_idle(peers, figures, seconds):
     time.sleep(seconds)
     for peer in peers:
         figures[peer.name].add("wake-ups", peer.wake_ups() - before[peer.name])
-        figures[peer.name].add("dirty", peer.dirty_pages())
+        figures[peer.name].add("dirty", peer.private_bytes("Dirty") // PAGE)
+        figures[peer.name].add("private", peer.private_bytes("Dirty", "Clean"))
 
 
 def measure_presses(peers, figures, perf, rounds, presses):
@@ -315,7 +318,7 @@ def print_figures(figures, hardware):
         columns += [("start-up user instr.", "startup user", 1, ",.0f")]
     columns += [
         ("start-up CPU ms", "startup cpu", 1, ".1f"), ("dirty MB", "dirty", 1e6 / PAGE, ".2f"),
-        ("pages", "dirty", 1, ".0f"), ("wake-ups", "wake-ups", 1, ".0f"),
+        ("pages", "dirty", 1, ".0f"), ("private MB", "private", 1e6, ".2f"), ("wake-ups", "wake-ups", 1, ".0f"),
     ]
     table([["", *(column[0] for column in columns)]] +
           [[name, *(format(of.get(key) / unit, form) for _, key, unit, form in columns)]
@@ -326,6 +329,7 @@ def print_goals(figures, hardware, idle):
     names = {
         "time": [("time", "time")],
         "dirty": [("dirty pages", "dirty")],
+        "private": [("private memory", "private")],
         "instructions": [("instructions per press", "press instructions")] if hardware else
                         [("user instructions per press", "press user"), ("CPU time per press", "press cpu")],
         "startup": [("start-up instructions", "startup instructions")] if hardware else

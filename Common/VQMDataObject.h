@@ -103,9 +103,11 @@ public:
     void InsertText(const char* pText, uVQMINT64 nSize)
     {
         if (nSize < m_nCapacity - m_nSize) { // the usual case, for as many texts as a document has
-            std::memcpy(m_pData.get() + m_nSize, pText, static_cast<std::size_t>(nSize));
-            m_nSize += static_cast<std::size_t>(nSize);
-            m_pData[m_nSize++] = '\0';
+            const auto size = static_cast<std::size_t>(nSize);
+            char* const end = m_pData.get() + m_nSize;
+            std::memcpy(end, pText, size);
+            end[size] = '\0';
+            m_nSize += size + 1;
         } else {
             InsertData(pText, nSize);
             InsertData("", 1);

@@ -208,12 +208,14 @@ void CVQMSyncDemoMonitor::CheckContents()
 /// Stops at the first content that is missing or has another size, and logs it for `CheckContents`.
 bool CVQMSyncDemoMonitor::HasAllContents(const _VQMPolicy& policy)
 {
-    std::string directory;
-    GetSyncDemoMediaPath(directory);
+    std::string path; // its memory serves all contents
+    GetSyncDemoMediaPath(path);
+    const std::size_t directoryLength = path.size();
     CVQMFilePipe pipe;
     for (const _VQMSchdule& schedule : policy.listSchedule) {
         for (const _VQMContentInfo& content : schedule.listContents) {
-            const std::string path = directory + content.strName;
+            path.resize(directoryLength);
+            path += content.strName;
             if (pipe.GetFileSize(path.c_str()) != content.nSize) {
                 // The same words for a file of another size: intended.
                 VQM_LOG_DEBUG_AS("CheckContents", "CVQMSyncDemoMonitor::CheckContents - %s not exist \n", path.c_str());

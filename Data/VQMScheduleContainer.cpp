@@ -205,7 +205,15 @@ void CVQMScheduleContainer::OnElementData(const char* pText)
     }
     if (nElementState == ElementNone) { // most texts: the white space between elements
         VQM_LOG_SCHEDULE("OnElementData - Unknown Element \n");
-    } else if (nElementState == ElementName) {
+    } else {
+        TakeItemText(pText);
+    }
+}
+
+/// A function of its own, so that white space costs no saved registers.
+[[gnu::noinline]] void CVQMScheduleContainer::TakeItemText(const char* pText)
+{
+    if (nElementState == ElementName) {
         m_stContent.strName += pText;
     } else if (nElementState == ElementFormat) {
         m_stContent.strFormat += pText;

@@ -1,6 +1,7 @@
 #include "Platform/desktop/app/ToolkitSetup.h"
 
 #include <chrono>
+#include <clocale>
 #include <cstdlib>
 
 #include <Efreet.h>
@@ -46,6 +47,9 @@ void PrepareForToolkit()
     }
     // Otherwise every start spawns efreetd and its cache builders.
     efreet_cache_disable();
+    // As the toolkit does later. Xlib reads a locale's tables when it first works in that locale, and the key
+    // symbols below would make it read those of "C" as well.
+    std::setlocale(LC_CTYPE, "");
     if (!AddToolKeySymbols()) {
         PLATFORM_LOG(DLOG_WARN, "Xlib cannot be taught the tool keys' symbols: they will not be seen");
     }
