@@ -17,6 +17,8 @@ namespace {
 using VQMScheduleFormat::Attribute;
 using VQMScheduleFormat::Element;
 
+constexpr char kParseItemElements[] = "ParseItemElements";
+
 /// Of digits only; a number too large for the type gives the largest one.
 long DigitsToLong(const std::string& digits)
 {
@@ -293,34 +295,39 @@ void CVQMScheduleContainer::ParseItemElements(const char* pName, const char** pp
 /// Logs for `ParseItemElements`.
 void CVQMScheduleContainer::StartItemElement(Element element, const char** ppAttributes)
 {
-    constexpr char kFunction[] = "ParseItemElements";
-    if (element == Element::kName) {
+    switch (element) {
+    case Element::kName:
         nElementState = ElementName;
-        return;
-    }
-    if (element == Element::kSize) {
+        break;
+    case Element::kSize:
         nElementState = ElementSize;
-        return;
-    }
-    if (element == Element::kFormat) {
+        break;
+    case Element::kFormat:
         nElementState = ElementFormat;
-        return;
+        break;
+    case Element::kItem:
+        ParseItemAttribute(ppAttributes);
+        break;
+    default:
+        VQM_LOG_AS(kParseItemElements, DLOG_DEBUG, nullptr, "Unknown Element\n");
+        break;
     }
-    if (element != Element::kItem) {
-        VQM_LOG_AS(kFunction, DLOG_DEBUG, nullptr, "Unknown Element\n");
-        return;
-    }
-    CVQMAttributeCursor cursor(kFunction, ppAttributes, VQMScheduleFormat::InfoOf(Element::kItem).slots);
+}
+
+/// Logs for `ParseItemElements`.
+void CVQMScheduleContainer::ParseItemAttribute(const char** ppAttributes)
+{
+    CVQMAttributeCursor cursor(kParseItemElements, ppAttributes, VQMScheduleFormat::InfoOf(Element::kItem).slots);
     while (cursor.Next()) {
         const Attribute attribute = VQMScheduleFormat::AttributeNamed<Element::kItem>(cursor.Name());
         if (attribute == Attribute::kId) {
             m_stContent.strID = cursor.Value();
-            VQM_LOG_AS(kFunction, DLOG_DEBUG, nullptr, "item - id %s \n", m_stContent.strID.c_str());
+            VQM_LOG_AS(kParseItemElements, DLOG_DEBUG, nullptr, "item - id %s \n", m_stContent.strID.c_str());
         } else if (attribute == Attribute::kOrder) {
             StrToNumber(cursor.Value(), m_stContent.nOrder);
-            VQM_LOG_AS(kFunction, DLOG_DEBUG, nullptr, "item - order %d \n", m_stContent.nOrder);
+            VQM_LOG_AS(kParseItemElements, DLOG_DEBUG, nullptr, "item - order %d \n", m_stContent.nOrder);
         } else {
-            VQM_LOG_AS(kFunction, DLOG_DEBUG, nullptr, "item: Unknown Attributes\n");
+            VQM_LOG_AS(kParseItemElements, DLOG_DEBUG, nullptr, "item: Unknown Attributes\n");
         }
     }
 }

@@ -88,6 +88,7 @@ public:
 
 private:
     void StartItemElement(VQMScheduleFormat::Element element, const char** ppAttributes);
+    void ParseItemAttribute(const char** ppAttributes);
     void TakeItemText(const char* pText);
     void CloseItem();
     void CloseSchedule();

@@ -82,8 +82,7 @@ void* CVQMFilePipe::CreatePipe(CVQMDataStructureObject* pRequest)
         _PipeInfo info;
         DescribeTransfer(request, info);
         info.nStartOffset = request.nStartOffset;
-        OpenFile(info);
-        return StoreOpened(info);
+        return FOpen(info);
     } catch (const CVQMException& error) {
         VQM_LOG_PIPE("CVQMFilePipe::CreatePipe - error %s \n", error.GetErrorText());
     } catch (const std::exception& error) {
@@ -115,8 +114,7 @@ void* CVQMFilePipe::Request(CVQMDataStructureObject* pRequest)
         }
         _PipeInfo info;
         DescribeTransfer(request, info);
-        OpenFile(info);
-        return MoveStep(StoreOpened(info), nullptr);
+        return MoveStep(FOpen(info), nullptr);
     } catch (const CVQMException& error) {
         VQM_LOG_PIPE("CVQMFilePipe::Request - error %s \n", error.GetErrorText());
     } catch (const std::exception& error) {
@@ -293,53 +291,37 @@ void CVQMFilePipe::DescribeTransfer(CVQMFileRequestData::_VQMFileRequest& reques
 
 void* CVQMFilePipe::FOpen(_PipeInfo& info)
 {
-    OpenFile(info);
-    try {
-        _PipeInfo record(info);
-        return StoreOpened(record);
-    } catch (const std::exception& error) {
-        throw CVQMException(kVQMStandardError, error.what());
-    }
-}
-
-/// Opens the file and completes `info`. Logs and throws for `FOpen`.
-void CVQMFilePipe::OpenFile(_PipeInfo& info)
-{
-    VQM_LOG_PIPE_AS("FOpen", "CVQMFilePipe::FOpen\n");
+    VQM_LOG_PIPE("CVQMFilePipe::FOpen\n");
     try {
         switch (info.eRequestCommand) {
         case REQUEST_WRITE:
-            VQM_LOG_PIPE_AS("FOpen", "CVQMFilePipe::FOpen - RequestCommand is Write\n");
+            VQM_LOG_PIPE("CVQMFilePipe::FOpen - RequestCommand is Write\n");
             OpenForWriting(info, kVQMWriteMode);
             break;
         case REQUEST_READ:
-            VQM_LOG_PIPE_AS("FOpen", "CVQMFilePipe::FOpen - RequestCommand is Read\n");
+            VQM_LOG_PIPE("CVQMFilePipe::FOpen - RequestCommand is Read\n");
             OpenForReading(info);
             break;
         case REQUEST_APPEND:
             OpenForWriting(info, kVQMAppendMode);
             break;
         default:
-            VQM_LOG_PIPE_AS("FOpen", "CVQMFilePipe::FOpen - wrong command \n");
+            VQM_LOG_PIPE("CVQMFilePipe::FOpen - wrong command \n");
             throw CVQMException(kVQMOpenError, "Wrong file command : " + info.strDestURI);
         }
+
+        // Only the stored record gets the size. A file that is opened to be written has just been emptied.
+        _PipeInfo record(info);
+        record.nFileSize = info.eRequestCommand == REQUEST_WRITE ? 0 : GetFileSize(info.strDestURI.c_str());
+        Store(info.pFileStream, record);
+        return info.pFileStream;
     } catch (const std::ios_base::failure& failure) {
         // The capital P is intended.
-        VQM_LOG_PIPE_AS("FOpen", "FOPen error - %s\n", failure.what());
+        VQM_LOG_PIPE("FOPen error - %s\n", failure.what());
         throw CVQMException(kVQMStandardError, failure.what());
     } catch (const std::exception& error) {
         throw CVQMException(kVQMStandardError, error.what());
     }
-}
-
-/// Stores the record of an opened file, which is of no use afterwards. Returns the handle.
-void* CVQMFilePipe::StoreOpened(_PipeInfo& record)
-{
-    void* const handle = record.pFileStream;
-    // A file that is opened to be written has just been emptied.
-    record.nFileSize = record.eRequestCommand == REQUEST_WRITE ? 0 : GetFileSize(record.strDestURI.c_str());
-    Store(handle, record);
-    return handle;
 }
 
 void CVQMFilePipe::OpenForReading(_PipeInfo& info)

@@ -155,8 +155,6 @@ private:
     void Store(void* handle, _PipeInfo& record);
 
     static void DescribeTransfer(CVQMFileRequestData::_VQMFileRequest& request, _PipeInfo& info);
-    void OpenFile(_PipeInfo& info);
-    void* StoreOpened(_PipeInfo& record);
     void OpenForReading(_PipeInfo& info);
     static void OpenForWriting(_PipeInfo& info, std::ios_base::openmode mode);
     static void CloseStream(const _PipeInfo& info);
