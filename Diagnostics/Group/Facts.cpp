@@ -99,6 +99,7 @@ private:
             }
         }
         if (!master_) {
+            // No document is at fault alone: the first one stands for all.
             Add(0, Field::kIsMaster, &all_[1],
                 {"no-master", "no document is the master's", "", "exactly one document with IsMaster='1'"});
         }
@@ -120,6 +121,7 @@ private:
         const auto isRight = [this](const Facts& each) {
             return each.players >= 0 && static_cast<std::size_t>(each.players) == all_.size();
         };
+        // A document with the right number, if there is one, is shown beside each wrong one.
         const auto right = std::find_if(all_.begin(), all_.end(), isRight);
         const Facts* const other = right == all_.end() ? nullptr : &*right;
         for (std::size_t document = 0; document < all_.size(); ++document) {

@@ -122,6 +122,7 @@ void AttributeChecker::CheckValue(const StartTag& tag, std::size_t index, const 
 
 void AttributeChecker::CheckMissing(const StartTag& tag)
 {
+    // The other elements may leave out any attribute.
     if (tag.Kind() != Element::kRsp && tag.Kind() != Element::kSchedule && tag.Kind() != Element::kItem) {
         return;
     }

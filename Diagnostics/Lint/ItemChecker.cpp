@@ -18,6 +18,7 @@ bool EndsWithExtension(const std::string& name, const std::string& format)
            strcasecmp(name.c_str() + name.size() - format.size(), format.c_str()) == 0;
 }
 
+/// `text` must not be empty.
 bool HasOuterOrUnusualSpace(const std::string& text)
 {
     return text.find_first_of("\t\r\n\v\f") != std::string::npos || text.front() == ' ' || text.back() == ' ';

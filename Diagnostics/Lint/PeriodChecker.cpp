@@ -38,6 +38,7 @@ void PeriodChecker::CheckTimes(const StartTag& schedule, const std::vector<Judge
 {
     const std::optional<int> start = SecondsOf(schedule, values, "start_time");
     const std::optional<int> end = SecondsOf(schedule, values, "end_time");
+    // Anything else has been reported with the value itself.
     if (!start || !end || *start > schedule::kDaySeconds || *end > schedule::kDaySeconds) {
         return;
     }
@@ -71,6 +72,7 @@ void PeriodChecker::BeginItem(const StartTag& item, const std::vector<Judgement>
         }
     }
     const std::optional<std::size_t> order = item.Find("order");
+    // An order that the TV reads as another number has been reported.
     if (order && values[*order].isReadAsWritten) {
         const std::string text = item.AttributeValue(*order);
         if (const auto line = orders_.Add(tv::Integer(text), item.Start().line)) {

@@ -48,6 +48,8 @@ ScheduleChecker::ScheduleChecker(Reporter& reporter, const schedule::Day& today,
 {
 }
 
+/// Follows the elements by their names wherever they stand, as the TV does; `CheckPlace` reports those that stand
+/// in the wrong place.
 void ScheduleChecker::Start(const StartTag& tag)
 {
     if (open_.empty()) {
@@ -81,6 +83,7 @@ void ScheduleChecker::Start(const StartTag& tag)
     case Element::kName:
     case Element::kSize:
     case Element::kFormat:
+        // Elsewhere it has been reported, and what the TV makes of it is not followed.
         if (!inText && OpenCount(Element::kItem) > 0) {
             item_.BeginChild(tag);
         }

@@ -21,6 +21,7 @@ StartTag::StartTag(const DocumentWindow& window, const char* name, const char** 
 
 std::optional<std::size_t> StartTag::Find(std::string_view name) const
 {
+    // The TV looks at the first slots only.
     const std::size_t seen = std::min(count_, static_cast<std::size_t>(info_.slots));
     for (std::size_t index = 0; index < seen; ++index) {
         if (name == AttributeName(index)) {

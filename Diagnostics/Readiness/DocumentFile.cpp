@@ -49,7 +49,7 @@ DocumentFile Examine(const std::string& path)
                 "is larger than the " + std::to_string(INT_MAX) + " bytes that can be parsed", false, true};
     }
     try {
-        const InputFile file(path);
+        const InputFile file(path); // only to see whether it can be opened
     } catch (const std::system_error& error) {
         return {DocumentState::kUnreadable, "cannot be read: " + error.code().message()};
     }
@@ -58,6 +58,8 @@ DocumentFile Examine(const std::string& path)
 
 DocumentFile ReadExamined(const std::string& path, const std::function<bool(const std::string& path)>& read)
 {
+    // The name is examined for the messages about it; what was opened, because another file may have taken the
+    // name meanwhile.
     DocumentFile named = Examine(path);
     if (named.state != DocumentState::kLoaded) {
         return named;

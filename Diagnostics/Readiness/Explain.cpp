@@ -243,6 +243,7 @@ void Explanation::ExplainContents()
     std::set<std::pair<std::size_t, uVQMINT64>> told; // a file may belong to several items
     for (const ContentItem& item : contents.items) {
         const ContentFile& file = contents.FileOf(item);
+        // A closed or missing directory has been reported once for all its files.
         const bool isTold = file.kind == FileKind::kNotExamined && !contents.closedFolder.empty();
         const bool lacksDirectory = !contents.directoryPresent && file.kind == FileKind::kMissing;
         if (!isTold && !lacksDirectory && (!contents.SizeMatches(item) || !file.readable)) {

@@ -160,7 +160,7 @@ Report Check(const Places& places, const schedule::Day& today, const Progress& p
     Report report{LoadConstants(places)};
     Monitor monitor;
     report.schedule = FindSchedule(places, report.constants);
-    ScheduleLint findings(report.schedule.place, today);
+    ScheduleLint findings(report.schedule.place, today); // works in the background until `Take`
     report.contents.directory = MediaDirectory(monitor, places, tree);
     report.compiledIn = tree.IsThisMachines() && places.schedule.empty() && places.media.empty();
     (report.compiledIn ? RunAndExamine : CheckStepByStep)(monitor, tree, progress, report);

@@ -140,6 +140,7 @@ ExitCode Lint(const Arguments& arguments)
             failed = true;
             PrintError("cannot read '" + result.name + "': " + result.error);
         }
+        // These formats make one document of all files.
         if (json || arguments.sarif) {
             results.push_back(std::move(result));
             continue;

@@ -59,6 +59,7 @@ std::string PeriodText(const _VQMSchdule& period, std::size_t number)
     return text + table.Text(4);
 }
 
+/// Prints period by period, because a document may have half a million items and the reader may go.
 void PrintText(const PolicyFile& file, const schedule::Day& today)
 {
     bool isRead = Print(FieldsText(file.policy, today));

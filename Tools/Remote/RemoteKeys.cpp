@@ -75,5 +75,6 @@ ExitCode ListHeldKeys(const HeldKeysOptions& options)
         PrintError(std::string(desktop::kApplicationId) + " (pid " + std::to_string(instance->pid) +
                    ") holds no key: this keyboard has none that it wants");
     }
+    // A reader that has gone is not an error, and wants no findings.
     return !wanted || instance->failedKeys.empty() ? ExitCode::kOk : ExitCode::kFindings;
 }

@@ -23,7 +23,7 @@ BusMessage NotificationDaemon::InhibitRequest(const char* applicationId, const c
 {
     BusMessage request = Request(kNotificationsName, "Inhibit");
     DBusMessageIter arguments;
-    DBusMessageIter hints;
+    DBusMessageIter hints; // required by the method, and empty
     dbus_message_iter_init_append(request.get(), &arguments);
     dbus_message_iter_append_basic(&arguments, DBUS_TYPE_STRING, &applicationId);
     dbus_message_iter_append_basic(&arguments, DBUS_TYPE_STRING, &reason);
