@@ -43,7 +43,6 @@ constexpr int kSummaryHeight = 42;
 constexpr int kSwitchWidth = 272;
 constexpr int kSwitchHeight = 64;
 constexpr int kCloseWidth = 270;
-constexpr int kFocusWidth = 8;
 
 constexpr int kGroupLabelWidth = 190;
 constexpr int kGroupLineHeight = 39;
@@ -75,8 +74,6 @@ void ColourWidgets()
         {"/bg/selected/list/item", kSelectedRow},
         {"/bg-alt/normal/list", kCard},
         {"/fg/normal/scroller/bar/vertical", kTrack},
-        {"/bg/selected/focus", kPlaying},
-        {"/bg/selected/focus/hilight", kPlaying},
     };
     for (const auto& [part, colour] : parts) {
         edje_color_class_set(part, colour.red, colour.green, colour.blue, 255, 0, 0, 0, 0, 0, 0, 0, 0);
@@ -152,7 +149,8 @@ ScreenView::ScreenView(Evas_Object* window, std::function<void(bool)> onSwitch, 
       group_(PutCard(root_, kThirdCard, kListsTop, kCardWidth, kListsHeight)),
       groupTitle_(group_, kTitleStyle, {kPadding, kTitleTop, kCardWidth - 2 * kPadding, kTitleHeight}),
       hint_(root_, {kSmallestText, kQuietText, false, Align::kStart, 0.5},
-            {kLeft, kBottom - kFooterHeight, kListWidth, kFooterHeight})
+            {kLeft, kBottom - kFooterHeight, kListWidth, kFooterHeight}),
+      focus_(window_)
 {
     elm_grid_pack(day_, timeline_.Object(), kPadding, kDayHeight - 160, kRight - kLeft - 2 * kPadding, 150);
     elm_grid_pack(fileSection_, files_.Object(), kPadding / 2, kContentTop, kListWidth - kPadding,

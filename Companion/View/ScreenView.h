@@ -10,6 +10,7 @@
 
 #include "Companion/Model/Screen.h"
 #include "Companion/View/FileListView.h"
+#include "Companion/View/FocusFrame.h"
 #include "Companion/View/Text.h"
 #include "Companion/View/TimelineView.h"
 
@@ -79,6 +80,7 @@ private:
     Text hint_;
     Evas_Object* switch_ = nullptr;
     Evas_Object* close_ = nullptr;
+    FocusFrame focus_;
 
     Shown shown_{};
 };

@@ -9,13 +9,12 @@ namespace companion {
 namespace {
 
 constexpr char kStyleKey[] = "text style";
-constexpr double kLines = 1080.0;
 
 double ScaleOf(Evas_Object* object)
 {
     int height = 0;
     evas_output_size_get(evas_object_evas_get(object), nullptr, &height);
-    return height > 0 ? height / kLines : 1.0;
+    return height > 0 ? static_cast<double>(height) / kLines : 1.0;
 }
 
 const char* NameOf(Align align)
