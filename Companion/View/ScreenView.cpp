@@ -1,5 +1,6 @@
 #include "Companion/View/ScreenView.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "Companion/Model/Language.h"
@@ -46,6 +47,9 @@ constexpr int kCloseWidth = 270;
 
 constexpr int kGroupLabelWidth = 190;
 constexpr int kGroupLineHeight = 39;
+constexpr int kGroupHeight = kListsHeight - kContentTop - 8;
+/// Longer values, in bytes, take two lines.
+constexpr std::size_t kLongValue = 19;
 
 constexpr TextStyle kTitleStyle = {kSmallText, kQuietText};
 
@@ -109,6 +113,11 @@ Evas_Object* AddRoot(Evas_Object* window)
     return root;
 }
 
+int LinesOf(const std::string& value)
+{
+    return value.size() > kLongValue ? 2 : 1;
+}
+
 void SetScale(Evas_Object* window)
 {
     int height = 0;
@@ -126,7 +135,7 @@ ScreenView::ScreenView(Evas_Object* window, std::function<void(bool)> onSwitch, 
       onClose_(std::move(onClose)),
       root_(AddRoot(window)),
       header_(PutGrid(root_, kLeft, kTop, kRight - kLeft, kHeaderHeight)),
-      mark_(header_, {76, kText, true, Align::kCenter, 0.5}, {0, 0, kMarkWidth, kHeaderHeight - kSummaryHeight}),
+      mark_(header_, {76, kText, true, Align::kStart, 0.5}, {0, 0, kMarkWidth, kHeaderHeight - kSummaryHeight}),
       headline_(
           header_, {44, kText, true, Align::kStart, 0.5},
           {kMarkWidth + 12, -4, kRight - kLeft - kMarkWidth - kClockWidth - 36, kHeaderHeight - kSummaryHeight - 8}),
@@ -145,6 +154,8 @@ ScreenView::ScreenView(Evas_Object* window, std::function<void(bool)> onSwitch, 
       timeline_(day_),
       fileSection_(PutCard(root_, kLeft, kListsTop, kListWidth, kListsHeight)),
       fileTitle_(fileSection_, kTitleStyle, {kPadding, kTitleTop, kListWidth - 2 * kPadding, kTitleHeight}),
+      fileNote_(fileSection_, {kSmallText, kText},
+                {kPadding, kContentTop + 10, kListWidth - 2 * kPadding, kListsHeight - kContentTop - kPadding}),
       files_(fileSection_),
       group_(PutCard(root_, kThirdCard, kListsTop, kCardWidth, kListsHeight)),
       groupTitle_(group_, kTitleStyle, {kPadding, kTitleTop, kCardWidth - 2 * kPadding, kTitleHeight}),
@@ -180,14 +191,35 @@ ScreenView::Card ScreenView::AddCard(int left, int mainWidth)
 
 void ScreenView::AddGroupLines()
 {
-    int top = kContentTop;
     for (std::size_t count = GroupLines(Screen()).size(); count > 0; --count) {
-        const int left = kPadding + kGroupLabelWidth;
-        groupLines_.emplace_back(
-            Text(group_, {kSmallestText, kQuietText}, {kPadding, top, kGroupLabelWidth, kGroupLineHeight}),
-            Text(group_, {kSmallestText, kText}, {left, top, kCardWidth - kPadding - left, kGroupLineHeight}));
-        top += kGroupLineHeight;
+        groupLines_.emplace_back(Text(group_, {kSmallestText, kQuietText}, {}),
+                                 Text(group_, {kSmallestText, kText}, {}));
     }
+}
+
+/// Returns what a screen reader says of them.
+std::string ScreenView::ShowGroupLines(const Screen& screen)
+{
+    const auto lines = GroupLines(screen);
+    int height = 0;
+    for (const auto& [label, value] : lines) {
+        height += LinesOf(value);
+    }
+    height = std::min(kGroupLineHeight, kGroupHeight / height);
+    std::string read;
+    int top = kContentTop;
+    for (std::size_t index = 0; index < lines.size(); ++index) {
+        const auto& [label, value] = lines[index];
+        auto& [labelText, valueText] = groupLines_[index];
+        const int left = kPadding + kGroupLabelWidth;
+        labelText.Place({kPadding, top, kGroupLabelWidth, height});
+        labelText.Set(label);
+        valueText.Place({left, top, kCardWidth - kPadding - left, LinesOf(value) * height});
+        valueText.Set(value);
+        top += LinesOf(value) * height;
+        read += ". " + label + ": " + value;
+    }
+    return read;
 }
 
 void ScreenView::AddSwitch()
@@ -283,18 +315,11 @@ void ScreenView::ShowLists()
         std::string(Translated("Files")) + (screen->haveSchedule ? "   " + CompleteText(*screen) : "");
     fileTitle_.Set(files);
     files_.Show(screen);
+    fileNote_.Set(shown_.screen == nullptr || screen->haveSchedule ? "" : Headline(*screen));
     elm_object_access_info_set(files_.Object(), files.c_str());
 
     groupTitle_.Set(Translated("Group and network"));
-    std::string read = Translated("Group and network");
-    std::size_t index = 0;
-    for (const auto& [label, value] : GroupLines(*screen)) {
-        groupLines_[index].first.Set(label);
-        groupLines_[index].second.Set(value);
-        read += ". " + label + ": " + value;
-        ++index;
-    }
-    elm_object_access_info_set(group_, read.c_str());
+    elm_object_access_info_set(group_, (Translated("Group and network") + ShowGroupLines(*screen)).c_str());
 
     hint_.Set(Translated("The Back key closes this window."));
     elm_object_text_set(close_, Translated("Close"));

@@ -49,6 +49,7 @@ private:
     Card AddCard(int left, int mainWidth);
     static void ShowCard(Card& card, const std::string& title, const std::string& main, const std::string& detail);
     void AddGroupLines();
+    std::string ShowGroupLines(const Screen& screen);
     void AddSwitch();
     void AddCloseButton();
 
@@ -73,6 +74,7 @@ private:
     TimelineView timeline_;
     Evas_Object* fileSection_;
     Text fileTitle_;
+    Text fileNote_; ///< in place of the files: why there are none
     FileListView files_;
     Evas_Object* group_;
     Text groupTitle_;

@@ -79,10 +79,16 @@ Text::Text(Evas_Object* grid, const TextStyle& style, const Eina_Rectangle& plac
     SetStyle(object_, style, style.size, false);
     evas_object_textblock_valign_set(object_, style.valign);
     evas_object_pass_events_set(object_, EINA_TRUE);
-    // The canvas reserves room above the first line and below the last one for the tallest accents of all.
-    const int reserve = 3 * style.size / 10;
-    elm_grid_pack(grid, object_, place.x, place.y - reserve, place.w, place.h + 2 * reserve);
+    elm_grid_pack(grid, object_, 0, 0, 1, 1);
+    Place(place);
     evas_object_show(object_);
+}
+
+void Text::Place(const Eina_Rectangle& place)
+{
+    // The canvas reserves room above the first line and below the last one for the tallest accents of all.
+    const int reserve = 3 * static_cast<TextStyle*>(evas_object_data_get(object_, kStyleKey))->size / 10;
+    elm_grid_pack_set(object_, place.x, place.y - reserve, place.w, place.h + 2 * reserve);
 }
 
 void Text::Set(const std::string& text)

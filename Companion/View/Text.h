@@ -30,6 +30,9 @@ public:
 
     Evas_Object* Object() const { return object_; }
 
+    /// Moves it to another place of its grid.
+    void Place(const Eina_Rectangle& place);
+
     /// Plain text, not markup.
     void Set(const std::string& text);
 
