@@ -70,6 +70,7 @@ void FileListView::Show(std::shared_ptr<const Screen> screen)
     const int rowHeight = RowHeight();
     if (rowHeight != rowHeight_ || elm_genlist_items_count(list_) > screen_->files.size()) {
         elm_genlist_clear(list_);
+        elm_theme_flush(nullptr); // else the toolkit remembers how high such rows were
         rowHeight_ = rowHeight;
     }
     elm_genlist_realized_items_update(list_);
@@ -127,10 +128,9 @@ Evas_Object* FileListView::AddRow(void* data, Evas_Object* list, const char* /*p
         return nullptr;
     }
     const FileLine& file = self->screen_->files[number];
-    Evas_Object* const row = elm_grid_add(list);
     const int nameHeight = self->lines_.name * kNameHeight;
     const int detailHeight = self->lines_.detail * kDetailHeight;
-    elm_grid_size_set(row, kRowWidth, nameHeight + detailHeight);
+    Evas_Object* const row = AddGrid(list, kRowWidth, nameHeight + detailHeight);
     evas_object_size_hint_min_set(row, 0, self->rowHeight_);
     const auto add = [row](const TextStyle& style, const std::string& text, int left, int top, int width, int height) {
         Text(row, style, {left, top, width, height}).Set(text);

@@ -20,7 +20,7 @@ constexpr int kBottom = kHeight - 54;
 constexpr int kGap = 20;
 constexpr int kPadding = 24;
 
-constexpr int kHeaderHeight = 130;
+constexpr int kHeaderHeight = 148; ///< three lines of the smallest text, and the summary
 constexpr int kCardsTop = kTop + kHeaderHeight + 14;
 constexpr int kCardsHeight = 178;
 constexpr int kCardWidth = (kRight - kLeft - 2 * kGap) / 3;
@@ -63,34 +63,28 @@ void ColourWidgets()
         const char* part;
         Colour colour;
     } parts[] = {
-        {"/bg/normal/button", kPeriod},
-        {"/bg/pressed/button", kPeriod},
-        {"/fg/normal/button", kText},
-        {"/fg/pressed/button", kText},
-        {"/bg/normal/toggle/base", kPeriod},
-        {"/bg/pressed/toggle/base", kPeriod},
-        {"/fg/normal/toggle/button", kText},
-        {"/fg/pressed/toggle/button", kText},
-        {"/fg/normal/toggle/text/on", kText},
-        {"/fg/normal/toggle/text/off", kText},
-        {"/bg/normal/list/item", kCard},
-        {"/bg-alt/normal/list/item", kOtherRow},
-        {"/bg/selected/list/item", kSelectedRow},
-        {"/bg-alt/normal/list", kCard},
-        {"/fg/normal/scroller/bar/vertical", kTrack},
+        {"/bg/normal/background", kBackground},  {"/bg/normal/button", kPeriod},
+        {"/bg/pressed/button", kPeriod},         {"/fg/normal/button", kText},
+        {"/fg/pressed/button", kText},           {"/bg/normal/toggle/base", kPeriod},
+        {"/bg/pressed/toggle/base", kPeriod},    {"/fg/normal/toggle/button", kText},
+        {"/fg/pressed/toggle/button", kText},    {"/fg/normal/toggle/text/on", kText},
+        {"/fg/normal/toggle/text/off", kText},   {"/bg/normal/list/item", kCard},
+        {"/bg-alt/normal/list/item", kOtherRow}, {"/bg/selected/list/item", kSelectedRow},
+        {"/bg-alt/normal/list", kCard},          {"/fg/normal/scroller/bar/vertical", kTrack},
     };
     for (const auto& [part, colour] : parts) {
         edje_color_class_set(part, colour.red, colour.green, colour.blue, 255, 0, 0, 0, 0, 0, 0, 0, 0);
+    }
+    for (const char* const shadow : {"/shadow/normal/button", "/shadow/pressed/button"}) {
+        edje_color_class_set(shadow, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0); // it reaches into the outer 5 %
     }
 }
 
 /// A place with units of its own, as large as in the picture.
 Evas_Object* PutGrid(Evas_Object* parent, int left, int top, int width, int height)
 {
-    Evas_Object* const grid = elm_grid_add(parent);
-    elm_grid_size_set(grid, width, height);
+    Evas_Object* const grid = AddGrid(parent, width, height);
     elm_grid_pack(parent, grid, left, top, width, height);
-    evas_object_show(grid);
     return grid;
 }
 
@@ -104,12 +98,9 @@ Evas_Object* PutCard(Evas_Object* parent, int left, int top, int width, int heig
 Evas_Object* AddRoot(Evas_Object* window)
 {
     ColourWidgets();
-    Evas_Object* const root = elm_grid_add(window);
-    elm_grid_size_set(root, kWidth, kHeight);
+    Evas_Object* const root = AddGrid(window, kWidth, kHeight);
     evas_object_size_hint_weight_set(root, EVAS_HINT_EXPAND, EVAS_HINT_EXPAND);
     elm_win_resize_object_add(window, root);
-    elm_grid_pack(root, AddRectangle(root, kBackground), 0, 0, kWidth, kHeight);
-    evas_object_show(root);
     return root;
 }
 
@@ -138,7 +129,7 @@ ScreenView::ScreenView(Evas_Object* window, std::function<void(bool)> onSwitch, 
       mark_(header_, {76, kText, true, Align::kStart, 0.5}, {0, 0, kMarkWidth, kHeaderHeight - kSummaryHeight}),
       headline_(
           header_, {44, kText, true, Align::kStart, 0.5},
-          {kMarkWidth + 12, -4, kRight - kLeft - kMarkWidth - kClockWidth - 36, kHeaderHeight - kSummaryHeight - 8}),
+          {kMarkWidth + 12, 2, kRight - kLeft - kMarkWidth - kClockWidth - 36, kHeaderHeight - kSummaryHeight - 4}),
       summary_(header_, {kSmallText, kQuietText},
                {kMarkWidth + 12, kHeaderHeight - kSummaryHeight, kRight - kLeft - kMarkWidth - kClockWidth - 36,
                 kSummaryHeight}),
@@ -154,8 +145,6 @@ ScreenView::ScreenView(Evas_Object* window, std::function<void(bool)> onSwitch, 
       timeline_(day_),
       fileSection_(PutCard(root_, kLeft, kListsTop, kListWidth, kListsHeight)),
       fileTitle_(fileSection_, kTitleStyle, {kPadding, kTitleTop, kListWidth - 2 * kPadding, kTitleHeight}),
-      fileNote_(fileSection_, {kSmallText, kText},
-                {kPadding, kContentTop + 10, kListWidth - 2 * kPadding, kListsHeight - kContentTop - kPadding}),
       files_(fileSection_),
       group_(PutCard(root_, kThirdCard, kListsTop, kCardWidth, kListsHeight)),
       groupTitle_(group_, kTitleStyle, {kPadding, kTitleTop, kCardWidth - 2 * kPadding, kTitleHeight}),
@@ -315,7 +304,6 @@ void ScreenView::ShowLists()
         std::string(Translated("Files")) + (screen->haveSchedule ? "   " + CompleteText(*screen) : "");
     fileTitle_.Set(files);
     files_.Show(screen);
-    fileNote_.Set(shown_.screen == nullptr || screen->haveSchedule ? "" : Headline(*screen));
     elm_object_access_info_set(files_.Object(), files.c_str());
 
     groupTitle_.Set(Translated("Group and network"));

@@ -74,7 +74,6 @@ private:
     TimelineView timeline_;
     Evas_Object* fileSection_;
     Text fileTitle_;
-    Text fileNote_; ///< in place of the files: why there are none
     FileListView files_;
     Evas_Object* group_;
     Text groupTitle_;

@@ -113,6 +113,14 @@ void Text::OnResize(void* /*data*/, Evas* /*canvas*/, Evas_Object* object, void*
     Fit(object);
 }
 
+Evas_Object* AddGrid(Evas_Object* parent, int width, int height)
+{
+    Evas_Object* const grid = elm_grid_add(parent);
+    elm_grid_size_set(grid, width, height);
+    evas_object_show(grid);
+    return grid;
+}
+
 Evas_Object* AddRectangle(Evas_Object* parent, const Colour& colour)
 {
     Evas_Object* const rectangle = evas_object_rectangle_add(evas_object_evas_get(parent));

@@ -45,6 +45,9 @@ private:
     Evas_Object* object_; ///< owns what it knows of the style
 };
 
+/// A shown container that counts in units of its own. The caller packs it.
+Evas_Object* AddGrid(Evas_Object* parent, int width, int height);
+
 /// A filled rectangle.
 Evas_Object* AddRectangle(Evas_Object* parent, const Colour& colour);
 

@@ -38,12 +38,10 @@ constexpr int kMargin = 120; ///< between a bar and its neighbour
 
 } // namespace
 
-TimelineView::TimelineView(Evas_Object* parent) : grid_(elm_grid_add(parent))
+TimelineView::TimelineView(Evas_Object* parent) : grid_(AddGrid(parent, kDaySeconds, kGridHeight))
 {
-    elm_grid_size_set(grid_, kDaySeconds, kGridHeight);
     Evas_Object* const track = AddRectangle(grid_, kTrack);
     elm_grid_pack(grid_, track, 0, kTrackTop, kDaySeconds, kTrackHeight);
-    evas_object_show(grid_);
 }
 
 void TimelineView::Show(const std::vector<schedule::Span>& periods, int second)
