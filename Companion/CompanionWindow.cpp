@@ -80,8 +80,6 @@ void CompanionWindow::Build()
     window_ = elm_win_util_standard_add("sync-demo", kTitle);
     evas_object_smart_callback_add(window_, "delete,request", OnCloseRequested, nullptr);
     elm_object_event_callback_add(window_, OnInput, nullptr);
-    elm_win_focus_highlight_enabled_set(window_, EINA_TRUE);
-    elm_win_focus_highlight_animate_set(window_, EINA_FALSE);
 
     int width = 0;
     int height = 0;

@@ -15,17 +15,21 @@ namespace {
 constexpr std::size_t kRowsAtOnce = 500;
 
 // On a screen of 1080 lines.
-constexpr int kOneLine = 46;
-constexpr int kTwoLines = 82;
-constexpr int kThreeLines = 116;
-/// Longer reasons take two lines.
+constexpr int kNameHeight = 44; ///< of a line of it
+constexpr int kDetailHeight = 36;
+
+// In bytes, which are letters or less. Longer names do not stand beside their details; longer ones take two
+// lines, and so do reasons.
+constexpr std::size_t kLongNameBeside = 30;
+constexpr std::size_t kLongName = 52;
 constexpr std::size_t kLongReason = 58;
 
 // Of a row.
 constexpr int kRowWidth = 1120;
+constexpr int kMarkLeft = 12;
 constexpr int kMarkWidth = 56;
-constexpr int kNameHeight = 44;
-constexpr int kTextLeft = 68;
+constexpr int kTextLeft = 72;
+constexpr int kTextRight = kRowWidth - 16;
 constexpr int kSizeWidth = 400; ///< beside the name
 
 int WindowHeight(Evas_Object* object)
@@ -33,11 +37,6 @@ int WindowHeight(Evas_Object* object)
     int height = 0;
     evas_output_size_get(evas_object_evas_get(object), nullptr, &height);
     return std::max(height, 1);
-}
-
-void AddRowText(Evas_Object* row, const TextStyle& style, const std::string& text, const Eina_Rectangle& place)
-{
-    Text(row, style, place).Set(text);
 }
 
 } // namespace
@@ -67,9 +66,11 @@ FileListView::~FileListView()
 void FileListView::Show(std::shared_ptr<const Screen> screen)
 {
     screen_ = std::move(screen);
+    lines_ = LinesOfRows();
     const int rowHeight = RowHeight();
     if (rowHeight != rowHeight_ || elm_genlist_items_count(list_) > screen_->files.size()) {
         elm_genlist_clear(list_);
+        elm_theme_flush(nullptr); // else the toolkit remembers how high such rows were
         rowHeight_ = rowHeight;
     }
     elm_genlist_realized_items_update(list_);
@@ -77,14 +78,21 @@ void FileListView::Show(std::shared_ptr<const Screen> screen)
     Fill();
 }
 
+FileListView::RowLines FileListView::LinesOfRows() const
+{
+    std::size_t name = 0;
+    std::size_t reason = 0;
+    for (const FileLine& file : screen_->files) {
+        name = std::max(name, file.name.size());
+        reason = std::max(reason, file.reason.size());
+    }
+    const bool beside = reason == 0 && name <= kLongNameBeside;
+    return {name > kLongName ? 2 : 1, beside ? 0 : reason > kLongReason ? 2 : 1};
+}
+
 int FileListView::RowHeight() const
 {
-    std::size_t longest = 0;
-    for (const FileLine& file : screen_->files) {
-        longest = std::max(longest, file.reason.size());
-    }
-    const int height = longest > kLongReason ? kThreeLines : longest > 0 ? kTwoLines : kOneLine;
-    return height * WindowHeight(list_) / 1080;
+    return (lines_.name * kNameHeight + lines_.detail * kDetailHeight) * WindowHeight(list_) / kLines;
 }
 
 void FileListView::Fill()
@@ -120,21 +128,24 @@ Evas_Object* FileListView::AddRow(void* data, Evas_Object* list, const char* /*p
         return nullptr;
     }
     const FileLine& file = self->screen_->files[number];
-    Evas_Object* const row = elm_grid_add(list);
-    const int height = self->rowHeight_ * 1080 / WindowHeight(list);
-    elm_grid_size_set(row, kRowWidth, height);
+    const int nameHeight = self->lines_.name * kNameHeight;
+    const int detailHeight = self->lines_.detail * kDetailHeight;
+    Evas_Object* const row = AddGrid(list, kRowWidth, nameHeight + detailHeight);
     evas_object_size_hint_min_set(row, 0, self->rowHeight_);
+    const auto add = [row](const TextStyle& style, const std::string& text, int left, int top, int width, int height) {
+        Text(row, style, {left, top, width, height}).Set(text);
+    };
     const Colour colour = !file.complete ? kBad : file.reason.empty() ? kGood : kOdd;
-    AddRowText(row, {36, colour, true, Align::kCenter}, file.complete ? "✓" : "✗", {0, 0, kMarkWidth, kNameHeight + 4});
+    add({36, colour, true, Align::kCenter, 0.5}, file.complete ? "✓" : "✗", kMarkLeft, 0, kMarkWidth, nameHeight);
     const std::string detail = DetailText(file);
-    const int width = kRowWidth - kTextLeft;
-    if (height < kTwoLines) {
-        AddRowText(row, {32, kText}, file.name, {kTextLeft, 0, width - kSizeWidth, height});
-        AddRowText(row, {kSmallestText, kQuietText, false, Align::kEnd}, detail,
-                   {kTextLeft + width - kSizeWidth, 2, kSizeWidth, height - 2});
+    const bool beside = detailHeight == 0;
+    const int nameWidth = kTextRight - kTextLeft - (beside ? kSizeWidth : 0);
+    add({32, kText, false, Align::kStart, 0.5}, file.name, kTextLeft, 0, nameWidth, nameHeight);
+    if (beside) {
+        add({kSmallestText, kQuietText, false, Align::kEnd, 0.5}, detail, kTextRight - kSizeWidth, 0, kSizeWidth,
+            nameHeight);
     } else {
-        AddRowText(row, {32, kText}, file.name, {kTextLeft, 0, width, kNameHeight});
-        AddRowText(row, {kSmallestText, kQuietText}, detail, {kTextLeft, kNameHeight, width, height - kNameHeight});
+        add({kSmallestText, kQuietText}, detail, kTextLeft, nameHeight, nameWidth, detailHeight);
     }
     elm_object_access_info_set(row, (file.name + ": " + detail).c_str());
     return row;

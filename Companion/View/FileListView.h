@@ -32,6 +32,13 @@ private:
         std::size_t number;
     };
 
+    /// How many lines every row has for its texts; none for the detail that stands beside the name.
+    struct RowLines {
+        int name;
+        int detail;
+    };
+
+    RowLines LinesOfRows() const;
     int RowHeight() const;
     /// Adds the rows that are missing, some at a time, so that the window stays alive.
     void Fill();
@@ -42,6 +49,7 @@ private:
     Elm_Genlist_Item_Class* rowClass_;
     Ecore_Idler* filling_ = nullptr;
     std::shared_ptr<const Screen> screen_;
+    RowLines lines_{1, 0};
     int rowHeight_ = 0;    ///< of the rows that are there
     std::deque<Row> rows_; ///< by number; they stay, so that the toolkit may refer to them
 };

@@ -25,4 +25,9 @@ inline constexpr Colour kBad = {255, 158, 146};
 inline constexpr int kSmallText = 30;
 inline constexpr int kSmallestText = 28;
 
+/// Of the frame around what has the focus.
+inline constexpr int kFocusWidth = 8;
+
+inline constexpr int kLines = 1080; ///< that all sizes are for
+
 } // namespace companion

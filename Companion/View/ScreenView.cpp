@@ -1,5 +1,6 @@
 #include "Companion/View/ScreenView.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "Companion/Model/Language.h"
@@ -19,7 +20,7 @@ constexpr int kBottom = kHeight - 54;
 constexpr int kGap = 20;
 constexpr int kPadding = 24;
 
-constexpr int kHeaderHeight = 130;
+constexpr int kHeaderHeight = 148; ///< three lines of the smallest text, and the summary
 constexpr int kCardsTop = kTop + kHeaderHeight + 14;
 constexpr int kCardsHeight = 178;
 constexpr int kCardWidth = (kRight - kLeft - 2 * kGap) / 3;
@@ -43,10 +44,12 @@ constexpr int kSummaryHeight = 42;
 constexpr int kSwitchWidth = 272;
 constexpr int kSwitchHeight = 64;
 constexpr int kCloseWidth = 270;
-constexpr int kFocusWidth = 8;
 
 constexpr int kGroupLabelWidth = 190;
 constexpr int kGroupLineHeight = 39;
+constexpr int kGroupHeight = kListsHeight - kContentTop - 8;
+/// Longer values, in bytes, take two lines.
+constexpr std::size_t kLongValue = 19;
 
 constexpr TextStyle kTitleStyle = {kSmallText, kQuietText};
 
@@ -60,36 +63,28 @@ void ColourWidgets()
         const char* part;
         Colour colour;
     } parts[] = {
-        {"/bg/normal/button", kPeriod},
-        {"/bg/pressed/button", kPeriod},
-        {"/fg/normal/button", kText},
-        {"/fg/pressed/button", kText},
-        {"/bg/normal/toggle/base", kPeriod},
-        {"/bg/pressed/toggle/base", kPeriod},
-        {"/fg/normal/toggle/button", kText},
-        {"/fg/pressed/toggle/button", kText},
-        {"/fg/normal/toggle/text/on", kText},
-        {"/fg/normal/toggle/text/off", kText},
-        {"/bg/normal/list/item", kCard},
-        {"/bg-alt/normal/list/item", kOtherRow},
-        {"/bg/selected/list/item", kSelectedRow},
-        {"/bg-alt/normal/list", kCard},
-        {"/fg/normal/scroller/bar/vertical", kTrack},
-        {"/bg/selected/focus", kPlaying},
-        {"/bg/selected/focus/hilight", kPlaying},
+        {"/bg/normal/background", kBackground},  {"/bg/normal/button", kPeriod},
+        {"/bg/pressed/button", kPeriod},         {"/fg/normal/button", kText},
+        {"/fg/pressed/button", kText},           {"/bg/normal/toggle/base", kPeriod},
+        {"/bg/pressed/toggle/base", kPeriod},    {"/fg/normal/toggle/button", kText},
+        {"/fg/pressed/toggle/button", kText},    {"/fg/normal/toggle/text/on", kText},
+        {"/fg/normal/toggle/text/off", kText},   {"/bg/normal/list/item", kCard},
+        {"/bg-alt/normal/list/item", kOtherRow}, {"/bg/selected/list/item", kSelectedRow},
+        {"/bg-alt/normal/list", kCard},          {"/fg/normal/scroller/bar/vertical", kTrack},
     };
     for (const auto& [part, colour] : parts) {
         edje_color_class_set(part, colour.red, colour.green, colour.blue, 255, 0, 0, 0, 0, 0, 0, 0, 0);
+    }
+    for (const char* const shadow : {"/shadow/normal/button", "/shadow/pressed/button"}) {
+        edje_color_class_set(shadow, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0); // it reaches into the outer 5 %
     }
 }
 
 /// A place with units of its own, as large as in the picture.
 Evas_Object* PutGrid(Evas_Object* parent, int left, int top, int width, int height)
 {
-    Evas_Object* const grid = elm_grid_add(parent);
-    elm_grid_size_set(grid, width, height);
+    Evas_Object* const grid = AddGrid(parent, width, height);
     elm_grid_pack(parent, grid, left, top, width, height);
-    evas_object_show(grid);
     return grid;
 }
 
@@ -103,13 +98,15 @@ Evas_Object* PutCard(Evas_Object* parent, int left, int top, int width, int heig
 Evas_Object* AddRoot(Evas_Object* window)
 {
     ColourWidgets();
-    Evas_Object* const root = elm_grid_add(window);
-    elm_grid_size_set(root, kWidth, kHeight);
+    Evas_Object* const root = AddGrid(window, kWidth, kHeight);
     evas_object_size_hint_weight_set(root, EVAS_HINT_EXPAND, EVAS_HINT_EXPAND);
     elm_win_resize_object_add(window, root);
-    elm_grid_pack(root, AddRectangle(root, kBackground), 0, 0, kWidth, kHeight);
-    evas_object_show(root);
     return root;
+}
+
+int LinesOf(const std::string& value)
+{
+    return value.size() > kLongValue ? 2 : 1;
 }
 
 void SetScale(Evas_Object* window)
@@ -129,10 +126,10 @@ ScreenView::ScreenView(Evas_Object* window, std::function<void(bool)> onSwitch, 
       onClose_(std::move(onClose)),
       root_(AddRoot(window)),
       header_(PutGrid(root_, kLeft, kTop, kRight - kLeft, kHeaderHeight)),
-      mark_(header_, {76, kText, true, Align::kCenter, 0.5}, {0, 0, kMarkWidth, kHeaderHeight - kSummaryHeight}),
+      mark_(header_, {76, kText, true, Align::kStart, 0.5}, {0, 0, kMarkWidth, kHeaderHeight - kSummaryHeight}),
       headline_(
           header_, {44, kText, true, Align::kStart, 0.5},
-          {kMarkWidth + 12, -4, kRight - kLeft - kMarkWidth - kClockWidth - 36, kHeaderHeight - kSummaryHeight - 8}),
+          {kMarkWidth + 12, 2, kRight - kLeft - kMarkWidth - kClockWidth - 36, kHeaderHeight - kSummaryHeight - 4}),
       summary_(header_, {kSmallText, kQuietText},
                {kMarkWidth + 12, kHeaderHeight - kSummaryHeight, kRight - kLeft - kMarkWidth - kClockWidth - 36,
                 kSummaryHeight}),
@@ -152,7 +149,8 @@ ScreenView::ScreenView(Evas_Object* window, std::function<void(bool)> onSwitch, 
       group_(PutCard(root_, kThirdCard, kListsTop, kCardWidth, kListsHeight)),
       groupTitle_(group_, kTitleStyle, {kPadding, kTitleTop, kCardWidth - 2 * kPadding, kTitleHeight}),
       hint_(root_, {kSmallestText, kQuietText, false, Align::kStart, 0.5},
-            {kLeft, kBottom - kFooterHeight, kListWidth, kFooterHeight})
+            {kLeft, kBottom - kFooterHeight, kListWidth, kFooterHeight}),
+      focus_(window_)
 {
     elm_grid_pack(day_, timeline_.Object(), kPadding, kDayHeight - 160, kRight - kLeft - 2 * kPadding, 150);
     elm_grid_pack(fileSection_, files_.Object(), kPadding / 2, kContentTop, kListWidth - kPadding,
@@ -182,14 +180,35 @@ ScreenView::Card ScreenView::AddCard(int left, int mainWidth)
 
 void ScreenView::AddGroupLines()
 {
-    int top = kContentTop;
     for (std::size_t count = GroupLines(Screen()).size(); count > 0; --count) {
-        const int left = kPadding + kGroupLabelWidth;
-        groupLines_.emplace_back(
-            Text(group_, {kSmallestText, kQuietText}, {kPadding, top, kGroupLabelWidth, kGroupLineHeight}),
-            Text(group_, {kSmallestText, kText}, {left, top, kCardWidth - kPadding - left, kGroupLineHeight}));
-        top += kGroupLineHeight;
+        groupLines_.emplace_back(Text(group_, {kSmallestText, kQuietText}, {}),
+                                 Text(group_, {kSmallestText, kText}, {}));
     }
+}
+
+/// Returns what a screen reader says of them.
+std::string ScreenView::ShowGroupLines(const Screen& screen)
+{
+    const auto lines = GroupLines(screen);
+    int height = 0;
+    for (const auto& [label, value] : lines) {
+        height += LinesOf(value);
+    }
+    height = std::min(kGroupLineHeight, kGroupHeight / height);
+    std::string read;
+    int top = kContentTop;
+    for (std::size_t index = 0; index < lines.size(); ++index) {
+        const auto& [label, value] = lines[index];
+        auto& [labelText, valueText] = groupLines_[index];
+        const int left = kPadding + kGroupLabelWidth;
+        labelText.Place({kPadding, top, kGroupLabelWidth, height});
+        labelText.Set(label);
+        valueText.Place({left, top, kCardWidth - kPadding - left, LinesOf(value) * height});
+        valueText.Set(value);
+        top += LinesOf(value) * height;
+        read += ". " + label + ": " + value;
+    }
+    return read;
 }
 
 void ScreenView::AddSwitch()
@@ -288,15 +307,7 @@ void ScreenView::ShowLists()
     elm_object_access_info_set(files_.Object(), files.c_str());
 
     groupTitle_.Set(Translated("Group and network"));
-    std::string read = Translated("Group and network");
-    std::size_t index = 0;
-    for (const auto& [label, value] : GroupLines(*screen)) {
-        groupLines_[index].first.Set(label);
-        groupLines_[index].second.Set(value);
-        read += ". " + label + ": " + value;
-        ++index;
-    }
-    elm_object_access_info_set(group_, read.c_str());
+    elm_object_access_info_set(group_, (Translated("Group and network") + ShowGroupLines(*screen)).c_str());
 
     hint_.Set(Translated("The Back key closes this window."));
     elm_object_text_set(close_, Translated("Close"));

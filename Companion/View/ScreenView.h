@@ -10,6 +10,7 @@
 
 #include "Companion/Model/Screen.h"
 #include "Companion/View/FileListView.h"
+#include "Companion/View/FocusFrame.h"
 #include "Companion/View/Text.h"
 #include "Companion/View/TimelineView.h"
 
@@ -48,6 +49,7 @@ private:
     Card AddCard(int left, int mainWidth);
     static void ShowCard(Card& card, const std::string& title, const std::string& main, const std::string& detail);
     void AddGroupLines();
+    std::string ShowGroupLines(const Screen& screen);
     void AddSwitch();
     void AddCloseButton();
 
@@ -79,6 +81,7 @@ private:
     Text hint_;
     Evas_Object* switch_ = nullptr;
     Evas_Object* close_ = nullptr;
+    FocusFrame focus_;
 
     Shown shown_{};
 };

@@ -9,13 +9,12 @@ namespace companion {
 namespace {
 
 constexpr char kStyleKey[] = "text style";
-constexpr double kLines = 1080.0;
 
 double ScaleOf(Evas_Object* object)
 {
     int height = 0;
     evas_output_size_get(evas_object_evas_get(object), nullptr, &height);
-    return height > 0 ? height / kLines : 1.0;
+    return height > 0 ? static_cast<double>(height) / kLines : 1.0;
 }
 
 const char* NameOf(Align align)
@@ -80,10 +79,16 @@ Text::Text(Evas_Object* grid, const TextStyle& style, const Eina_Rectangle& plac
     SetStyle(object_, style, style.size, false);
     evas_object_textblock_valign_set(object_, style.valign);
     evas_object_pass_events_set(object_, EINA_TRUE);
-    // The canvas reserves room above the first line and below the last one for the tallest accents of all.
-    const int reserve = 3 * style.size / 10;
-    elm_grid_pack(grid, object_, place.x, place.y - reserve, place.w, place.h + 2 * reserve);
+    elm_grid_pack(grid, object_, 0, 0, 1, 1);
+    Place(place);
     evas_object_show(object_);
+}
+
+void Text::Place(const Eina_Rectangle& place)
+{
+    // The canvas reserves room above the first line and below the last one for the tallest accents of all.
+    const int reserve = 3 * static_cast<TextStyle*>(evas_object_data_get(object_, kStyleKey))->size / 10;
+    elm_grid_pack_set(object_, place.x, place.y - reserve, place.w, place.h + 2 * reserve);
 }
 
 void Text::Set(const std::string& text)
@@ -106,6 +111,14 @@ void Text::Set(const std::string& text, const Colour& colour)
 void Text::OnResize(void* /*data*/, Evas* /*canvas*/, Evas_Object* object, void* /*event*/)
 {
     Fit(object);
+}
+
+Evas_Object* AddGrid(Evas_Object* parent, int width, int height)
+{
+    Evas_Object* const grid = elm_grid_add(parent);
+    elm_grid_size_set(grid, width, height);
+    evas_object_show(grid);
+    return grid;
 }
 
 Evas_Object* AddRectangle(Evas_Object* parent, const Colour& colour)

@@ -30,6 +30,9 @@ public:
 
     Evas_Object* Object() const { return object_; }
 
+    /// Moves it to another place of its grid.
+    void Place(const Eina_Rectangle& place);
+
     /// Plain text, not markup.
     void Set(const std::string& text);
 
@@ -41,6 +44,9 @@ private:
 
     Evas_Object* object_; ///< owns what it knows of the style
 };
+
+/// A shown container that counts in units of its own. The caller packs it.
+Evas_Object* AddGrid(Evas_Object* parent, int width, int height);
 
 /// A filled rectangle.
 Evas_Object* AddRectangle(Evas_Object* parent, const Colour& colour);

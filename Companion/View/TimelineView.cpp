@@ -28,19 +28,20 @@ constexpr int kTrackTop = 72;
 constexpr int kTrackHeight = 6;
 constexpr int kHoursTop = 108;
 
-/// Narrower bars have no room for their times.
-constexpr int kNarrowestWithTimes = 5 * kHour;
+/// Bars that are narrower than their times do not show them.
+constexpr int kLetterWidth = 950;
+/// What the title of the day takes of the line that the mark's label is in.
+constexpr int kTitleWidth = 2 * kHour;
 constexpr int kMarkWidth = 200;
+constexpr int kMarkHeight = 16;
 constexpr int kMargin = 120; ///< between a bar and its neighbour
 
 } // namespace
 
-TimelineView::TimelineView(Evas_Object* parent) : grid_(elm_grid_add(parent))
+TimelineView::TimelineView(Evas_Object* parent) : grid_(AddGrid(parent, kDaySeconds, kGridHeight))
 {
-    elm_grid_size_set(grid_, kDaySeconds, kGridHeight);
     Evas_Object* const track = AddRectangle(grid_, kTrack);
     elm_grid_pack(grid_, track, 0, kTrackTop, kDaySeconds, kTrackHeight);
-    evas_object_show(grid_);
 }
 
 void TimelineView::Show(const std::vector<schedule::Span>& periods, int second)
@@ -49,21 +50,32 @@ void TimelineView::Show(const std::vector<schedule::Span>& periods, int second)
         evas_object_del(object);
     }
     shown_.clear();
+    bool plays = false;
     for (const schedule::Span& span : periods) {
         ShowPeriod(span, span.Contains(second));
+        plays = plays || span.Contains(second);
     }
     ShowHours();
-
-    for (const auto& [colour, width] : {std::pair(kBackground, 3 * kMarkWidth), std::pair(kText, kMarkWidth)}) {
-        Evas_Object* const mark = AddRectangle(grid_, colour);
-        elm_grid_pack(grid_, mark, std::clamp(second - width / 2, 0, kDaySeconds - width), kLabelHeight, width,
-                      kHoursTop - kLabelHeight);
-        shown_.push_back(mark);
+    if (plays) { // the times of the period stay readable
+        ShowMark(second, kLabelHeight, kMarkHeight);
+        ShowMark(second, kHoursTop - kMarkHeight, kMarkHeight);
+    } else {
+        ShowMark(second, kLabelHeight, kHoursTop - kLabelHeight);
     }
-    const int left = std::clamp(second - kLabelWidth / 2, 0, kDaySeconds - kLabelWidth);
-    Text now(grid_, {kSmallText, kText, true, Align::kCenter}, {left, kNowTop, kLabelWidth, kLabelHeight});
+    const int left = std::clamp(second - kLabelWidth / 2, kTitleWidth - kLabelWidth / 3, kDaySeconds - kLabelWidth);
+    const Align align = second > kDaySeconds - kLabelWidth / 2 ? Align::kEnd : Align::kCenter;
+    Text now(grid_, {kSmallText, kText, true, align}, {left, kNowTop, kLabelWidth, kLabelHeight});
     now.Set(Translated("Now"));
     shown_.push_back(now.Object());
+}
+
+void TimelineView::ShowMark(int second, int top, int height)
+{
+    for (const auto& [colour, width] : {std::pair(kBackground, 3 * kMarkWidth), std::pair(kText, kMarkWidth)}) {
+        Evas_Object* const mark = AddRectangle(grid_, colour);
+        elm_grid_pack(grid_, mark, std::clamp(second - width / 2, 0, kDaySeconds - width), top, width, height);
+        shown_.push_back(mark);
+    }
 }
 
 void TimelineView::ShowPeriod(const schedule::Span& span, bool playing)
@@ -74,12 +86,13 @@ void TimelineView::ShowPeriod(const schedule::Span& span, bool playing)
     Evas_Object* const bar = AddRectangle(grid_, playing ? kPlaying : kPeriod);
     elm_grid_pack(grid_, bar, span.start, top, std::max(width - kMargin, kMargin), height);
     shown_.push_back(bar);
-    if (width < kNarrowestWithTimes) {
+    const std::string words = SpanText(span);
+    if (width < kLetterWidth * static_cast<int>(words.size())) {
         return;
     }
     Text times(grid_, {kSmallText, playing ? kOnPlaying : kText, playing, Align::kCenter, 0.5},
                {span.start, top, width, height});
-    times.Set(SpanText(span));
+    times.Set(words);
     shown_.push_back(times.Object());
 }
 

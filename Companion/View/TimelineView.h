@@ -25,6 +25,7 @@ public:
     void Show(const std::vector<schedule::Span>& periods, int second);
 
 private:
+    void ShowMark(int second, int top, int height);
     void ShowPeriod(const schedule::Span& span, bool playing);
     void ShowHours();
 

@@ -5,7 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-XServer::XServer()
+XServer::XServer(const char* screen)
 {
     int pipeEnds[2] = {-1, -1};
     if (pipe2(pipeEnds, O_CLOEXEC) != 0) {
@@ -17,7 +17,7 @@ XServer::XServer()
         fcntl(pipeEnds[1], F_SETFD, 0);
         const int silent = open("/dev/null", O_WRONLY | O_CLOEXEC);
         dup2(silent, STDERR_FILENO);
-        execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", "640x480x24", "-noreset",
+        execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", screen, "-noreset",
                static_cast<char*>(nullptr));
         _exit(127);
     }

@@ -6,7 +6,8 @@
 /// An Xvfb of the test's own, on a display that was free. Ends with the object.
 class XServer {
 public:
-    XServer();
+    /// `screen`: its size and depth.
+    explicit XServer(const char* screen = "640x480x24");
     ~XServer();
 
     XServer(const XServer&) = delete;
