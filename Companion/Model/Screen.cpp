@@ -17,6 +17,9 @@ using schedule::Span;
 /// As many names as are shown at once.
 constexpr std::size_t kMostNames = 3;
 
+/// More rows nobody scrolls through with a remote control, and the toolkit takes seconds to drop 100,000.
+constexpr std::size_t kMostFiles = 500;
+
 /// Two periods whose ends are closer than this look like one: two minutes are a pixel or two.
 constexpr int kSmallestGap = 120;
 /// More periods than this are not told apart, even where they touch.
@@ -159,6 +162,9 @@ Screen ScreenOf(const readiness::Report& report, const schedule::Moment& moment)
     screen.files = FilesOf(report, diagnostics);
     screen.completeFiles = static_cast<std::size_t>(
         std::count_if(screen.files.begin(), screen.files.end(), [](const FileLine& line) { return line.complete; }));
+    screen.fileCount = screen.files.size();
+    screen.files.erase(screen.files.begin() + static_cast<std::ptrdiff_t>(std::min(screen.fileCount, kMostFiles)),
+                       screen.files.end());
     screen.group = GroupOf(policy);
     return screen;
 }

@@ -55,8 +55,9 @@ struct Screen {
     std::vector<schedule::Span> periods{}; ///< of the day, as far as they can be told apart on a screen
     Programme now{};
     std::optional<Change> next{};  ///< none when the same plays all day
-    std::vector<FileLine> files{}; ///< each once: those with a reason first, then by the document
-    std::size_t completeFiles = 0;
+    std::vector<FileLine> files{}; ///< the first of them, each once: those with a reason, then by the document
+    std::size_t fileCount = 0;     ///< of all
+    std::size_t completeFiles = 0; ///< of all
     Group group{};
 };
 

@@ -96,7 +96,13 @@ std::string WhenText(const Screen& screen)
 std::string CompleteText(const Screen& screen)
 {
     return Filled(Translated("%s of %s complete"),
-                  {std::to_string(screen.completeFiles), std::to_string(screen.files.size())});
+                  {std::to_string(screen.completeFiles), std::to_string(screen.fileCount)});
+}
+
+std::string MoreFilesText(const Screen& screen)
+{
+    const std::size_t more = screen.fileCount - screen.files.size();
+    return Filled(Translated("and %s more", "and %s more", more), {std::to_string(more)});
 }
 
 std::string DetailText(const FileLine& file)

@@ -27,6 +27,9 @@ std::string WhenText(const Screen& screen);
 /// "2 of 3 complete"
 std::string CompleteText(const Screen& screen);
 
+/// What stands below the files that are shown, where there are more: "and 4 more".
+std::string MoreFilesText(const Screen& screen);
+
 /// What stands below a file's name: its size, or what is wrong with it.
 std::string DetailText(const FileLine& file);
 

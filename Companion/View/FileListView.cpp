@@ -11,9 +11,6 @@ namespace companion {
 
 namespace {
 
-/// Rows that are added before the loop runs again.
-constexpr std::size_t kRowsAtOnce = 500;
-
 // On a screen of 1080 lines.
 constexpr int kNameHeight = 44; ///< of a line of it
 constexpr int kDetailHeight = 36;
@@ -57,9 +54,6 @@ FileListView::FileListView(Evas_Object* parent)
 
 FileListView::~FileListView()
 {
-    if (filling_ != nullptr) {
-        ecore_idler_del(filling_);
-    }
     elm_genlist_item_class_free(rowClass_);
 }
 
@@ -68,14 +62,20 @@ void FileListView::Show(std::shared_ptr<const Screen> screen)
     screen_ = std::move(screen);
     lines_ = LinesOfRows();
     const int rowHeight = RowHeight();
-    if (rowHeight != rowHeight_ || elm_genlist_items_count(list_) > screen_->files.size()) {
+    const std::size_t count = screen_->files.size() + (screen_->fileCount > screen_->files.size() ? 1 : 0);
+    if (rowHeight != rowHeight_ || elm_genlist_items_count(list_) > count) {
         elm_genlist_clear(list_);
         elm_theme_flush(nullptr); // else the toolkit remembers how high such rows were
         rowHeight_ = rowHeight;
     }
     elm_genlist_realized_items_update(list_);
     elm_object_focus_allow_set(list_, screen_->files.empty() ? EINA_FALSE : EINA_TRUE);
-    Fill();
+    for (std::size_t number = elm_genlist_items_count(list_); number < count; ++number) {
+        if (rows_.size() == number) {
+            rows_.push_back({this, number});
+        }
+        elm_genlist_item_append(list_, rowClass_, &rows_[number], nullptr, ELM_GENLIST_ITEM_NONE, nullptr, nullptr);
+    }
 }
 
 FileListView::RowLines FileListView::LinesOfRows() const
@@ -95,39 +95,9 @@ int FileListView::RowHeight() const
     return (lines_.name * kNameHeight + lines_.detail * kDetailHeight) * WindowHeight(list_) / kLines;
 }
 
-void FileListView::Fill()
-{
-    std::size_t count = elm_genlist_items_count(list_);
-    const std::size_t end = std::min(count + kRowsAtOnce, screen_->files.size());
-    for (; count < end; ++count) {
-        if (rows_.size() == count) {
-            rows_.push_back({this, count});
-        }
-        elm_genlist_item_append(list_, rowClass_, &rows_[count], nullptr, ELM_GENLIST_ITEM_NONE, nullptr, nullptr);
-    }
-    if (count < screen_->files.size() && filling_ == nullptr) {
-        filling_ = ecore_idler_add(OnIdle, this);
-    }
-}
-
-Eina_Bool FileListView::OnIdle(void* data)
-{
-    auto* const self = static_cast<FileListView*>(data);
-    self->Fill();
-    if (elm_genlist_items_count(self->list_) < self->screen_->files.size()) {
-        return ECORE_CALLBACK_RENEW;
-    }
-    self->filling_ = nullptr;
-    return ECORE_CALLBACK_CANCEL;
-}
-
 Evas_Object* FileListView::AddRow(void* data, Evas_Object* list, const char* /*part*/)
 {
     const auto [self, number] = *static_cast<const Row*>(data);
-    if (number >= self->screen_->files.size()) {
-        return nullptr;
-    }
-    const FileLine& file = self->screen_->files[number];
     const int nameHeight = self->lines_.name * kNameHeight;
     const int detailHeight = self->lines_.detail * kDetailHeight;
     Evas_Object* const row = AddGrid(list, kRowWidth, nameHeight + detailHeight);
@@ -135,6 +105,11 @@ Evas_Object* FileListView::AddRow(void* data, Evas_Object* list, const char* /*p
     const auto add = [row](const TextStyle& style, const std::string& text, int left, int top, int width, int height) {
         Text(row, style, {left, top, width, height}).Set(text);
     };
+    if (number >= self->screen_->files.size()) {
+        add({32, kText}, MoreFilesText(*self->screen_), kTextLeft, 0, kTextRight - kTextLeft, nameHeight);
+        return row;
+    }
+    const FileLine& file = self->screen_->files[number];
     const Colour colour = !file.complete ? kBad : file.reason.empty() ? kGood : kOdd;
     add({36, colour, true, Align::kCenter, 0.5}, file.complete ? "✓" : "✗", kMarkLeft, 0, kMarkWidth, nameHeight);
     const std::string detail = DetailText(file);

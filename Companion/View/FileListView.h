@@ -10,7 +10,7 @@
 
 namespace companion {
 
-/// The files of a schedule: a tick, or a cross and the reason. A list of any length costs what is in sight.
+/// The files of a schedule: a tick, or a cross and the reason. Below them stands how many more there are.
 class FileListView {
 public:
     explicit FileListView(Evas_Object* parent);
@@ -40,14 +40,10 @@ private:
 
     RowLines LinesOfRows() const;
     int RowHeight() const;
-    /// Adds the rows that are missing, some at a time, so that the window stays alive.
-    void Fill();
-    static Eina_Bool OnIdle(void* data);
     static Evas_Object* AddRow(void* data, Evas_Object* list, const char* part);
 
     Evas_Object* list_;
     Elm_Genlist_Item_Class* rowClass_;
-    Ecore_Idler* filling_ = nullptr;
     std::shared_ptr<const Screen> screen_;
     RowLines lines_{1, 0};
     int rowHeight_ = 0;    ///< of the rows that are there

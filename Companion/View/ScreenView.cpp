@@ -145,7 +145,6 @@ ScreenView::ScreenView(Evas_Object* window, std::function<void(bool)> onSwitch, 
       timeline_(day_),
       fileSection_(PutCard(root_, kLeft, kListsTop, kListWidth, kListsHeight)),
       fileTitle_(fileSection_, kTitleStyle, {kPadding, kTitleTop, kListWidth - 2 * kPadding, kTitleHeight}),
-      files_(fileSection_),
       group_(PutCard(root_, kThirdCard, kListsTop, kCardWidth, kListsHeight)),
       groupTitle_(group_, kTitleStyle, {kPadding, kTitleTop, kCardWidth - 2 * kPadding, kTitleHeight}),
       hint_(root_, {kSmallestText, kQuietText, false, Align::kStart, 0.5},
@@ -153,8 +152,6 @@ ScreenView::ScreenView(Evas_Object* window, std::function<void(bool)> onSwitch, 
       focus_(window_)
 {
     elm_grid_pack(day_, timeline_.Object(), kPadding, kDayHeight - 160, kRight - kLeft - 2 * kPadding, 150);
-    elm_grid_pack(fileSection_, files_.Object(), kPadding / 2, kContentTop, kListWidth - kPadding,
-                  kListsHeight - kContentTop - kPadding / 2);
     AddGroupLines();
     AddSwitch();
     AddCloseButton();
@@ -184,6 +181,20 @@ void ScreenView::AddGroupLines()
         groupLines_.emplace_back(Text(group_, {kSmallestText, kQuietText}, {}),
                                  Text(group_, {kSmallestText, kText}, {}));
     }
+}
+
+/// The list comes with its first files: it is not in the way of the first picture, which has none.
+void ScreenView::ShowFiles(const std::shared_ptr<const Screen>& screen)
+{
+    if (files_ == nullptr && screen->files.empty()) {
+        return;
+    }
+    if (files_ == nullptr) {
+        files_ = std::make_unique<FileListView>(fileSection_);
+        elm_grid_pack(fileSection_, files_->Object(), kPadding / 2, kContentTop, kListWidth - kPadding,
+                      kListsHeight - kContentTop - kPadding / 2);
+    }
+    files_->Show(screen);
 }
 
 /// Returns what a screen reader says of them.
@@ -303,8 +314,10 @@ void ScreenView::ShowLists()
     const std::string files =
         std::string(Translated("Files")) + (screen->haveSchedule ? "   " + CompleteText(*screen) : "");
     fileTitle_.Set(files);
-    files_.Show(screen);
-    elm_object_access_info_set(files_.Object(), files.c_str());
+    ShowFiles(screen);
+    if (files_ != nullptr) {
+        elm_object_access_info_set(files_->Object(), files.c_str());
+    }
 
     groupTitle_.Set(Translated("Group and network"));
     elm_object_access_info_set(group_, (Translated("Group and network") + ShowGroupLines(*screen)).c_str());

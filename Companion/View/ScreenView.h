@@ -56,6 +56,7 @@ private:
     void ShowHeader();
     void ShowCards();
     void ShowLists();
+    void ShowFiles(const std::shared_ptr<const Screen>& screen);
 
     static void OnResize(void* data, Evas* canvas, Evas_Object* window, void* event);
     static void OnSwitched(void* data, Evas_Object* check, void* event);
@@ -74,7 +75,7 @@ private:
     TimelineView timeline_;
     Evas_Object* fileSection_;
     Text fileTitle_;
-    FileListView files_;
+    std::unique_ptr<FileListView> files_{}; ///< null until there are files
     Evas_Object* group_;
     Text groupTitle_;
     std::vector<std::pair<Text, Text>> groupLines_{}; ///< label and value

@@ -134,6 +134,24 @@ TEST(CompanionScreen, FilesThatAreNotInOrderComeFirstAndEachFileOnce)
                                    "+ a.mp4: 1 byte, complete"));
 }
 
+TEST(CompanionScreen, OfVeryManyFilesTheFirstAreShownAndTheRestIsCounted)
+{
+    Speak("de_DE.UTF-8");
+    readiness::Report report = ReadyReport();
+    for (int number = 0; number < 1000; ++number) {
+        report.contents.files.push_back(report.contents.files[0]);
+        report.contents.files.back().name = std::to_string(number);
+        report.contents.files.back().path = "/m/" + std::to_string(number);
+    }
+    Lose(report.contents.files.back());
+    report.verdict.haveContents = false;
+    const Screen screen = ScreenOf(report, At(10));
+    EXPECT_EQ(screen.files.size(), 500U);
+    EXPECT_EQ(screen.files[0].name, "999");
+    EXPECT_EQ(MoreFilesText(screen), "und 503 weitere");
+    EXPECT_EQ(CompleteText(screen), "1002 von 1003 vollständig");
+}
+
 TEST(CompanionScreen, WithoutAScheduleItSaysSoAndShowsNothingOfOne)
 {
     Speak("en_US.UTF-8");
