@@ -77,6 +77,7 @@ CompanionWindow::~CompanionWindow()
 
 void CompanionWindow::Build()
 {
+    elm_config_cache_flush_enabled_set(EINA_FALSE); // it would wake the process every minute
     window_ = elm_win_util_standard_add("sync-demo", kTitle);
     evas_object_smart_callback_add(window_, "delete,request", OnCloseRequested, nullptr);
     elm_object_event_callback_add(window_, OnInput, nullptr);

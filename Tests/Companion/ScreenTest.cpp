@@ -139,9 +139,9 @@ TEST(CompanionScreen, OfVeryManyFilesTheFirstAreShownAndTheRestIsCounted)
     Speak("de_DE.UTF-8");
     readiness::Report report = ReadyReport();
     for (int number = 0; number < 1000; ++number) {
+        report.contents.items.push_back({0, report.contents.files.size(), 2});
         report.contents.files.push_back(report.contents.files[0]);
         report.contents.files.back().name = std::to_string(number);
-        report.contents.files.back().path = "/m/" + std::to_string(number);
     }
     Lose(report.contents.files.back());
     report.verdict.haveContents = false;
