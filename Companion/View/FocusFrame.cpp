@@ -46,13 +46,26 @@ FocusFrame::FocusFrame(Evas_Object* window) : window_(window)
         side = AddRectangle(window, kPlaying);
         evas_object_layer_set(side, EVAS_LAYER_MAX);
     }
-    // Before each picture, so that it follows whatever moves the focus or what has it.
+    // Before each picture, so that it follows whatever moves what has the focus.
     evas_event_callback_add(evas_object_evas_get(window), EVAS_CALLBACK_RENDER_PRE, OnRender, this);
+    // The focus alone changes nothing that the canvas would draw.
+    evas_event_callback_add(evas_object_evas_get(window), EVAS_CALLBACK_CANVAS_OBJECT_FOCUS_IN, OnFocus, this);
 }
 
 FocusFrame::~FocusFrame()
 {
-    evas_event_callback_del_full(evas_object_evas_get(window_), EVAS_CALLBACK_RENDER_PRE, OnRender, this);
+    Evas* const canvas = evas_object_evas_get(window_);
+    evas_event_callback_del_full(canvas, EVAS_CALLBACK_RENDER_PRE, OnRender, this);
+    evas_event_callback_del_full(canvas, EVAS_CALLBACK_CANVAS_OBJECT_FOCUS_IN, OnFocus, this);
+    if (list_ != nullptr) {
+        evas_object_smart_callback_del_full(list_, "item,focused", OnRow, this);
+    }
+}
+
+void FocusFrame::FollowRows(Evas_Object* list)
+{
+    list_ = list;
+    evas_object_smart_callback_add(list, "item,focused", OnRow, this);
 }
 
 void FocusFrame::Surround(const Eina_Rectangle& place, int thick)
@@ -78,6 +91,16 @@ void FocusFrame::OnRender(void* data, Evas* /*canvas*/, void* /*event*/)
     auto* const self = static_cast<FocusFrame*>(data);
     const int thick = std::max(kFocusWidth * PlaceOf(self->window_).h / kLines, 1);
     self->Surround(FocusedPlace(self->window_, thick), thick);
+}
+
+void FocusFrame::OnFocus(void* /*data*/, Evas* canvas, void* /*event*/)
+{
+    evas_damage_rectangle_add(canvas, 0, 0, 1, 1); // asks for a picture, for which the frame is placed
+}
+
+void FocusFrame::OnRow(void* data, Evas_Object* list, void* /*item*/)
+{
+    OnFocus(data, evas_object_evas_get(list), nullptr);
 }
 
 } // namespace companion

@@ -18,11 +18,17 @@ public:
     FocusFrame(const FocusFrame&) = delete;
     FocusFrame& operator=(const FocusFrame&) = delete;
 
+    /// Follows the focus from row to row of a list, too. The list outlives the frame.
+    void FollowRows(Evas_Object* list);
+
 private:
     void Surround(const Eina_Rectangle& place, int thick);
     static void OnRender(void* data, Evas* canvas, void* event);
+    static void OnFocus(void* data, Evas* canvas, void* event);
+    static void OnRow(void* data, Evas_Object* list, void* item);
 
     Evas_Object* window_;
+    Evas_Object* list_ = nullptr;
     std::array<Evas_Object*, 4> sides_{};
 };
 

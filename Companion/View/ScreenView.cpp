@@ -191,6 +191,7 @@ void ScreenView::ShowFiles(const std::shared_ptr<const Screen>& screen)
     }
     if (files_ == nullptr) {
         files_ = std::make_unique<FileListView>(fileSection_);
+        focus_.FollowRows(files_->Object());
         elm_grid_pack(fileSection_, files_->Object(), kPadding / 2, kContentTop, kListWidth - kPadding,
                       kListsHeight - kContentTop - kPadding / 2);
     }
