@@ -18,6 +18,7 @@ from xserver import XServer
 
 WIDTH, HEIGHT = 1280, 720
 # Where the screen shows what, in parts of its size.
+MARK = (0.05, 0.07, 0.035, 0.06)
 HEADLINE = (0.10, 0.05, 0.70, 0.11)
 SETTING = (0.05, 0.18, 0.28, 0.17)
 NOW = (0.36, 0.18, 0.28, 0.17)
@@ -71,6 +72,11 @@ class Tv:
         left, top, width, height = part
         place = (int(left * WIDTH), int(top * HEIGHT), int(width * WIDTH), int(height * HEIGHT))
         return self.window().get_image(*place, X.ZPixmap, 0xFFFFFFFF).data
+
+    def answered(self):
+        """Whether the check has ended: its mark is green or red. The dots before are grey."""
+        data = self.picture(MARK)
+        return any(abs(green - red) > 60 for green, red in zip(data[1::4], data[2::4]))
 
     def settled(self, *parts):
         """The pictures of these parts, once they stay the same and show something."""

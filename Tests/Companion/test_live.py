@@ -38,6 +38,7 @@ def test_switch_is_live_both_ways(tv):
 def test_change_of_files_is_shown_and_so_is_its_end(tv, part, change):
     tv.sh("cp -a /opt/usr /opt/usr.before; cp -a /opt/data /opt/data.before")
     tv.start()
+    wait_until(tv.answered, "the check has ended")
     (before,) = tv.settled(part)
     tv.sh(change)
     tv.wait_for_change(part, before, "the change is shown")
