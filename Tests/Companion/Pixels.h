@@ -17,7 +17,10 @@ public:
     int Height() const { return height_; }
 
     /// 0xRRGGBB
-    std::uint32_t At(int x, int y) const { return pixels_[static_cast<std::size_t>(y * width_ + x)]; }
+    std::uint32_t At(int x, int y) const
+    {
+        return pixels_[static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) + static_cast<std::size_t>(x)];
+    }
 
     /// The contrast of the most frequent colour there with the one that differs most from it: 1 to 21, as
     /// text on the web is judged.
