@@ -84,7 +84,7 @@ def settle(process):
 
 
 def wake_ups(process, seconds):
-    """At how many moments it was awake, and how many of them the clock is to blame for."""
+    """At how many moments it was awake, and how many of them the clock accounts for."""
     settle(process)
     start, before, moments = time.time(), switches(process), 0
     was_awake = False

@@ -17,7 +17,7 @@ using schedule::Span;
 /// As many names as are shown at once.
 constexpr std::size_t kMostNames = 3;
 
-/// More rows nobody scrolls through with a remote control, and the toolkit takes seconds to drop 100,000.
+/// More rows are too many to scroll with a remote control, and the toolkit takes seconds to delete 100,000.
 constexpr std::size_t kMostFiles = 500;
 
 /// Two periods whose ends are closer than this look like one: two minutes are a pixel or two.

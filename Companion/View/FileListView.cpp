@@ -15,11 +15,10 @@ namespace {
 constexpr int kNameHeight = 44; ///< of a line of it
 constexpr int kDetailHeight = 36;
 
-// In bytes, which are letters or less. Longer names do not stand beside their details; longer ones take two
-// lines, and so do reasons.
-constexpr std::size_t kLongNameBeside = 30;
-constexpr std::size_t kLongName = 52;
-constexpr std::size_t kLongReason = 58;
+// Lengths in bytes, of which a letter has one or more.
+constexpr std::size_t kLongNameBeside = 30; ///< longer names stand above their details, not beside them
+constexpr std::size_t kLongName = 52;       ///< longer names take two lines
+constexpr std::size_t kLongReason = 58;     ///< longer reasons take two lines
 
 // Of a row.
 constexpr int kRowWidth = 1120;

@@ -183,7 +183,7 @@ void ScreenView::AddGroupLines()
     }
 }
 
-/// The list comes with its first files: it is not in the way of the first picture, which has none.
+/// Creates the list when there are files to show. The first picture has none and appears sooner without it.
 void ScreenView::ShowFiles(const std::shared_ptr<const Screen>& screen)
 {
     if (files_ == nullptr && screen->files.empty()) {

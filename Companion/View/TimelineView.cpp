@@ -28,9 +28,10 @@ constexpr int kTrackTop = 72;
 constexpr int kTrackHeight = 6;
 constexpr int kHoursTop = 108;
 
-/// Bars that are narrower than their times do not show them.
+/// The width of a letter of the times, in seconds of the day. A bar that is narrower than its times does not show
+/// them.
 constexpr int kLetterWidth = 950;
-/// What the title of the day takes of the line that the mark's label is in.
+/// The width of the card's title, which stands in the line of the mark's label, in seconds of the day.
 constexpr int kTitleWidth = 2 * kHour;
 constexpr int kMarkWidth = 200;
 constexpr int kMarkHeight = 16;
