@@ -113,6 +113,7 @@ def maps_locale(pid, locale):
 
 def test_thirty_idle_seconds_without_a_wake_up(desktop, keyboard):
     application = desktop.start_application()
+    application.wait_until_idle()
     time.sleep(3)  # let the start-up's own timers run out
 
     def switches():
@@ -120,12 +121,17 @@ def test_thirty_idle_seconds_without_a_wake_up(desktop, keyboard):
         for task in Path(f"/proc/{application.pid}/task").iterdir():
             for line in (task / "status").read_text().splitlines():
                 if line.startswith("voluntary_ctxt_switches"):
-                    total[task.name] = int(line.split()[1])
+                    total[task.name, (task / "comm").read_text().strip()] = int(line.split()[1])
         return total
 
-    before = switches()
-    time.sleep(30)
-    assert switches() == before
+    # On a loaded machine the start-up may reach into the first half minute.
+    for _ in range(2):
+        before = switches()
+        time.sleep(30)
+        after = switches()
+        if after == before:
+            break
+    assert after == before
     assert not children_of(application.pid)
 
 

@@ -1,4 +1,4 @@
-"""The report of ./test about tests that a machine leaves out, from a real run of ctest."""
+"""The report of ./test about tests that are left out or fail, from a real run of ctest."""
 
 import os
 import subprocess
@@ -6,7 +6,7 @@ from pathlib import Path
 
 import pytest
 
-from left_out import main
+from run_report import LAST_LINES, main
 
 NEEDS_NAMESPACE = Path(__file__).parents[1] / "Support/needs-namespace"
 PROJECT = """
@@ -41,7 +41,7 @@ def run(folder, capsys, *samples):
 
 
 def test_prints_nothing_when_nothing_is_left_out(tmp_path, capsys):
-    assert run(tmp_path, capsys, ("passes", "SKIPPED is a word", 0), ("fails", "no", 1)) == ""
+    assert run(tmp_path, capsys, ("passes", "SKIPPED is a word", 0)) == ""
 
 
 def test_whole_tests_and_parts_are_counted_by_reason(tmp_path, capsys):
@@ -52,6 +52,12 @@ def test_whole_tests_and_parts_are_counted_by_reason(tmp_path, capsys):
         "    whole\n"
         "Left out: 1 test, because no bus\n"
         "    parts (1 of its tests)\n")
+
+
+def test_last_lines_of_a_failing_test_come_again(tmp_path, capsys):
+    output = "\n".join(f"line {number}" for number in range(LAST_LINES + 5))
+    said = run(tmp_path, capsys, ("fine", "well", 0), ("fails", output, 1))
+    assert said == "Failed: fails\n" + "".join(f"    line {number}\n" for number in range(5, LAST_LINES + 5))
 
 
 @pytest.mark.parametrize("program, result, output", [

@@ -1,9 +1,12 @@
-"""Says which tests a run left out, and why: left_out.py JUNIT_FILE, as ctest writes it."""
+"""Reports what a run left out, and why, and how tests failed: run_report.py JUNIT_FILE, as ctest writes it."""
 
 import re
 import sys
 import xml.etree.ElementTree as ElementTree
 from collections import defaultdict
+
+# pytest ends with a line for each failure, GoogleTest with the failure and its counts.
+LAST_LINES = 15
 
 
 def left_out(results):
@@ -23,12 +26,24 @@ def left_out(results):
     return found
 
 
+def failed(results):
+    """Each test that failed, with the lines that it printed."""
+    for case in ElementTree.parse(results).getroot().iter("testcase"):
+        if case.find("failure") is not None:
+            yield case.get("name"), (case.findtext("system-out") or "").splitlines()
+
+
 def main(results):
     for reason, tests in left_out(results).items():
         total = sum(count or 1 for _, count in tests)
         print(f"Left out: {total} {'test' if total == 1 else 'tests'}, because {reason}")
         for name, count in sorted(tests):
             print(f"    {name}" + (f" ({count} of its tests)" if count else ""))
+    # ctest prints the output where the test ends. It comes again here: who keeps only the end of a log needs it.
+    for name, lines in failed(results):
+        print(f"Failed: {name}")
+        for line in lines[-LAST_LINES:]:
+            print(f"    {line}")
 
 
 if __name__ == "__main__":
