@@ -261,6 +261,15 @@ void CVQMSyncDemoMonitor::GetCurrentPolicy(_VQMPolicy& out)
     out = std::move(copy);
 }
 
+void CVQMSyncDemoMonitor::TakeCurrentPolicy(_VQMPolicy& out)
+{
+    _VQMPolicy taken;
+    boost::mutex::scoped_lock lock(m_policyMutex);
+    std::swap(taken, m_stCurrentPolicy);
+    lock.unlock();
+    out = std::move(taken); // frees what `out` held, without the lock
+}
+
 void CVQMSyncDemoMonitor::ClearCurrentPlolicy()
 {
     boost::mutex::scoped_lock lock(m_policyMutex);

@@ -16,7 +16,7 @@ inline constexpr char kSyncDemoSettingKey[] = "db/menu/syncdemo/state";
 ///
 /// Threads: the singleton may be fetched and destroyed from any thread. The setting operations
 /// take no lock and belong to the main loop's thread, where change callbacks arrive. Checks run on
-/// one thread at a time; any thread may parse a schedule, and copy or clear the current policy
+/// one thread at a time; any thread may parse a schedule, and copy, take or clear the current policy
 /// meanwhile, and sees each policy whole. No operation holds two locks at once.
 class CVQMSyncDemoMonitor {
 public:
@@ -77,6 +77,11 @@ public:
     /// Copies the current policy to `out`. `bError` is true until a check has stored one. Throws
     /// `std::bad_alloc`; `out` stays as it was then.
     void GetCurrentPolicy(_VQMPolicy& out);
+
+    /// Moves the current policy to `out`, which a large one makes cheaper than copying it. The monitor holds
+    /// an empty policy then, as before its first check; the answers of `CheckHaveSchedule` and
+    /// `CheckHaveContents` stay. Takes no memory.
+    void TakeCurrentPolicy(_VQMPolicy& out);
 
     /// Resets the current policy in part: check period, version, expiration and IP type stay as
     /// they were, and so do the answers of `CheckHaveSchedule` and `CheckHaveContents`.

@@ -124,8 +124,10 @@ std::map<std::string, std::string> LookAlikesOf(const Contents& contents, const 
 /// Lists the items of `policy` and the files that they name.
 void ListItems(const _VQMPolicy& policy, Contents& contents)
 {
-    contents.items.reserve(schedule::CountItems(policy));
+    const std::size_t total = schedule::CountItems(policy);
+    contents.items.reserve(total);
     std::unordered_map<std::string_view, std::size_t> indexes;
+    indexes.reserve(total);
     std::size_t period = 0;
     for (const _VQMSchdule& schedule : policy.listSchedule) {
         for (const _VQMContentInfo& content : schedule.listContents) {

@@ -76,7 +76,7 @@ void RunAndExamine(Monitor& monitor, const FileTree& tree, const Progress& progr
     Schedule& schedule = report.schedule;
     report.verdict = RunContentCheck(monitor, schedule.path);
     if (report.verdict.Ready()) {
-        monitor->GetCurrentPolicy(schedule.policy);
+        monitor->TakeCurrentPolicy(schedule.policy); // no check follows on this monitor
         schedule.state = DocumentState::kLoaded;
     } else {
         ReadPolicy(monitor, schedule);

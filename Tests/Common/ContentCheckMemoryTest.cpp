@@ -239,3 +239,20 @@ TEST_F(ContentCheckMemory, ClearingThePolicyTakesNoMemory)
     });
     EXPECT_EQ(outcomes.thrown, 0U);
 }
+
+TEST_F(ContentCheckMemory, TakingThePolicyTakesNoMemoryAndLeavesAnEmptyOneWithTheAnswers)
+{
+    Renew();
+    const Outcomes outcomes = ForEachAllocation([this](auto run) {
+        _VQMPolicy taken;
+        run([&] {
+            monitor_->TakeCurrentPolicy(taken);
+            return true;
+        });
+        EXPECT_EQ(Text(taken), oldText_);
+        EXPECT_EQ(Text(Current()), Text(_VQMPolicy()));
+        ExpectAnswers(true, true);
+        Renew();
+    });
+    EXPECT_EQ(outcomes.thrown, 0U);
+}

@@ -158,6 +158,7 @@ TEST_F(OneLock, OperationsOfTheMonitorHoldAtMostOneLock)
         {"ParseStoredSchedule, stored", [&] { EXPECT_TRUE(monitor_->ParseStoredSchedule(schedule, nullptr)); }},
         {"ParseStoredSchedule, no path", [this] { EXPECT_FALSE(monitor_->ParseStoredSchedule("", nullptr)); }},
         {"GetCurrentPolicy", [&] { monitor_->GetCurrentPolicy(policy); }},
+        {"TakeCurrentPolicy", [&] { monitor_->TakeCurrentPolicy(policy); }},
         {"ClearCurrentPlolicy", [this] { monitor_->ClearCurrentPlolicy(); }},
         {"GetSyncDemoMediaPath", [&] { monitor_->GetSyncDemoMediaPath(path); }},
         {"GetSyncDemoSchedulePath", [&] { monitor_->GetSyncDemoSchedulePath(path); }},

@@ -38,7 +38,7 @@ TEST_F(MonitorThreads, AllFetchTheSameInstance)
     }
 }
 
-/// Many threads copy while one checks, two parse and one clears.
+/// Two threads copy and one takes while one checks, two parse and one clears.
 TEST_F(MonitorThreads, EachCopyOfThePolicyIsWhole)
 {
     std::atomic<int> storing = 3;
@@ -72,7 +72,14 @@ TEST_F(MonitorThreads, EachCopyOfThePolicyIsWhole)
             ExpectWhole(policy);
         }
     };
-    RunTogether({[&] { check(1000); }, [&] { parse(2000); }, [&] { parse(3000); }, clear, copy, copy, copy});
+    const auto take = [&] {
+        while (storing != 0 && !HasFailure()) {
+            _VQMPolicy policy;
+            monitor_->TakeCurrentPolicy(policy);
+            ExpectWhole(policy);
+        }
+    };
+    RunTogether({[&] { check(1000); }, [&] { parse(2000); }, [&] { parse(3000); }, clear, copy, copy, take});
     ExpectWhole(Current());
 }
 

@@ -11,6 +11,7 @@ import time
 import pytest
 
 from desktop import BUILD, PATIENCE, SETTING_KEY, TOOL_KEYS, wait_until
+from sandbox import require_namespace
 
 LARGE = 1 << 30
 
@@ -125,6 +126,7 @@ def test_a_write_refuses_and_keeps_anything_but_a_plain_file(desktop, what):
 @pytest.fixture
 def namespace(desktop):
     """Runs a command with the settings folder on a separate file system."""
+    require_namespace()
 
     def run(command):
         desktop.settings.mkdir(parents=True, exist_ok=True)

@@ -1,4 +1,4 @@
-"""Tests that run their commands in Scripts/sandbox are skipped where no namespace can be made."""
+"""Tests that run their commands in Scripts/sandbox or in a namespace are skipped where none can be made."""
 
 import functools
 import subprocess
@@ -14,8 +14,13 @@ def refusal():
     return completed.stdout.strip() if completed.returncode == 77 else None
 
 
-def sandboxed(*arguments):
-    """The command line that gives these arguments to the sandbox."""
+def require_namespace():
+    """Skips the test where no namespace can be made."""
     if refusal():
         pytest.skip(refusal())
+
+
+def sandboxed(*arguments):
+    """The command line that gives these arguments to the sandbox."""
+    require_namespace()
     return [ROOT / "Scripts/sandbox", *arguments]

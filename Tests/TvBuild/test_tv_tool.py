@@ -9,7 +9,7 @@ from pathlib import Path
 import pytest
 
 from home import APP_ID, PATIENCE, ROOT
-from sandbox import refusal
+from sandbox import require_namespace
 from tv_build import EMULATOR, TV, find_library, run
 
 COMPANION_ID = f"{APP_ID}.gui"
@@ -87,8 +87,7 @@ class BareRoot:
 
 @pytest.fixture(scope="module")
 def bare(tool, sdk, tmp_path_factory):
-    if refusal():
-        pytest.skip(refusal())
+    require_namespace()
     root = BareRoot(tmp_path_factory.mktemp("root"), tool, sdk)
     root.put(f"{APP_DIR}/res/constants.xml", (ROOT / "Packaging/sample/constants.xml").read_text())
     schedule = (ROOT / "Packaging/sample/schedule.xml").read_text()
