@@ -1,6 +1,7 @@
 """Builds as somebody else would: with CMake, outside of this project."""
 
 import os
+import shutil
 import subprocess
 from pathlib import Path
 
@@ -26,6 +27,18 @@ def run(*command, check=True, **options):
         return completed
     assert completed.returncode == 0, f"{command}\n{completed.stdout[-6000:]}"
     return completed.stdout
+
+
+def build_folder(name):
+    """An empty folder for a build of the whole library.
+
+    It is in this build's folder, where the way to the sources is the same in every checkout, so ccache knows what was
+    compiled in another one.
+    """
+    folder = BUILD / "consumers" / name
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir(parents=True)
+    return folder
 
 
 def configure(source, build, *arguments, check=True, environment=None):

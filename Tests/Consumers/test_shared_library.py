@@ -6,7 +6,7 @@ import shutil
 
 import pytest
 
-from conftest import PUBLIC_HEADERS, ROOT, SAMPLE, build_project, check_readme_program, configure, run
+from conftest import PUBLIC_HEADERS, ROOT, SAMPLE, build_folder, build_project, check_readme_program, configure, run
 from public_names import declared_names
 
 ONLY_PROGRAMS = re.compile(r"lib(elementary|ecore|eina|evas|efreet|X11|Xi|Xtst|dbus-1|gio-2\.0)\.so")
@@ -29,8 +29,8 @@ def without_toolkit(tmp_path_factory):
 
 
 @pytest.fixture(scope="session")
-def build(tmp_path_factory, without_toolkit):
-    folder = tmp_path_factory.mktemp("build")
+def build(without_toolkit):
+    folder = build_folder("shared")
     build_project(ROOT, folder, "-DVQM_BUILD_APPLICATION=OFF", "-DBUILD_SHARED_LIBS=ON", "-DVQM_APPS_DIR=/srv/apps",
                   "-DVQM_APP_ID=com.example.tv", environment=without_toolkit)  # fmt: skip
     return folder
@@ -139,6 +139,6 @@ def test_its_soname_has_the_number_of_the_interface_alone(build):
 def test_with_no_platform_at_all_boost_and_expat_suffice(tmp_path):
     (tmp_path / "none").mkdir()
     environment = {"PKG_CONFIG_LIBDIR": str(tmp_path / "none"), "PKG_CONFIG_PATH": ""}
-    configure(ROOT, tmp_path / "build", "-DVQM_PLATFORM=none", environment=environment)
-    run("cmake", "--build", tmp_path / "build")
-    assert (tmp_path / "build/Common/libvqm-core.a").exists()
+    folder = build_folder("no-platform")
+    build_project(ROOT, folder, "-DVQM_PLATFORM=none", environment=environment)
+    assert (folder / "Common/libvqm-core.a").exists()

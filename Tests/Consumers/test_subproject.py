@@ -1,11 +1,12 @@
 """The library as a part of somebody else's build."""
 
 import json
+import shutil
 from pathlib import Path
 
 import pytest
 
-from conftest import ROOT, check_readme_program, configure, run
+from conftest import ROOT, build_folder, check_readme_program, configure, run
 
 PARENT = Path(__file__).parent / "Subproject"
 
@@ -15,12 +16,14 @@ def arguments(readme_project, *more):
 
 
 @pytest.fixture(scope="module")
-def build(readme_project, tmp_path_factory):
-    folder = tmp_path_factory.mktemp("build")
+def build(readme_project):
+    folder = build_folder("subproject")
     query = folder / ".cmake/api/v1/query"
     query.mkdir(parents=True)
     (query / "codemodel-v2").touch()
-    configure(PARENT, folder, *arguments(readme_project, "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON"))
+    launcher = shutil.which("ccache") or ""  # the library leaves it to its parent
+    configure(PARENT, folder, *arguments(readme_project, "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON",
+                                         f"-DCMAKE_CXX_COMPILER_LAUNCHER={launcher}"))  # fmt: skip
     run("cmake", "--build", folder)
     return folder
 
