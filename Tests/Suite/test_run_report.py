@@ -1,6 +1,8 @@
 """The report of ./test about tests that are left out or fail, from a real run of ctest."""
 
+import json
 import os
+import shutil
 import subprocess
 from pathlib import Path
 
@@ -8,7 +10,8 @@ import pytest
 
 from run_report import LAST_LINES, main
 
-NEEDS_NAMESPACE = Path(__file__).parents[1] / "Support/needs-namespace"
+ROOT = Path(__file__).parents[2]
+NEEDS_NAMESPACE = ROOT / "Tests/Support/needs-namespace"
 PROJECT = """
 cmake_minimum_required(VERSION 3.25)
 project(Sample NONE)
@@ -58,6 +61,23 @@ def test_last_lines_of_a_failing_test_come_again(tmp_path, capsys):
     output = "\n".join(f"line {number}" for number in range(LAST_LINES + 5))
     said = run(tmp_path, capsys, ("fine", "well", 0), ("fails", output, 1))
     assert said == "Failed: fails\n" + "".join(f"    line {number}\n" for number in range(5, LAST_LINES + 5))
+
+
+def test_the_script_ends_with_the_report_and_the_result_of_the_tests(tmp_path):
+    """./test itself, with a project of two tests in place of the product."""
+    for name in ("test", "Scripts/common.sh", "Tests/Support/run_report.py"):
+        (tmp_path / name).parent.mkdir(parents=True, exist_ok=True)
+        shutil.copy(ROOT / name, tmp_path / name)
+    (tmp_path / "CMakeLists.txt").write_text(PROJECT + 'sample(whole ON "no bus" 77)\nsample(fails OFF "reason" 1)\n')
+    preset = {"name": "dev", "configurePreset": "dev"}
+    (tmp_path / "CMakePresets.json").write_text(json.dumps({
+        "version": 3, "buildPresets": [preset], "testPresets": [preset],
+        "configurePresets": [{"name": "dev", "generator": "Ninja", "binaryDir": "${sourceDir}/build/dev"}],
+    }))  # fmt: skip
+    completed = subprocess.run([tmp_path / "test"], capture_output=True, text=True,
+                               env={**os.environ, "VQM_NO_INSTALL": "1", "VQM_PRESET": "dev"})
+    assert completed.stdout.endswith("Left out: 1 test, because no bus\n    whole\nFailed: fails\n    reason\n")
+    assert completed.returncode == 8, completed.stderr  # ctest's: some tests failed
 
 
 @pytest.mark.parametrize("program, result, output", [

@@ -22,9 +22,9 @@ SVG = "{http://www.w3.org/2000/svg}"
 def test_the_day_of_the_example(tool):
     tool.write(DAY, "day.xml")
     tool.environment["LC_ALL"] = "C"
-    code, text, talk = outcome(tool("timeline", "--on", "2026-11-23", "day.xml"))
+    code, text, talk = outcome(tool("timeline", "--on", "2026-01-05", "day.xml"))
     assert (code, talk) == (0, "")
-    assert text == """day.xml on 2026-11-23
+    assert text == """day.xml on 2026-01-05
 
   00    02    04    06    08    10    12    14    16    18    20    22    24
   |     |     |     |     |     |     |     |     |     |     |     |     |
@@ -46,7 +46,7 @@ gap      00:00:00 to 09:00:00
 gap      14:00:00 to 14:30:00
 gap      21:00:00 to 24:00:00
 """
-    assert outcome(tool("timeline", "--on", "2026-11-23", "-", stdin=DAY.encode()))[1] == text.replace("day.xml", "<stdin>")
+    assert outcome(tool("timeline", "--on", "2026-01-05", "-", stdin=DAY.encode()))[1] == text.replace("day.xml", "<stdin>")
 
 
 def test_only_today_has_a_now(tool):
@@ -56,13 +56,13 @@ def test_only_today_has_a_now(tool):
     shown = re.search(r"now (\d\d:\d\d:\d\d)", today)[1]
     assert shown in [time.strftime("%H:%M:%S", time.gmtime(second + 20700)) for second in range(int(before), int(time.time()) + 1)]
     assert tool.json("timeline", "schedule.xml")["now"] is not None
-    assert "now" not in tool("timeline", "--on", "2026-11-23", "schedule.xml").stdout.decode()
-    assert tool.json("timeline", "--on", "2026-11-23", "schedule.xml")["now"] is None
+    assert "now" not in tool("timeline", "--on", "2026-01-05", "schedule.xml").stdout.decode()
+    assert tool.json("timeline", "--on", "2026-01-05", "schedule.xml")["now"] is None
 
 
 def test_timeline_as_json(tool):
-    tool.write(DAY.replace("2030-12-31", "2026-11-22"))
-    day = tool.json("timeline", "--on", "2026-11-23", "schedule.xml")
+    tool.write(DAY.replace("2030-12-31", "2026-01-04"))
+    day = tool.json("timeline", "--on", "2026-01-05", "schedule.xml")
     assert [(each["period"], each["start"], each["end"], each["ever_plays"]) for each in day["periods"]] == [
         (1, "09:00:00", "12:30:00", True), (2, "12:00:00", "14:00:00", True), (3, "14:30:00", "20:00:00", True),
         (4, "20:00:00", "21:00:00", True), (5, "22:00:00", "02:00:00", False)]
@@ -70,8 +70,8 @@ def test_timeline_as_json(tool):
     assert day["overlaps"] == [{"start": "12:00:00", "end": "12:30:00", "count": 2, "periods": [1, 2]}]
     assert day["gaps"] == [{"start": start, "end": end} for start, end in (
         ("00:00:00", "09:00:00"), ("14:00:00", "14:30:00"), ("21:00:00", "24:00:00"))]
-    assert day["expiration"] == {"status": "expired", "date": "2026-11-22"}
-    assert day["notes"] == ["the schedule expired on 2026-11-22; the TV keeps the date and does not act on it"]
+    assert day["expiration"] == {"status": "expired", "date": "2026-01-04"}
+    assert day["notes"] == ["the schedule expired on 2026-01-04; the TV keeps the date and does not act on it"]
     assert tool.json("timeline", "-", stdin=b"<rsp state='ok'/>")["notes"] == ["the schedule has no periods"]
 
 
@@ -121,11 +121,11 @@ def picture(tool, document, *arguments):
 
 
 def test_the_picture_is_accessible_and_needs_nothing_else(tool):
-    data, root = picture(tool, DAY, "--on", "2026-11-23")
+    data, root = picture(tool, DAY, "--on", "2026-01-05")
     assert (root.get("role"), root.get("aria-labelledby")) == ("img", "timeline-title timeline-desc")
     title, description = root.find(SVG + "title"), root.find(SVG + "desc")
     assert (title.get("id"), description.get("id")) == ("timeline-title", "timeline-desc")
-    assert title.text == "schedule.xml on 2026-11-23"
+    assert title.text == "schedule.xml on 2026-01-05"
     for words in ("Period 1: 09:00:00 to 12:30:00; intro.mp4, logo.jpg.", "Overlap 12:00:00 to 12:30:00: periods 1 and 2.",
                   "Period 5: 22:00:00 to 02:00:00, never plays: it does not start before its end; night.mp4.",
                   "No period 14:00:00 to 14:30:00."):
@@ -167,7 +167,7 @@ def test_a_renderer_shows_the_day(tool, tmp_path, render):
     if render is by_librsvg and shutil.which("rsvg-convert") is None:
         pytest.skip("rsvg-convert is not installed")
     tool.write(DAY)
-    assert outcome(tool("timeline", "--on", "2026-11-23", "-o", "day.svg", "schedule.xml")) == (0, "", "")
+    assert outcome(tool("timeline", "--on", "2026-01-05", "-o", "day.svg", "schedule.xml")) == (0, "", "")
     render(tmp_path / "day.svg", tmp_path / "day.png")
     image = pixels(tmp_path / "day.png")
     assert image[0] == 1124
@@ -185,8 +185,8 @@ def test_a_renderer_shows_the_day(tool, tmp_path, render):
 
 
 def test_the_documentation_shows_the_picture_of_today(tool):
-    """Made anew by: build/dev/bin/vqmctl schedule timeline --on 2026-11-23 -o Docs/images/day.svg Docs/examples/day.xml"""
-    result = subprocess.run([VQMCTL, "schedule", "timeline", "--on", "2026-11-23", "-o", "-", "Docs/examples/day.xml"],
+    """Made anew by: build/dev/bin/vqmctl schedule timeline --on 2026-01-05 -o Docs/images/day.svg Docs/examples/day.xml"""
+    result = subprocess.run([VQMCTL, "schedule", "timeline", "--on", "2026-01-05", "-o", "-", "Docs/examples/day.xml"],
                             cwd=ROOT, capture_output=True, timeout=PATIENCE)
     assert result.stdout == (ROOT / "Docs/images/day.svg").read_bytes()
     assert "Docs/images/day.svg" in (ROOT / "README.md").read_text()
