@@ -149,9 +149,10 @@ build_benchmarks() {
 
 # Runs a stage and says how long it took: stage NAME COMMAND...
 stage() {
-    local name=$1 start=$SECONDS
+    # A command that is a function of the caller's sees these too, so no script must use their names.
+    local stage_title=$1 stage_start=$SECONDS
     shift
-    say "=== $name"
-    "$@" || fail "$name failed after $((SECONDS - start)) s"
-    say "=== $name: $((SECONDS - start)) s"
+    say "=== $stage_title"
+    "$@" || fail "$stage_title failed after $((SECONDS - stage_start)) s"
+    say "=== $stage_title: $((SECONDS - stage_start)) s"
 }

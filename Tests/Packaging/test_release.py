@@ -61,6 +61,23 @@ def test_release_refuses_a_version_that_was_released(clone):
     assert "has been released" in check(clone).stderr
 
 
+def test_release_leaves_archive_packages_and_tag(clone):
+    """What takes long is a script of one line here: the clean root, the tests in it, and the packages."""
+    for path, line in {
+        "Scripts/fresh-root": 'mkdir -p build/root/checkout; cd build/root/checkout; shift 2; exec "$@"',
+        "Scripts/package": "mkdir -p build/packages/debian-12; touch build/packages/debian-12/some.deb",
+        "test": 'touch "$(dirname "$0")/tested"',
+    }.items():
+        (clone / path).write_text(f"#!/bin/sh\n{line}\n")
+    set_heading(clone, RELEASED)
+    run(clone / "Scripts/release")
+    assert (clone / f"build/root/vqmkeygrab-{VERSION}/tested").exists()
+    release = clone / "build/release"
+    left = {str(path.relative_to(release)) for path in release.rglob("*") if path.is_file()}
+    assert left == {f"vqmkeygrab-{VERSION}.tar.gz", f"vqmkeygrab-{VERSION}.tar.gz.sha256", "debian-12/some.deb"}
+    assert run("git", "-C", clone, "tag").split() == [f"v{VERSION}"]
+
+
 def test_source_archive_is_the_commit_and_always_the_same(clone):
     archive = clone / f"build/release/vqmkeygrab-{VERSION}.tar.gz"
     run(clone / "Scripts/release", "--archive")
