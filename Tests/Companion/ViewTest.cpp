@@ -232,19 +232,40 @@ void ExpectReadable(Evas_Object* text, const Pixels& pixels)
     EXPECT_GE(pixels.Contrast(PlaceOf(text)), 4.5) << says;
 }
 
-/// Whether there is a frame that stands out from what is inside and outside of it, above and below.
+int FrameWidth(const Pixels& pixels)
+{
+    return kFocusWidth * pixels.Height() / kLines;
+}
+
+/// What the frame of the focus is the edge of: a row, or a widget and the frame around it.
+Eina_Rectangle FramedPlace(Evas_Object* widget, const Elm_Object_Item* row, int frameWidth)
+{
+    if (row != nullptr) {
+        return PlaceOf(elm_object_item_part_content_get(row, "elm.swallow.content"));
+    }
+    const Eina_Rectangle place = PlaceOf(widget);
+    return {place.x - frameWidth, place.y - frameWidth, place.w + 2 * frameWidth, place.h + 2 * frameWidth};
+}
+
+/// Whether the edge of `place` is a frame that stands out on all four sides from what is inside and outside of it.
 bool HasFrame(const Eina_Rectangle& place, const Pixels& pixels)
 {
-    const int thick = kFocusWidth * pixels.Height() / kLines;
-    const int x = place.x + place.w / 2;
-    for (const auto& [edge, out] : {std::pair(place.y, -1), std::pair(place.y + place.h - 1, 1)}) {
-        const std::uint32_t frame = pixels.At(x, edge + out * (thick / 2 + 1));
-        if (Pixels::Contrast(frame, pixels.At(x, edge + out * (thick + 2))) < 3 ||
-            Pixels::Contrast(frame, pixels.At(x, edge - out * 2)) < 3) {
-            return false;
-        }
-    }
-    return true;
+    const int width = FrameWidth(pixels);
+    const int right = place.x + place.w - 1;
+    const int bottom = place.y + place.h - 1;
+    const struct {
+        int x, y, inwardX, inwardY;
+    } sides[] = {{place.x + place.w / 2, place.y, 0, 1},
+                 {place.x + place.w / 2, bottom, 0, -1},
+                 {place.x, place.y + place.h / 2, 1, 0},
+                 {right, place.y + place.h / 2, -1, 0}};
+    return std::all_of(std::begin(sides), std::end(sides), [&](const auto& side) {
+        const auto at = [&](int depth) {
+            return pixels.At(side.x + depth * side.inwardX, side.y + depth * side.inwardY);
+        };
+        const std::uint32_t frame = at(width / 2);
+        return Pixels::Contrast(frame, at(-2)) >= 3 && Pixels::Contrast(frame, at(width + 2)) >= 3;
+    });
 }
 
 void Speak(const char* language)
@@ -282,7 +303,7 @@ TEST(CompanionView, EveryTextIsWholeLargeAndStandsOutAndTheOuterFivePercentAreEm
     }
 }
 
-TEST(CompanionView, WhatTakesTheFocusHasANameAndAFrame)
+TEST(CompanionView, WhatTakesTheFocusHasAName)
 {
     for (const char* const language : kLanguages) {
         SCOPED_TRACE(language);
@@ -294,11 +315,50 @@ TEST(CompanionView, WhatTakesTheFocusHasANameAndAFrame)
         for (Evas_Object* object : all) {
             const char* const name = elm_object_access_info_get(object);
             EXPECT_TRUE(name != nullptr && *name != '\0') << elm_object_widget_type_get(object);
-            elm_object_focus_set(object, EINA_TRUE);
-            if (elm_object_focused_item_get(object) == nullptr) { // a row's frame is inside of the row
-                const auto hasFrame = [object](const Pixels& pixels) { return HasFrame(PlaceOf(object), pixels); };
-                EXPECT_TRUE(hasFrame(window.Picture(hasFrame))) << elm_object_widget_type_get(object);
+        }
+    }
+}
+
+/// The widgets that take the focus, and instead of a list each of its rows.
+std::vector<std::pair<Evas_Object*, Elm_Object_Item*>> FocusStops(const Window& window)
+{
+    std::vector<std::pair<Evas_Object*, Elm_Object_Item*>> stops;
+    for (Evas_Object* widget : window.Focusable()) {
+        elm_object_focus_set(widget, EINA_TRUE);
+        if (elm_object_focused_item_get(widget) == nullptr) {
+            stops.emplace_back(widget, nullptr);
+            continue;
+        }
+        for (Elm_Object_Item* row = elm_genlist_first_item_get(widget); row != nullptr;
+             row = elm_genlist_item_next_get(row)) {
+            stops.emplace_back(widget, row);
+        }
+    }
+    return stops;
+}
+
+TEST(CompanionView, FrameOfTheFocusStandsOutOnAllSidesAndMovesFromRowToRowAndToTheSwitch)
+{
+    for (const char* const language : {kLanguages[0], kLanguages[2]}) { // from both sides
+        SCOPED_TRACE(language);
+        Speak(language);
+        Window window(kSizes[0]);
+        const int frameWidth = FrameWidth(window.Show(ReadyScreen()));
+        const auto stops = FocusStops(window);
+        EXPECT_EQ(stops.size(), 5U); // the switch, three rows, the button
+        Eina_Rectangle before = {};
+        for (const auto& [widget, row] : stops) {
+            elm_object_focus_set(widget, EINA_TRUE);
+            if (row != nullptr) {
+                elm_object_item_focus_set(row, EINA_TRUE);
             }
+            const Eina_Rectangle place = FramedPlace(widget, row, frameWidth);
+            const Pixels pixels = window.Picture([&](const Pixels& each) { return HasFrame(place, each); });
+            EXPECT_TRUE(HasFrame(place, pixels)) << elm_object_widget_type_get(widget) << " at " << place.y;
+            if (before.w > 0) {
+                EXPECT_FALSE(HasFrame(before, pixels)) << "left behind at " << before.y;
+            }
+            before = place;
         }
     }
 }
