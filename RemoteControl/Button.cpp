@@ -1,6 +1,7 @@
 #include "RemoteControl/Button.h"
 
 #include <cmath>
+#include <string>
 #include <utility>
 
 #include <Elementary.h>
@@ -13,8 +14,6 @@ constexpr double kPressSeconds = 0.15;
 constexpr int kRadius = 9;
 constexpr int kCaptionSize = 15;
 constexpr int kSmallSize = 10;
-constexpr int kMarkSize = 9;
-constexpr int kMarkGap = 4;
 /// Narrower buttons have a smaller caption.
 constexpr int kNarrow = 80;
 constexpr int kNarrowCaptionSize = 13;
@@ -23,9 +22,14 @@ constexpr Colour kPlate{52, 58, 69};
 constexpr Colour kPressedPlate{92, 104, 125};
 constexpr Colour kCaption{240, 242, 245};
 constexpr Colour kHint{154, 163, 178};
-constexpr Colour kDiscColour{134, 224, 154};
-constexpr Colour kRingColour{242, 200, 121};
-constexpr Colour kDashColour{171, 178, 191};
+
+struct MarkLook {
+    const char* shape;
+    Colour colour;
+};
+/// By `Button::Mark`.
+constexpr MarkLook kMarks[] = {
+    {"\u25CF ", {134, 224, 154}}, {"\u25CB ", {242, 200, 121}}, {"\u2013 ", {171, 178, 191}}, {"", {171, 178, 191}}};
 
 void SetColour(Evas_Object* object, Colour colour)
 {
@@ -45,12 +49,9 @@ int WidthOf(Evas_Object* text)
     return width;
 }
 
-Evas_Object* AddMark(Evas* canvas, int radius, int stroke, Colour colour)
+void PutInMiddle(Evas_Object* text, const Place& place, int y)
 {
-    Evas_Object* mark = AddRoundedShape(canvas, radius, stroke);
-    SetColour(mark, colour);
-    evas_object_pass_events_set(mark, EINA_TRUE);
-    return mark;
+    evas_object_move(text, Pixels(place.x + place.width / 2.0) - WidthOf(text) / 2, Pixels(place.y + y));
 }
 
 } // namespace
@@ -77,16 +78,10 @@ Button::Button(Evas* canvas, const Place& place, const char* caption, const char
     AddPlate(canvas);
     Evas_Object* text =
         AddText(canvas, caption, true, place.width < kNarrow ? kNarrowCaptionSize : kCaptionSize, kCaption);
-    evas_object_move(text, Pixels(place.x + place.width / 2.0) - WidthOf(text) / 2,
-                     Pixels(place.y + (place.width < kNarrow ? 14 : 12)));
+    PutInMiddle(text, place, place.width < kNarrow ? 14 : 12);
     Evas_Object* key = AddText(canvas, hint, false, kSmallSize - 1, kHint);
     evas_object_move(key, Pixels(place.x + place.width - 6) - WidthOf(key), Pixels(place.y + 3));
-    state_ = AddText(canvas, "", false, kSmallSize, kDashColour);
-    disc_ = AddMark(canvas, Pixels(kMarkSize) / 2, 0, kDiscColour);
-    ring_ = AddMark(canvas, Pixels(kMarkSize) / 2, Pixels(1.5), kRingColour);
-    dash_ = evas_object_rectangle_add(canvas);
-    evas_object_pass_events_set(dash_, EINA_TRUE);
-    SetColour(dash_, kDashColour);
+    state_ = AddText(canvas, "", false, kSmallSize, kHint);
 }
 
 Button::~Button()
@@ -104,40 +99,22 @@ void Button::AddPlate(Evas* canvas)
     evas_object_show(plate_);
     evas_object_event_callback_add(plate_, EVAS_CALLBACK_MOUSE_DOWN, OnMouseDown, this);
     frame_ = AddRoundedShape(canvas, Pixels(kRadius), Pixels(1.5));
-    SetColour(frame_, kDiscColour);
+    SetColour(frame_, kMarks[0].colour);
     PutAt(frame_, place_.x, place_.y, place_.width, place_.height);
     evas_object_pass_events_set(frame_, EINA_TRUE);
 }
 
 void Button::SetState(Mark mark, const char* words)
 {
-    mark_ = mark;
-    evas_object_text_text_set(state_, words);
-    const std::pair<Evas_Object*, Mark> shapes[] = {
-        {disc_, Mark::kDisc}, {frame_, Mark::kDisc}, {ring_, Mark::kRing}, {dash_, Mark::kDash}};
-    for (const auto& [shape, meaning] : shapes) {
-        if (mark == meaning) {
-            evas_object_show(shape);
-        } else {
-            evas_object_hide(shape);
-        }
+    const MarkLook& look = kMarks[static_cast<std::size_t>(mark)];
+    evas_object_text_text_set(state_, (look.shape + std::string(words)).c_str());
+    SetColour(state_, look.colour);
+    PutInMiddle(state_, place_, place_.height - 20);
+    if (mark == Mark::kDisc) {
+        evas_object_show(frame_);
+    } else {
+        evas_object_hide(frame_);
     }
-    SetColour(state_, mark == Mark::kDisc ? kDiscColour : mark == Mark::kRing ? kRingColour : kDashColour);
-    PlaceState();
-}
-
-/// The mark and the words side by side, together in the middle.
-void Button::PlaceState()
-{
-    const double scale = elm_config_scale_get();
-    const double words = WidthOf(state_) / scale;
-    const int mark = mark_ == Mark::kNone ? 0 : kMarkSize + kMarkGap;
-    const double left = place_.x + (place_.width - mark - words) / 2;
-    const double top = place_.y + place_.height - 20;
-    evas_object_move(state_, Pixels(left + mark), Pixels(top));
-    PutAt(disc_, left, top + 3, kMarkSize, kMarkSize);
-    PutAt(ring_, left, top + 3, kMarkSize, kMarkSize);
-    PutAt(dash_, left, top + 7, kMarkSize, 1.5);
 }
 
 void Button::AddStripe(Colour colour)

@@ -45,18 +45,13 @@ public:
 
 private:
     void AddPlate(Evas* canvas);
-    void PlaceState();
     static void OnMouseDown(void* data, Evas* canvas, Evas_Object* object, void* event);
     static Eina_Bool OnPressEnd(void* data);
 
     Place place_;
     std::function<void()> pressed_;
-    Mark mark_ = Mark::kNone;
     Ecore_Timer* pressEnd_ = nullptr;
     Evas_Object* plate_ = nullptr;
     Evas_Object* frame_ = nullptr; ///< of what is held
-    Evas_Object* disc_ = nullptr;
-    Evas_Object* ring_ = nullptr;
-    Evas_Object* dash_ = nullptr;
     Evas_Object* state_ = nullptr;
 };

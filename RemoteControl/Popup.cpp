@@ -1,11 +1,9 @@
 #include "RemoteControl/Popup.h"
 
 #include <cstdint>
-#include <memory>
 
-#include "Platform/desktop/bus/BusAddress.h"
-#include "Platform/desktop/bus/BusConnection.h"
 #include "Platform/desktop/bus/NotificationDaemon.h"
+#include "Platform/desktop/bus/SessionBus.h"
 
 namespace {
 
@@ -38,25 +36,14 @@ BusMessage NotifyRequest()
     return request;
 }
 
-std::unique_ptr<desktop::BusConnection> JoinBus()
-{
-    for (const std::string& place : desktop::PlacesOf(desktop::SessionBusAddress())) {
-        auto bus = desktop::BusConnection::Open(place);
-        if (bus != nullptr && bus->TakeName(bus->Call(desktop::HelloRequest()))) {
-            return bus;
-        }
-    }
-    return nullptr;
-}
-
 } // namespace
 
 std::string SendPopup()
 {
-    const auto bus = JoinBus();
-    if (bus == nullptr) {
+    desktop::SessionBus bus;
+    if (!bus.Join()) {
         return "No popup: no session bus answers";
     }
-    return bus->Call(NotifyRequest()).answer == BusAnswer::kDone ? "A popup was sent"
-                                                                 : "No popup: no notification daemon answers";
+    return bus.Call(NotifyRequest()).answer == BusAnswer::kDone ? "A popup was sent"
+                                                                : "No popup: no notification daemon answers";
 }

@@ -30,21 +30,12 @@ struct Words {
     const char* words;
 };
 
-Words WordsFor(KeyUse use)
-{
-    switch (use) {
-    case KeyUse::kHeld:
-        return {Button::Mark::kDisc, "held"};
-    case KeyUse::kHandedBack:
-        return {Button::Mark::kRing, "handed back"};
-    case KeyUse::kTaken:
-        return {Button::Mark::kDash, "taken"};
-    case KeyUse::kNeither:
-    case KeyUse::kNotRunning:
-        break;
-    }
-    return {Button::Mark::kDash, "nobody's"};
-}
+/// What a button says of its key, by `KeyUse`.
+constexpr Words kWords[] = {{Button::Mark::kDash, "nobody's"},
+                            {Button::Mark::kDash, "nobody's"},
+                            {Button::Mark::kDash, "taken"},
+                            {Button::Mark::kRing, "handed back"},
+                            {Button::Mark::kDisc, "held"}};
 
 std::vector<std::string> Symbols()
 {
@@ -53,6 +44,15 @@ std::vector<std::string> Symbols()
         symbols.emplace_back(key.symbol);
     }
     return symbols;
+}
+
+/// `place` is in pixels.
+void AddRectangle(Evas* canvas, const Colour& colour, const Eina_Rectangle& place)
+{
+    Evas_Object* rectangle = evas_object_rectangle_add(canvas);
+    evas_object_color_set(rectangle, colour.red, colour.green, colour.blue, 255);
+    evas_object_geometry_set(rectangle, place.x, place.y, place.w, place.h);
+    evas_object_show(rectangle);
 }
 
 void OnCloseRequested(void* /*data*/, Evas_Object* /*object*/, void* /*event*/)
@@ -95,15 +95,8 @@ void RemoteWindow::Build()
     Evas* canvas = evas_object_evas_get(window_);
     const int height = Pixels(kActionRow + (options_.start.empty() ? 1 : 2) * kActionHeight + kFooterHeight);
 
-    Evas_Object* body = evas_object_rectangle_add(canvas);
-    evas_object_color_set(body, kBody.red, kBody.green, kBody.blue, 255);
-    evas_object_resize(body, Pixels(kWindowWidth), height);
-    evas_object_show(body);
-    Evas_Object* line = evas_object_rectangle_add(canvas);
-    evas_object_color_set(line, kLine.red, kLine.green, kLine.blue, 255);
-    evas_object_move(line, Pixels(kMargin), Pixels(kBelowKeys + 11));
-    evas_object_resize(line, Pixels(kWindowWidth - 2 * kMargin), 1);
-    evas_object_show(line);
+    AddRectangle(canvas, kBody, {0, 0, Pixels(kWindowWidth), height});
+    AddRectangle(canvas, kLine, {Pixels(kMargin), Pixels(kBelowKeys + 11), Pixels(kWindowWidth - 2 * kMargin), 1});
 
     headline_ = AddText(canvas, "", true, 12, kText);
     evas_object_move(headline_, Pixels(kMargin), Pixels(15));
@@ -147,7 +140,6 @@ void RemoteWindow::AddKeys()
         if (key.stripe != nullptr) {
             button->AddStripe(*key.stripe);
         }
-        button->SetState(Button::Mark::kDash, WordsFor(KeyUse::kNotRunning).words);
         byHostKey_.emplace(symbol, button.get());
         for (const std::string_view hostKey : key.hostKeys) {
             byHostKey_.emplace(hostKey, button.get());
@@ -191,7 +183,7 @@ void RemoteWindow::ShowState(const TvState& state)
                                                    : "The application runs as process " + std::to_string(application_);
     evas_object_text_text_set(headline_, headline.c_str());
     for (const auto& [key, use] : state.uses) {
-        const Words words = WordsFor(use);
+        const Words& words = kWords[static_cast<std::size_t>(use)];
         buttons_.at(key)->SetState(words.mark, words.words);
     }
     if (state.said != said_) {

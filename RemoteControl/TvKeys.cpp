@@ -43,17 +43,9 @@ void Drain(const platform::FileDescriptor& event)
 
 const char* Outcome(KeyUse use)
 {
-    switch (use) {
-    case KeyUse::kHeld:
-        return ": the application has it";
-    case KeyUse::kTaken:
-        return ": another program has it";
-    case KeyUse::kHandedBack:
-    case KeyUse::kNeither:
-    case KeyUse::kNotRunning:
-        break;
-    }
-    return ": whoever has the focus gets it";
+    return use == KeyUse::kHeld    ? ": the application has it"
+           : use == KeyUse::kTaken ? ": another program has it"
+                                   : ": whoever has the focus gets it";
 }
 
 } // namespace
