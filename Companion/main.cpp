@@ -10,7 +10,6 @@
 
 #include "Common/VQMConfig.h"
 #include "Companion/CompanionWindow.h"
-#include "Companion/RaiseRequests.h"
 #include "Platform/desktop/base/StandardDescriptors.h"
 #include "Platform/desktop/environment/EndSignals.h"
 #include "Platform/desktop/environment/ToolkitHome.h"
@@ -59,12 +58,38 @@ bool BecomeTheCompanion(Display* display, std::unique_ptr<desktop::InstanceClaim
     return true;
 }
 
+struct Running {
+    Display* display;
+    desktop::InstanceClaim& claim;
+    CompanionWindow& window;
+};
+
+/// Answers the requests of later starts.
+Eina_Bool OnReadable(void* data, Ecore_Fd_Handler* /*handler*/)
+{
+    const auto& [display, claim, window] = *static_cast<const Running*>(data);
+    while (XPending(display) > 0) {
+        XEvent event;
+        XNextEvent(display, &event);
+        // A process that is about to end does not answer: the asking process is its successor.
+        if (claim.IsLaunchRequest(event) && !desktop::EndRequested()) {
+            claim.AnswerLaunchRequest(event);
+            window.Raise();
+        }
+    }
+    return ECORE_CALLBACK_RENEW;
+}
+
 /// Returns whether a check still runs when the window has gone.
 bool RunWindow(Display* display, desktop::InstanceClaim& claim)
 {
     CompanionWindow window;
-    const RaiseRequests requests(display, claim, [&window] { window.Raise(); });
     window.Raise();
+    Running running = {display, claim, window};
+    const std::unique_ptr<Ecore_Fd_Handler, void* (*)(Ecore_Fd_Handler*)> handler(
+        ecore_main_fd_handler_add(ConnectionNumber(display), ECORE_FD_READ, OnReadable, &running, nullptr, nullptr),
+        ecore_main_fd_handler_del);
+    OnReadable(&running, handler.get()); // what Xlib has read already does not make the connection readable
     desktop::EndMainLoopOnSignal(elm_exit);
     elm_run();
     desktop::LimitTeardown();

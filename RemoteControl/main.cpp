@@ -2,7 +2,6 @@
 #include <cstdlib>
 #include <exception>
 #include <getopt.h>
-#include <optional>
 #include <unistd.h>
 
 #include <Efreet.h>
@@ -50,8 +49,14 @@ int OnServerGone(Display* /*display*/)
     LeaveAtOnce("an X server is gone");
 }
 
-/// Nothing when the process is to end with `result`.
-std::optional<RemoteOptions> ReadCommandLine(int argc, char** argv, int& result)
+[[noreturn]] void Refuse(const char* text)
+{
+    Complain(text);
+    std::exit(kUsageError);
+}
+
+/// Ends the process when there is nothing else to do.
+RemoteOptions ReadCommandLine(int argc, char** argv)
 {
     const option known[] = {{"display", required_argument, nullptr, 'd'},
                             {"start", required_argument, nullptr, 's'},
@@ -69,24 +74,18 @@ std::optional<RemoteOptions> ReadCommandLine(int argc, char** argv, int& result)
             break;
         case 'a':
             if (std::sscanf(optarg, "%5d,%5d", &options.x, &options.y) != 2 || options.x < 0 || options.y < 0) {
-                Complain("--at expects a place such as 20,40");
-                result = kUsageError;
-                return std::nullopt;
+                Refuse("--at expects a place such as 20,40");
             }
             break;
         case 'h':
             std::fputs(kUsage, stdout);
-            result = EXIT_SUCCESS;
-            return std::nullopt;
+            std::exit(EXIT_SUCCESS);
         default:
-            result = kUsageError;
-            return std::nullopt;
+            std::exit(kUsageError); // getopt has said why
         }
     }
     if (optind < argc || options.display.empty()) {
-        Complain(optind < argc ? "it takes options only; see --help" : "--display is required; see --help");
-        result = kUsageError;
-        return std::nullopt;
+        Refuse(optind < argc ? "it takes options only; see --help" : "--display is required; see --help");
     }
     return options;
 }
@@ -120,11 +119,7 @@ int Run(const RemoteOptions& options)
 
 int main(int argc, char** argv)
 {
-    int result = EXIT_SUCCESS;
-    const std::optional<RemoteOptions> options = ReadCommandLine(argc, argv, result);
-    if (!options) {
-        return result;
-    }
+    const RemoteOptions options = ReadCommandLine(argc, argv);
     desktop::KeepStandardErrorFromBlocking();
     KeepQuiet();
     // Before the toolkit uses Xlib.
@@ -140,7 +135,7 @@ int main(int argc, char** argv)
         Complain("cannot start the toolkit");
         return kCouldNotRun;
     }
-    result = Run(*options);
+    const int result = Run(options);
     elm_shutdown();
     return result;
 }
