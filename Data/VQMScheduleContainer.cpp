@@ -147,7 +147,7 @@ void CVQMScheduleContainer::OnStartElement(const char* pName, const char** ppAtt
     case Element::kRechInfo:
         ParseRECHInfoElements(ppAttributes);
         break;
-    case Element::kUnknown:
+    default:
         VQM_LOG_SCHEDULE("OnStartElement - Unknown Element\n");
         break;
     }
