@@ -84,7 +84,7 @@ def manager(desktop, prefix):  # noqa: F811
     try:
         Path(tempfile.mkdtemp(prefix="user-unit-", dir=HIERARCHY)).rmdir()
     except OSError as error:
-        pytest.skip(f"this machine lets you make no control group ({error})")
+        pytest.skip(f"this machine lets you make no control group ({error.strerror})")
     manager = UserManager(desktop, prefix)
     try:
         wait_until(manager.is_up, "the user manager runs")
