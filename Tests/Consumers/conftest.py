@@ -43,10 +43,12 @@ def build_folder(name):
 
 def configure(source, build, *arguments, check=True, environment=None):
     """No build type and no compiler cache unless the arguments say so: what compiles is not measured here."""
-    return run(
+    configured = run(
         "cmake", "-S", source, "-B", build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=", *arguments,
         check=check, env={**os.environ, **(environment or {})},
     )  # fmt: skip
+    assert not check or "CMake Warning" not in configured
+    return configured
 
 
 def build_project(source, build, *arguments, environment=None):
