@@ -25,7 +25,7 @@ sys.path.insert(0, str(ROOT / "Tests/Support"))
 
 PATIENCE = 60
 SAMPLE = 0.25
-AFTER_PICTURE = 1  # second
+AFTER_PICTURE = 1  # seconds, like the others
 QUIET = 5
 MINUTE = 60
 MOST_TIMES_THE_FLOOR = 1.5
@@ -87,8 +87,8 @@ def settle(process):
 def wake_ups(process, seconds):
     """At how many moments it was awake, after how many of them it woke up once more, and how many minutes began.
 
-    Half a second after a picture the toolkit wakes up and frees the memory that it has drawn the picture in. No
-    setting turns that off. It belongs to the picture and is counted apart.
+    Half a second after each picture, a timer of the toolkit wakes it to free the memory that drawing took. That
+    belongs to the picture and is counted apart.
     """
     settle(process)
     start, before, moments, after_pictures = time.time(), switches(process), 0, 0

@@ -78,9 +78,9 @@ public:
     /// `std::bad_alloc`; `out` stays as it was then.
     void GetCurrentPolicy(_VQMPolicy& out);
 
-    /// Moves the current policy to `out`, which a large one makes cheaper than copying it. The monitor holds
-    /// an empty policy then, as before its first check; the answers of `CheckHaveSchedule` and
-    /// `CheckHaveContents` stay. Takes no memory.
+    /// Moves the current policy to `out`. Unlike `GetCurrentPolicy`, it copies nothing and needs no memory.
+    /// The monitor then holds an empty policy, as before its first check. The answers of `CheckHaveSchedule`
+    /// and `CheckHaveContents` stay.
     void TakeCurrentPolicy(_VQMPolicy& out);
 
     /// Resets the current policy in part: check period, version, expiration and IP type stay as

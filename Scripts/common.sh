@@ -149,7 +149,7 @@ build_benchmarks() {
 
 # Runs a stage and says how long it took: stage NAME COMMAND...
 stage() {
-    # A command that is a function of the caller's sees these too, so no script must use their names.
+    # A function of the caller's that runs here sees these variables too, hence their long names.
     local stage_title=$1 stage_start=$SECONDS
     shift
     say "=== $stage_title"

@@ -32,8 +32,8 @@ def run(*command, check=True, **options):
 def build_folder(name):
     """An empty folder for a build of the whole library.
 
-    It is in this build's folder, where the way to the sources is the same in every checkout, so ccache knows what was
-    compiled in another one.
+    It is in this build's folder: the path from there to the sources is the same in every checkout, so ccache can use
+    what another checkout has compiled.
     """
     folder = BUILD / "consumers" / name
     shutil.rmtree(folder, ignore_errors=True)

@@ -39,7 +39,7 @@ def main(results):
         print(f"Left out: {total} {'test' if total == 1 else 'tests'}, because {reason}")
         for name, count in sorted(tests):
             print(f"    {name}" + (f" ({count} of its tests)" if count else ""))
-    # ctest prints the output where the test ends. It comes again here: who keeps only the end of a log needs it.
+    # ctest has printed it where the test ended. A reader who has only the end of the log needs it here.
     for name, lines in failed(results):
         print(f"Failed: {name}")
         for line in lines[-LAST_LINES:]:
