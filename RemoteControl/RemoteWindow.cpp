@@ -30,12 +30,22 @@ struct Words {
     const char* words;
 };
 
-/// What a button says of its key, by `KeyUse`.
-constexpr Words kWords[] = {{Button::Mark::kDash, "nobody's"},
-                            {Button::Mark::kDash, "nobody's"},
-                            {Button::Mark::kDash, "taken"},
-                            {Button::Mark::kRing, "handed back"},
-                            {Button::Mark::kDisc, "held"}};
+/// What a button says of its key.
+Words WordsFor(KeyUse use)
+{
+    switch (use) {
+    case KeyUse::kHeld:
+        return {Button::Mark::kDisc, "held"};
+    case KeyUse::kHandedBack:
+        return {Button::Mark::kRing, "handed back"};
+    case KeyUse::kTaken:
+        return {Button::Mark::kDash, "taken"};
+    case KeyUse::kNeither:
+    case KeyUse::kNotRunning:
+        break;
+    }
+    return {Button::Mark::kDash, "nobody's"};
+}
 
 std::vector<std::string> Symbols()
 {
@@ -183,7 +193,7 @@ void RemoteWindow::ShowState(const TvState& state)
                                                    : "The application runs as process " + std::to_string(application_);
     evas_object_text_text_set(headline_, headline.c_str());
     for (const auto& [key, use] : state.uses) {
-        const Words& words = kWords[static_cast<std::size_t>(use)];
+        const Words words = WordsFor(use);
         buttons_.at(key)->SetState(words.mark, words.words);
     }
     if (state.said != said_) {
