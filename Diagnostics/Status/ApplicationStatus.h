@@ -56,7 +56,8 @@ struct ApplicationStatus {
 ApplicationStatus ApplicationFrom(const std::string& display, const std::optional<DisplayAnswer>& answer,
                                   const ApplicationProcesses& running = {});
 
-/// What the processes alone say. `advice`: what helps to know more; may be empty.
+/// What the processes alone say: of several, the first and those on its display. `advice`: what helps to know
+/// more; may be empty.
 ApplicationStatus WithoutDisplay(const ApplicationProcesses& running, const std::string& advice);
 
 /// Waits a few seconds for a display at the most.

@@ -42,7 +42,9 @@ DisplayAnswer AskDisplay()
         answer.pid = instance->pid;
         answer.heldKeys = instance->heldKeys;
         answer.failedKeys = instance->failedKeys;
-        answer.answers = !instance->keyWindow || Answers(display.get(), *instance->keyWindow);
+        // A message to no window would reach whichever one is below the pointer.
+        const Window keyWindow = instance->keyWindow.value_or(None);
+        answer.answers = keyWindow == None || Answers(display.get(), keyWindow);
     }
     answer.toolKeys = ToolKeysOn(display.get());
     return answer;

@@ -11,11 +11,15 @@ ApplicationStatus WithoutDisplay(const ApplicationProcesses& running, const std:
         application.state = running.complete ? State::kNotRunning : State::kNoDisplay;
         return application;
     }
+    const ApplicationProcess& first = running.processes.front();
     application.state = State::kUnseen;
-    application.pid = running.processes.front().pid;
-    application.stopped = running.processes.front().stopped;
-    for (std::size_t index = 1; index < running.processes.size(); ++index) {
-        application.others.push_back(running.processes[index].pid);
+    application.pid = first.pid;
+    application.stopped = first.stopped;
+    for (const ApplicationProcess& process : running.processes) {
+        // Two processes whose displays are not known may well be on two displays.
+        if (process.pid != first.pid && !process.display.empty() && process.display == first.display) {
+            application.others.push_back(process.pid);
+        }
     }
     return application;
 }

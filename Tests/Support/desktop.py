@@ -31,7 +31,8 @@ def children_of(pid):
     """Every child of every thread of a process, zombies included."""
     children = []
     for task in Path(f"/proc/{pid}/task").iterdir():
-        children += [int(child) for child in (task / "children").read_text().split()]
+        with contextlib.suppress(FileNotFoundError, ProcessLookupError):  # the thread has ended meanwhile
+            children += [int(child) for child in (task / "children").read_text().split()]
     return children
 
 

@@ -4,9 +4,9 @@ import configparser
 import signal
 import subprocess
 import time
-from pathlib import Path
 
 import pytest
+from desktop import children_of
 from home import APP_ID, BUILD, PATIENCE, wait_until
 from Xlib import X
 
@@ -44,8 +44,7 @@ def test_it_draws_itself_without_a_window_manager_and_follows_the_setting(home, 
 
 
 def test_sigterm_ends_it_with_0_and_nothing_it_started_stays(companion):
-    tasks = Path(f"/proc/{companion.pid}/task").iterdir()
-    assert [(task / "children").read_text() for task in tasks if (task / "children").read_text()] == []
+    assert not children_of(companion.pid)
     companion.send_signal(signal.SIGTERM)
     assert companion.wait(timeout=PATIENCE) == 0
 

@@ -13,12 +13,13 @@ import subprocess
 
 import jsonschema
 import pytest
-from Xlib import X
+from Xlib import X, Xatom
 
 from desktop import APP_ID, BUILD, PATIENCE, SETTING_KEY, TOOL_KEYS, Keyboard, new_desktop
 from home import ROOT
 from notifications import Service, set_paused, start_dunst
 from sandbox import sandboxed
+from test_remote import Holder
 from xserver import XServer
 
 VQMCTL = BUILD / "bin/vqmctl"
@@ -88,7 +89,7 @@ def test_the_schema_is_one():
     jsonschema.Draft202012Validator.check_schema(SCHEMA)
 
 
-def test_a_set_in_order(running):
+def test_a_tv_in_order(running):
     document = status(running)
     assert document["verdict"] == {"ready": True, "reasons": [], "errors": [], "unknown": [], "remarks": [],
                                    "sentence": "It will launch and play."}
@@ -288,6 +289,14 @@ def test_over_ssh_what_to_set_is_named(desktop):
                      "set DISPLAY(, for example to :| to the TV's display)", completed.stdout, re.MULTILINE)
 
 
+def test_over_ssh_applications_on_two_displays_are_not_called_instances_on_one(desktop):
+    desktop.switch_on()
+    completed = over_ssh(desktop, "cp /usr/bin/sleep /opt/VQMKeygrab; "
+                         "for one in :4711 :4712; do DISPLAY=$one /opt/VQMKeygrab 600 & done\n$status; kill %1 %2")
+    assert "set DISPLAY, for example to :4711 or :4712\n" in completed.stdout
+    assert "instance" not in completed.stdout
+
+
 def test_a_wayland_session_is_named(running, tmp_path):
     """Its X server is known by its name."""
     program = shutil.copy(shutil.which("Xvfb"), tmp_path / "Xwayland")
@@ -313,6 +322,15 @@ def test_a_stopped_application_is_not_called_running_well(desktop, keyboard):
     assert reasons(document) == ["application-stopped"]
     assert f"'kill -CONT {application.pid}'" in document["verdict"]["reasons"][0]["message"]
     assert not document["application"]["answers"]
+
+
+def test_an_application_whose_keys_go_nowhere_is_not_pinged(desktop, keyboard):
+    """A message to no window reaches whichever one is below the pointer."""
+    holder = Holder(desktop.display_name)
+    holder.window.change_property(holder.display.intern_atom("_TV_KEY_WINDOW"), Xatom.WINDOW, 32, [X.NONE])
+    holder.display.sync()
+    application = status(desktop)["application"]
+    assert (application["state"], application["answers"]) == ("running", True)
 
 
 @pytest.mark.parametrize("content, reason, text", [

@@ -121,8 +121,9 @@ void WriteNew(const std::string& path, const std::string& text)
     if (!file.IsOpen()) {
         refuse();
     }
+    errno = ENOSPC; // what a short write means, which names no cause
     if (write(file.Get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) || fsync(file.Get()) != 0) {
-        const int error = errno == 0 ? EIO : errno;
+        const int error = errno;
         unlink(path.c_str());
         errno = error;
         refuse();

@@ -277,6 +277,22 @@ PopupNote Note(bool inhibited, bool alive)
     return {{12, inhibited ? "" : "bus-1", ":1.7", inhibited, false}, alive};
 }
 
+TEST(StatusWithoutDisplay, OnlyAProcessOnTheSameDisplayIsASecondInstance)
+{
+    ApplicationProcesses running;
+    for (const auto& [pid, display] :
+         {std::pair(12, ":0"), std::pair(13, ":1"), std::pair(14, ":0"), std::pair(15, "")}) {
+        running.processes.push_back({pid, 0, false, display, ""});
+    }
+    EXPECT_EQ(WithoutDisplay(running, "").others, std::vector<pid_t>{14});
+    for (ApplicationProcess& process : running.processes) {
+        process.display.clear();
+    }
+    const ApplicationStatus unknown = WithoutDisplay(running, "");
+    EXPECT_EQ(unknown.pid, 12);
+    EXPECT_THAT(unknown.others, testing::IsEmpty());
+}
+
 TEST(StatusPopups, AreHeldBackForWhomeverTheRecordAndTheDaemonAgreeOn)
 {
     using State = PopupStatus::State;
