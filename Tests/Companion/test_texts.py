@@ -21,6 +21,7 @@ def test_template_is_up_to_date_and_every_language_is_complete():
     ('msgid "Files"', 'msgid "Unused"\nmsgstr "Unbenutzt"\n\nmsgid "Files"', "not used"),
     ('msgstr "Dateien"', 'msgstr ""', "untranslated"),
     ("%s von %s", "von %s", "format"),
+    ('msgstr[1] "und %s weitere"', 'msgstr[1] ""', 'msgstr[1] ""'),
 ])
 def test_check_fails_for_a_language_that_does_not_fit_the_texts(tmp_path, old, new, complaint):
     for folder in ("Scripts", "Companion"):
