@@ -8,6 +8,7 @@ programs in turn; a figure is the median of the rounds. Nothing is asserted: fig
 """
 
 import argparse
+import contextlib
 import os
 import re
 import statistics
@@ -72,8 +73,11 @@ def stop(process):
 
 def switches(process):
     """How often any of its threads has gone to sleep."""
-    return sum(int(re.search(r"^voluntary_ctxt_switches:\s+(\d+)", (task / "status").read_text(), re.M)[1])
-               for task in Path(f"/proc/{process.pid}/task").iterdir())
+    total = 0
+    for task in Path(f"/proc/{process.pid}/task").iterdir():
+        with contextlib.suppress(FileNotFoundError, ProcessLookupError):  # the thread has ended meanwhile
+            total += int(re.search(r"^voluntary_ctxt_switches:\s+(\d+)", (task / "status").read_text(), re.M)[1])
+    return total
 
 
 def settle(process):

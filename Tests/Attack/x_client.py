@@ -7,6 +7,7 @@ from Xlib.protocol import event
 
 from desktop import APP_ID, TOOL_KEYS
 from subject import Subject
+from windows import find_key_window
 
 STEPS = 150
 MESSAGES = ["_TV_LAUNCH", "_TV_PID", "WM_PROTOCOLS", "WM_DELETE_WINDOW", "WM_TAKE_FOCUS", "_NET_WM_PING", "WM_STATE",
@@ -32,14 +33,11 @@ class HostileClient:
         self.window.map()
         self.selection = self.display.intern_atom(APP_ID)
         self.instance = self.display.get_selection_owner(self.selection)
-        self.keys = next(child for child in self.root.query_tree().children if self.is_key_window(child))
+        self.keys = find_key_window(self.display)
         self.steps = [self.grab_key, self.grab_key, self.ungrab_key, self.grab_keyboard, self.ungrab_keyboard,
                       self.grab_pointer, self.map_keys, self.lock, self.message, self.message, self.property,
                       self.property, self.selection_event, self.take_selection, self.focus, self.window_event,
                       self.key_event, self.change_window, self.tap, self.grab_server, self.rob]
-
-    def is_key_window(self, window):
-        return "VQMKeygrab" in (window.get_wm_class() or ()) or window.get_wm_name() == "VQMKeygrab"
 
     def target(self):
         return self.random.choice([self.instance, self.keys, self.keys, self.root])

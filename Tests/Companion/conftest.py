@@ -1,6 +1,5 @@
 """The companion on a TV of a test's own: an X server, the TV's directories in a sandbox, and its settings."""
 
-import contextlib
 import os
 import shlex
 import subprocess
@@ -8,12 +7,12 @@ import subprocess
 import pytest
 from Xlib import X, XK
 from Xlib import display as xdisplay
-from Xlib.error import BadWindow
 from Xlib.ext import xtest
 
 from home import APP_ID, BUILD, PATIENCE, Home, wait_until
 from sandbox import sandboxed
 from shop import MEDIA, RECH, RES
+from windows import find_shown
 from xserver import XServer
 
 WIDTH, HEIGHT = 1280, 720
@@ -61,12 +60,7 @@ class Tv:
         return self
 
     def window(self):
-        for candidate in self.screen.screen().root.query_tree().children:
-            with contextlib.suppress(BadWindow):  # it has gone meanwhile
-                if (candidate.get_wm_class() == ("sync-demo", "VQMCompanion")
-                        and candidate.get_attributes().map_state == X.IsViewable):
-                    return candidate
-        return None
+        return find_shown(self.screen, "sync-demo")
 
     def picture(self, part):
         left, top, width, height = part

@@ -7,6 +7,7 @@ import pytest
 
 from desktop import APP_ID, BUILD, PATIENCE, TOOL_KEYS, wait_until
 from notifications import start_dunst
+from windows import find_key_window
 
 ABORTS = {-signal.SIGABRT, -signal.SIGSEGV, -signal.SIGBUS, -signal.SIGILL}
 
@@ -28,23 +29,10 @@ def test_killed_x_server(desktop):
     assert "X" in last
 
 
-def own_window(connection):
-    def windows(window):
-        for child in window.query_tree().children:
-            yield child
-            yield from windows(child)
-
-    return next(
-        window
-        for window in windows(connection.screen().root)
-        if "VQMKeygrab" in (window.get_wm_class() or ()) or window.get_wm_name() == "VQMKeygrab"
-    )
-
-
 def test_killed_connection(desktop):
     application = desktop.start_application()
     connection = desktop.connect()
-    own_window(connection).kill_client()
+    find_key_window(connection).kill_client()
     connection.sync()
     ends_clearly(application)
 
@@ -53,7 +41,7 @@ def test_window_closed_by_another_client_takes_no_key_away(desktop, keyboard):
     application = desktop.start_application()
     application.wait_for("_resume() called start")
     connection = desktop.connect()
-    own_window(connection).destroy()
+    find_key_window(connection).destroy()
     connection.sync()
     wait_until(lambda: "another program has closed" in application.output(), "it notices")
     for _ in range(50):

@@ -8,6 +8,7 @@ import pytest
 from Xlib import X
 
 from desktop import TOOL_KEYS, FocusedClient, keysym, screenshot, wait_until
+from windows import find_shown
 
 COMPANION = 'echo $$ >> "$HOME/launched"\n'
 
@@ -57,20 +58,14 @@ def test_xterm_keeps_the_focus(managed_desktop, keyboard):
     typed = desktop.root / "typed"
     desktop.run(["xterm", "-geometry", "80x24", "-e", "sh", "-c", f"cat > {typed}"])
     connection = desktop.connect()
-
-    def find(window):
-        if window.get_wm_class() == ("xterm", "XTerm"):
-            return window
-        return next((found for found in map(find, window.query_tree().children) if found), None)
-
-    xterm = wait_until(lambda: find(connection.screen().root), "the xterm's window")
+    xterm = wait_until(lambda: find_shown(connection, "xterm"), "the xterm shows")
 
     def focus():
         xterm.set_input_focus(X.RevertToParent, X.CurrentTime)
         connection.sync()
         return connection.get_input_focus().focus.id
 
-    wait_until(lambda: typed.exists() and xterm.get_attributes().map_state == X.IsViewable, "the xterm shows")
+    wait_until(lambda: typed.exists(), "its shell runs")
     focused = focus()
     desktop.switch_on()
     desktop.install_companion(COMPANION)

@@ -3,6 +3,7 @@
 import os
 import re
 import shlex
+import shutil
 import signal
 import subprocess
 from pathlib import Path
@@ -155,6 +156,18 @@ def test_demo_reports_at_once_why_the_application_has_ended(desktop, build):
     assert result.stderr.splitlines()[-1] == (
         "demo: the application has ended with exit code 1: neither XDG_RUNTIME_DIR nor HOME names a folder that can be"
         " written: the toolkit cannot start")
+
+
+def test_demo_waits_for_the_whole_number_of_the_display(desktop, build, tmp_path):
+    server = tmp_path / "Xvfb"
+    server.write_text("#!/bin/bash\n"
+                      f"mkfifo {tmp_path}/number\n"
+                      f"{{ read -r number <{tmp_path}/number; printf 0 >&3; sleep 0.5; printf '%s\\n' \"$number\" >&3; }} &\n"
+                      f"exec {shutil.which('Xvfb')} \"$@\" 3>{tmp_path}/number\n")
+    server.chmod(0o755)
+    result = demo(desktop, build, PATH=f"{tmp_path}:{desktop.environment['PATH']}")
+    assert result.returncode == 0, result.stderr
+    assert re.search("^Started a private X server on :0[0-9]+$", result.stderr, re.MULTILINE)
 
 
 @pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM, signal.SIGHUP])

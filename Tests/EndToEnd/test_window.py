@@ -9,8 +9,9 @@ import pytest
 
 from desktop import new_desktop
 from home import BUILD, PATIENCE, ROOT, wait_until
-from remote import HANDED_BACK, HELD, NEITHER, Remote, colours, find_window
+from remote import HANDED_BACK, HELD, NEITHER, Remote, colours
 from sandbox import sandboxed
+from windows import find_shown
 
 BLACK = (0, 0, 0)
 
@@ -24,7 +25,7 @@ class TvWindow:
                    "the instructions")
         assert program.process.poll() is None, program.output()
         connection = host.connect()
-        self.screen = wait_until(lambda: find_window(connection, "Xephyr"), "the TV's window")
+        self.screen = wait_until(lambda: find_shown(connection, "Xephyr"), "the TV's window")
         self.remote = Remote(connection)
         self.remote.wait_for("XF86More", HELD)
 

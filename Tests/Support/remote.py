@@ -4,6 +4,7 @@ from Xlib import X
 from Xlib.ext import xtest
 
 from home import wait_until
+from windows import find_shown
 
 # What the buttons' places are made of: a margin, rows, and columns of a row, as in the program's layout.
 WIDTH, MARGIN, GAP, HEIGHT, ROW = 332, 20, 8, 54, 62
@@ -28,20 +29,6 @@ BUTTONS = {
 HELD, HANDED_BACK, NEITHER = (134, 224, 154), (242, 200, 121), (171, 178, 191)
 
 
-def find_window(connection, name):
-    """The window with this name in its class that shows; None when there is none."""
-    def search(window):
-        for child in window.query_tree().children:
-            if (child.get_wm_class() or ("",))[0] == name and child.get_attributes().map_state == X.IsViewable:
-                return child
-            found = search(child)
-            if found:
-                return found
-        return None
-
-    return search(connection.screen().root)
-
-
 def colours(window, x, y, width, height):
     """The colours of a part of a window, each as (red, green, blue)."""
     data = window.get_image(x, y, width, height, X.ZPixmap, 0xFFFFFFFF).data
@@ -53,7 +40,7 @@ class Remote:
 
     def __init__(self, connection):
         self.display = connection
-        self.window = wait_until(lambda: find_window(connection, "remote-control"), "the remote control's window")
+        self.window = wait_until(lambda: find_shown(connection, "remote-control"), "the remote control's window")
 
     @staticmethod
     def place(button):

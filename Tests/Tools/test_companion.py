@@ -8,14 +8,12 @@ import time
 import pytest
 from desktop import children_of
 from home import APP_ID, BUILD, PATIENCE, wait_until
+from windows import find_shown
 from Xlib import X
 
 
 def window(screen):
-    for candidate in screen.screen().root.query_tree().children:
-        if candidate.get_wm_class() == ("sync-demo", "VQMCompanion") and candidate.get_attributes().map_state == X.IsViewable:
-            return candidate
-    return None
+    return find_shown(screen, "sync-demo")
 
 
 def picture(shown):

@@ -11,6 +11,7 @@ from Xlib import X
 from desktop import APP_ID, BUILD, COMPANION_ID, TOOL_KEYS, Keyboard, new_desktop, wait_until
 from home import ROOT
 from tv_build import EMULATOR, TV, find_library, run
+from windows import find_shown
 
 NM = os.environ.get("VQM_TV_NM", "nm")
 
@@ -103,16 +104,10 @@ def test_the_companion_shows_its_window_on_the_stand_in(tv):
     desktop = new_desktop()
     try:
         program = desktop.run([*EMULATOR, TV / "bin/VQMCompanion"], name="companion", STAND_IN_SETTING="1")
-        root = desktop.connect().screen().root
-
-        def is_shown():
-            windows = root.query_tree().children
-            return any(w.get_wm_class() == ("sync-demo", "VQMCompanion") and
-                       w.get_attributes().map_state == X.IsViewable for w in windows)
-
-        wait_until(is_shown, f"the companion's window:\n{program.output()}")
+        connection = desktop.connect()
+        wait_until(lambda: find_shown(connection, "sync-demo"), f"the companion's window:\n{program.output()}")
         assert program.stop() == 0
-        assert not is_shown()
+        assert find_shown(connection, "sync-demo") is None
     finally:
         desktop.close()
 
