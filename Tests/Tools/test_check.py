@@ -12,6 +12,7 @@ import termios
 import pytest
 from home import BUILD, PATIENCE
 from shop import MEDIA, RECH, RES, Shop, validated
+from terminal import next_part
 
 SCHEDULE = f"{RECH}/schedule.xml"
 
@@ -591,13 +592,17 @@ def test_watch_shows_whole_reports_to_people(shop):
 def test_watch_on_a_terminal_puts_each_answer_in_the_place_of_the_one_before(shop):
     shop.environment["TERM"] = "xterm"
     controller, terminal = pty.openpty()
-    watch = subprocess.Popen(shop.command("vqmctl check --watch & sleep 1; rm $media/logo.jpg; exec sh"), env=shop.environment,
+    watch = subprocess.Popen(shop.command("vqmctl check --watch & exec sh"), env=shop.environment,
                              stdin=subprocess.PIPE, stdout=terminal, stderr=subprocess.PIPE)
     os.close(terminal)
-    shown = ""
-    while "the TV: not ready" not in shown:
-        shown += os.read(controller, 65536).decode()
-    answers = shown.split("\x1b[2J\x1b[H")
+    shown = b""
+    while b"the TV: ready\x1b[0m\r\n" not in shown:
+        shown += next_part(controller)
+    watch.stdin.write(b"rm $media/logo.jpg\n")
+    watch.stdin.flush()
+    while b"the TV: not ready\x1b[0m\r\n" not in shown:
+        shown += next_part(controller)
+    answers = shown.decode().split("\x1b[2J\x1b[H")
     assert [re.match(TIME[:-2], answer) is not None for answer in answers] == [False, True, True]
     assert ["\x1b[32mthe TV: ready\x1b[0m" in answers[1], "\x1b[1;31mproblem:\x1b[0m 'logo.jpg'" in answers[2]] == [True, True]
     os.close(controller)

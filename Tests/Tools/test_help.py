@@ -1,16 +1,12 @@
 """What vqmctl says about itself: help, examples, the rules, and what it makes of slips of the hand."""
 
-import fcntl
-import os
-import pty
 import re
 import shlex
-import struct
 import subprocess
-import termios
 
 import pytest
 from home import BUILD, ROOT
+from terminal import shown_on_terminal
 
 VQMCTL = str(BUILD / "bin/vqmctl")
 # What `check` finds: its name, what it means, what to do.
@@ -72,12 +68,7 @@ def test_a_slip_of_the_hand_is_answered_with_what_there_is(arguments, complaint)
 
 @pytest.mark.parametrize("columns, width", [(45, 45), (60, 60), (300, 100)])
 def test_help_keeps_to_the_width_of_the_terminal(columns, width):
-    controller, terminal = pty.openpty()
-    fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
-    subprocess.run([VQMCTL, "help", "check"], stdout=terminal, timeout=60, check=True)
-    os.close(terminal)
-    shown = os.read(controller, 65536).decode().replace("\r\n", "\n")
-    os.close(controller)
+    shown = shown_on_terminal([VQMCTL, "help", "check"], columns)
     lengths = [len(line) for line in shown.splitlines() if " " in line.strip()]  # a word stays whole
     assert width - 20 <= max(lengths) <= width
     words = vqmctl("help", "check").stdout.split()

@@ -1,18 +1,14 @@
 """The command `vqmctl schedule timeline` as a user and a script meet it, and its picture in two renderers."""
-import fcntl
 import os
-import pty
 import re
 import shutil
-import struct
 import subprocess
-import termios
 import time
 from xml.etree import ElementTree
 
-import jsonschema
 import pytest
-from home import BUILD, PATIENCE, ROOT
+from home import PATIENCE, ROOT
+from terminal import shown_on_terminal
 from test_schedule_show_at import BROKEN, VQMCTL, Tool, outcome, tool, without_override  # noqa: F401
 
 DAY = (ROOT / "Docs/examples/day.xml").read_text()
@@ -77,23 +73,8 @@ def test_timeline_as_json(tool):
 
 def on_terminal(tool, columns, **environment):
     """What the command shows on a terminal of that width."""
-    master, slave = pty.openpty()
-    fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
-    process = subprocess.Popen([VQMCTL, "schedule", "timeline", "schedule.xml"], cwd=tool.folder, stdout=slave,
-                               env={**tool.environment, "TERM": "xterm", **environment})
-    os.close(slave)
-    output = b""
-    while True:
-        try:
-            part = os.read(master, 65536)
-        except OSError:
-            break
-        if not part:
-            break
-        output += part
-    os.close(master)
-    assert process.wait(timeout=PATIENCE) == 0
-    return output.decode().replace("\r\n", "\n")
+    return shown_on_terminal([VQMCTL, "schedule", "timeline", "schedule.xml"], columns, cwd=tool.folder,
+                             env={**tool.environment, "TERM": "xterm", **environment})
 
 
 def test_a_terminal_gets_colours_and_its_width(tool):
