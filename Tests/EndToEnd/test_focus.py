@@ -65,7 +65,7 @@ def test_xterm_keeps_the_focus(managed_desktop, keyboard):
         connection.sync()
         return connection.get_input_focus().focus.id
 
-    wait_until(lambda: typed.exists(), "its shell runs")
+    wait_until(typed.exists, "its shell runs")
     focused = focus()
     desktop.switch_on()
     desktop.install_companion(COMPANION)

@@ -1,18 +1,14 @@
 """vqmctl check, in a sandbox with the sample set: constants, a schedule of three items, and their files."""
 
-import fcntl
 import os
-import pty
 import re
 import signal
-import struct
 import subprocess
-import termios
 
 import pytest
 from home import BUILD, PATIENCE
 from shop import MEDIA, RECH, RES, Shop, validated
-from terminal import next_part
+from terminal import open_terminal, read_until
 
 SCHEDULE = f"{RECH}/schedule.xml"
 
@@ -515,8 +511,7 @@ def test_a_full_disk_is_told(shop):
 
 
 def test_a_quick_check_draws_nothing_on_a_terminal(shop):
-    controller, terminal = pty.openpty()
-    fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 80, 0, 0))
+    controller, terminal = open_terminal()
     assert shop.run("exec vqmctl check", stderr=terminal).returncode == 0
     os.set_blocking(controller, False)
     with pytest.raises(BlockingIOError):
@@ -591,17 +586,14 @@ def test_watch_shows_whole_reports_to_people(shop):
 
 def test_watch_on_a_terminal_puts_each_answer_in_the_place_of_the_one_before(shop):
     shop.environment["TERM"] = "xterm"
-    controller, terminal = pty.openpty()
+    controller, terminal = open_terminal()
     watch = subprocess.Popen(shop.command("vqmctl check --watch & exec sh"), env=shop.environment,
                              stdin=subprocess.PIPE, stdout=terminal, stderr=subprocess.PIPE)
     os.close(terminal)
-    shown = b""
-    while b"the TV: ready\x1b[0m\r\n" not in shown:
-        shown += next_part(controller)
+    shown = read_until(controller, b"the TV: ready\x1b[0m\r\n")
     watch.stdin.write(b"rm $media/logo.jpg\n")
     watch.stdin.flush()
-    while b"the TV: not ready\x1b[0m\r\n" not in shown:
-        shown += next_part(controller)
+    shown += read_until(controller, b"the TV: not ready\x1b[0m\r\n")
     answers = shown.decode().split("\x1b[2J\x1b[H")
     assert [re.match(TIME[:-2], answer) is not None for answer in answers] == [False, True, True]
     assert ["\x1b[32mthe TV: ready\x1b[0m" in answers[1], "\x1b[1;31mproblem:\x1b[0m 'logo.jpg'" in answers[2]] == [True, True]

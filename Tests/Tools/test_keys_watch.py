@@ -6,8 +6,8 @@ import subprocess
 
 import jsonschema
 import pytest
+from holder import Holder
 from home import APP_ID, BUILD, PATIENCE, ROOT, wait_until
-from test_remote import Holder
 from Xlib import X
 from Xlib.ext import xtest
 

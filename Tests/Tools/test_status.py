@@ -13,13 +13,13 @@ import subprocess
 
 import jsonschema
 import pytest
-from Xlib import X, Xatom
+from Xlib import X
 
 from desktop import APP_ID, BUILD, PATIENCE, SETTING_KEY, TOOL_KEYS, Keyboard, new_desktop
+from holder import Holder
 from home import ROOT
 from notifications import Service, set_paused, start_dunst
 from sandbox import sandboxed
-from test_remote import Holder
 from xserver import XServer
 
 VQMCTL = BUILD / "bin/vqmctl"
@@ -327,8 +327,7 @@ def test_a_stopped_application_is_not_called_running_well(desktop, keyboard):
 def test_an_application_whose_keys_go_nowhere_is_not_pinged(desktop, keyboard):
     """A message to no window reaches whichever one is below the pointer."""
     holder = Holder(desktop.display_name)
-    holder.window.change_property(holder.display.intern_atom("_TV_KEY_WINDOW"), Xatom.WINDOW, 32, [X.NONE])
-    holder.display.sync()
+    holder.publish_key_window(X.NONE)
     application = status(desktop)["application"]
     assert (application["state"], application["answers"]) == ("running", True)
 

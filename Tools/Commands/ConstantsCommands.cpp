@@ -121,7 +121,7 @@ void WriteNew(const std::string& path, const std::string& text)
     if (!file.IsOpen()) {
         refuse();
     }
-    errno = ENOSPC; // what a short write means, which names no cause
+    errno = ENOSPC; // a short write means a full disk, and leaves errno as it is
     if (write(file.Get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) || fsync(file.Get()) != 0) {
         const int error = errno;
         unlink(path.c_str());
